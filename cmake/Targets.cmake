@@ -1,0 +1,36 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# What every target of ours is compiled with, in one place.
+add_library(varnock_options INTERFACE)
+target_compile_options(varnock_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+target_compile_definitions(varnock_options INTERFACE
+    QT_NO_CAST_FROM_BYTEARRAY QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(VARNOCK_SANITIZE)
+    target_compile_options(varnock_options INTERFACE
+        -fsanitize=${VARNOCK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(varnock_options INTERFACE -fsanitize=${VARNOCK_SANITIZE})
+endif()
+
+# A layer of the program: varnock_layer(name SOURCES ... LINKS ...). LINKS is all that the layer may include from.
+function(varnock_layer name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE varnock_options)
+endfunction()
+
+# A Qt Test program that ctest runs: varnock_test(name SOURCES ... LINKS ...).
+# Windows open off screen and settings go to a folder of the test's own, never the user's.
+function(varnock_test name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS} Qt6::Test varnock_options)
+    add_test(NAME ${name} COMMAND ${name})
+    set(settings ${CMAKE_CURRENT_BINARY_DIR}/${name}_home)
+    file(MAKE_DIRECTORY ${settings})
+    set(tsan "TSAN_OPTIONS=ignore_noninstrumented_modules=1:halt_on_error=1:second_deadlock_stack=1")
+    set(lsan "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
+        "QT_QPA_PLATFORM=offscreen;XDG_CONFIG_HOME=${settings};XDG_RUNTIME_DIR=${settings};${tsan};${lsan}")
+endfunction()

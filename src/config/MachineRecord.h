@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+/// All that is stored of one CNC machine. The machine's icon carries it, so that what an icon shows and what a transfer
+/// uses are one record. Plain fields: what is read from storage is checked by the reader, what is typed by nobody.
+struct MachineRecord {
+    MachineRecord() = default;
+    virtual ~MachineRecord() = default;
+    MachineRecord(const MachineRecord&) = delete;
+    MachineRecord& operator=(const MachineRecord&) = delete;
+
+    qint64 MCINDEX = 0; ///< position in the machine list
+    bool MCISDOCKED = false;
+    QString MCNAME = QStringLiteral("CNC1");
+    QString MCMODE = QStringLiteral("NONE"); ///< control type
+    QString MCPORT = QStringLiteral("1");    ///< path of the serial device
+    QString MCINDIR;
+    QString MCOUTDIR;    ///< folder of the program files
+    qint64 MCFLOW = 1;   ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 XModem
+    bool MCWAIT = false; ///< wait for the control's start signal before sending
+    bool MCREPEAT = false;
+    qint64 MCDELAY = 10;
+    bool MCCRLF = false;
+    qint64 MCBLKTIC = 0;
+    qint64 MCBAUD = 1200;
+    bool MCEIA = false;
+    qint64 MCDBPAR = 0; ///< 0 = 8 data bits, no parity; 1 = 7, no parity; 2 = 7, even parity
+    qint64 MCSBITS = 1;
+    QString MCTXEOB = QStringLiteral("CRLF");
+    QString MCTXSOT = QStringLiteral("None (Default)");
+    QString MCTXEOT = QStringLiteral("None (Default)");
+    bool MCSTRIPCOMMENTS = false;
+    bool MCSTRIPEMPTYLINES = false;
+    QString MCRXEOBCHAR = QStringLiteral("LF"); ///< the word in a fresh record, the character itself in a loaded one
+    QString MCREQST = QStringLiteral("SEND");
+    QString MCEXTENS;
+    qint64 MCRXTOUT = 3;
+    qint64 MCTXTOUT = 3;
+    QString MCNOTFOUNDMSG;
+    bool MCFNAMEISTXT = false;
+    bool MCAUTOSTARTREMO = false;
+    bool MCREMOENABLED = false;
+    bool MCFADALTA1 = false;
+    QString MCREMOPFX;
+    bool MCSAVEPFX = false; ///< a flag, although MCREMOPFX beside it is a text
+};

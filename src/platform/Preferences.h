@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+/// The application's stored values, one string a key, in the place where the platform keeps preferences.
+namespace Preferences
+{
+/// The stored string, or nothing when there is none. A stored value that is no string reads as an empty text.
+std::optional<QString> string(const QString& key);
+
+/// Stores the string and flushes it to disk. The file is replaced as a whole: a reader sees the old or the new text.
+void setString(const QString& key, const QString& text);
+
+/// The folder that holds the stored values; made when it is missing.
+QString folder();
+} // namespace Preferences

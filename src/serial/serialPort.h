@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/NotificationCenter.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+class Descriptor;
+struct WriteTask;
+
+/// One RS-232 line to a CNC control. The line always carries 8 data bits without hardware parity; 7-bit even parity is
+/// made in software on bit 7. A child view owns it. Main thread, but for the body of a write.
+///
+/// Posts "RxOnComm" (bytes arrived in an empty bytesRxBuffer) and "TxOnComm" (a write is complete), both with this
+/// object, on the main thread.
+class serialPort : public QObject
+{
+    Q_OBJECT
+public:
+    explicit serialPort(QObject* parent = nullptr);
+    ~serialPort() override;
+
+    QString strRxBuffer;
+    QByteArray bytesRxBuffer; ///< received and not yet taken by readBytes
+    NotificationCenter* nc = &NotificationCenter::defaultCenter();
+    int hPort = 0;           ///< descriptor of the open device; -1 after a failed Open or after Close
+    unsigned long Speed = 0; ///< baud
+    int DataBits = 7;        ///< informational: the line itself is always set to 8
+    int StopBits = 1;        ///< 1 or 2
+    int FlowType = 0;        ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits
+    int Parity = 1;          ///< 1 even parity in software, any other value none
+    bool rxOnCommNotified = false;
+    std::atomic<bool> stopButtonPressed = false; ///< abandons a write that waits for the line; every send clears it
+    bool XON = true;
+    QTimer tmrRxTimer; ///< the receive poll while the port is open
+
+    /// Opens the device exclusively and sets the line up from the properties above. Returns hPort, -1 on any failure.
+    int Open(const QString& path);
+    /// Stops the poll and lets go of the device, off the main thread where the driver makes closing wait. Returns -1.
+    int Close();
+    /// A port that was never opened or closed counts as open: only a negative descriptor counts as closed.
+    bool isOpen() const { return hPort >= 0; }
+
+    /// Sends bytes in the background, with parity when Parity is 1; "TxOnComm" follows when the driver has taken all.
+    void sendBytes(const QByteArray& bytes);
+    /// As sendBytes for one byte that is marked with parity whatever Parity is.
+    void sendByte(std::uint8_t byte);
+    /// Waits until the driver has sent everything, then writes all bytes. False when stopped. Blocks: any thread.
+    bool sendData(const QByteArray& bytes);
+    /// After a stop: the bytes of abandoned sends that the driver did not take, in order and without parity, so that a
+    /// continued send can start with exactly these. Empties the store; from here on those sends write nothing more.
+    QByteArray takeUnsentBytes();
+
+    /// Everything received so far; leaves bytesRxBuffer empty.
+    QByteArray readBytes();
+    QString readData() const { return {}; }
+    QString readData(int) const { return {}; }
+
+    /// Changes the flow control of the open line (values as FlowType). Closes the port and returns false on failure.
+    bool setFlow(int flow);
+
+    /// The byte with bit 7 set where its count of one bits asks for it. Callers pass 7-bit values; a byte that would
+    /// overflow (bit 7 already set and an odd count) ends the program.
+    static std::uint8_t SetParityBit(std::uint8_t byte);
+    static std::uint8_t ConvertUnicodeToASCII(std::uint32_t) { return 0x20; }
+
+    /// Polls the line every `interval` seconds.
+    void startRxTimer(double interval);
+    void tmrRx_Tick();
+
+    /// The serial devices present, in the platform's order, into `paths`. 0 on success; otherwise paths stay as they are.
+    int findSerialDevices(QStringList& paths) const;
+};

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QByteArray>
+#include <QString>
+
+/// The editor that holds the NC program. Positions and lengths are bytes of its UTF-8 text, everywhere; the editor
+/// answers them from its own index, so nothing here costs more in a long program.
+class ProgramEditor : public QsciScintilla
+{
+    Q_OBJECT
+public:
+    /// A line with the line end that closes it: [start, end).
+    struct Line {
+        qsizetype start = 0;
+        qsizetype end = 0;
+    };
+
+    explicit ProgramEditor(QWidget* parent = nullptr);
+
+    qsizetype textSize() const;
+    qsizetype caret() const;
+    Line lineAt(qsizetype position) const;
+    QString lineText(Line line) const;
+    QByteArray wholeText() const;
+
+    /// Replaces the text by a program file's bytes, line ends converted. The caret goes to the top.
+    void setProgram(const QByteArray& fileBytes);
+    void clearProgram();
+    /// Adds received bytes at the end, one character each; the view follows unless the operator scrolled away.
+    void appendReceived(const QByteArray& bytes);
+
+    void moveCaretTo(qsizetype position);
+    /// Marks the line as the one going out and leaves the caret behind it, where the next line begins.
+    void markLineOut(Line line);
+    void clearLineOut();
+
+Q_SIGNALS:
+    /// The operator moved the caret or changed the text.
+    void operatorTouched();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+
+private:
+    void setUpLook();
+    qsizetype ask(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
+    // Lets Scintilla handle an event of the operator's and tells when that moved the caret or changed the text.
+    template <typename Handle> void watch(Handle handle);
+    // Changes the text whatever the lock; the change can't be undone.
+    template <typename Change> void changeText(Change change);
+
+    int lineOut_ = -1;
+};

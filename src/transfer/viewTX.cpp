@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/viewTX.h"
+#include "ui_viewTX.h"
+
+#include "config/ControlCodes.h"
+#include "config/g.h"
+#include "resources/Images.h"
+#include "transfer/MachineProgress.h"
+#include "transfer/TransferHost.h"
+
+namespace
+{
+const QString txOnComm = QStringLiteral("TxOnComm");
+const QString rxOnComm = QStringLiteral("RxOnComm");
+constexpr int imageSize = 40;
+
+// Stands in for the icon of a record that no icon carries.
+class NoIcon : public MachineProgress
+{
+public:
+    double pBarMaximum() const override { return maximum_; }
+    void setPBarMaximum(double maximum) override { maximum_ = maximum; }
+    void setPBarValue(double) override {}
+    void setPBarHidden(bool) override {}
+    void showActivity(TransferActivity) override {}
+
+private:
+    double maximum_ = 0;
+};
+
+QString lineFormat(const MachineRecord& mc)
+{
+    switch (mc.MCDBPAR) {
+    case 1:
+        return QStringLiteral("n,7,");
+    case 2:
+        return QStringLiteral("e,7,");
+    default:
+        return QStringLiteral("n,8,");
+    }
+}
+
+QString flowName(qint64 flow)
+{
+    switch (flow) {
+    case 1:
+        return QStringLiteral("XON/XOFF");
+    case 2:
+        return QStringLiteral("RTS/CTS");
+    case 3:
+        return QStringLiteral("XModem");
+    default:
+        return QStringLiteral("No flow control");
+    }
+}
+} // namespace
+
+viewTX::viewTX(QWidget* parent)
+    : QWidget(parent), sp(std::make_shared<serialPort>()), mc(std::make_shared<MachineRecord>()),
+      ui(std::make_unique<Ui::viewTX>())
+{
+    ui->setupUi(this);
+    connect(ui->btnSend, &QPushButton::clicked, this, &viewTX::btnSend_Click);
+    connect(ui->btnStop, &QPushButton::clicked, this, &viewTX::btnStop_Click);
+    connect(ui->btnRewind, &QPushButton::clicked, this, &viewTX::btnRewind_Click);
+    connect(ui->btnSendNow, &QPushButton::clicked, this, &viewTX::btnSendNow);
+    connect(ui->btnHideWaitBox, &QPushButton::clicked, this, &viewTX::btnHideWaitBox);
+    connect(ui->btnNew, &QToolButton::clicked, this, &viewTX::btnNew_Click);
+    connect(ui->btnFolder, &QToolButton::clicked, this, &viewTX::btnFolder_Click);
+    connect(ui->btnSave, &QToolButton::clicked, this, &viewTX::btnSave_Click);
+    connect(ui->btnLock, &QToolButton::clicked, this, &viewTX::btnLock_Click);
+    connect(ui->btnFont, &QToolButton::clicked, this, &viewTX::btnFont_Click);
+    connect(&tmrXModemTimer, &QTimer::timeout, this, &viewTX::tmrXModem_Tick);
+    // A line that was stopped half-way is continued only where the operator left it.
+    connect(ui->rt1, &ProgramEditor::operatorTouched, this, [this] {
+        if (!dncRunning()) resume_.reset();
+    });
+    ui->boxPBOuter->installEventFilter(this);
+    viewDidLoad();
+}
+
+viewTX::~viewTX()
+{
+    nc->removeObserver(this);
+    icon().showActivity(TransferActivity::Idle);
+    icon().setPBarHidden(true);
+}
+
+void viewTX::initialize(bool send, int mcIndex)
+{
+    if (mcIndex < 0 || mcIndex >= g::mcIcons.size()) qFatal("no machine at index %d", mcIndex);
+    booModeTX = send;
+    mode = send ? MODE_TX : MODE_RX;
+    mc = g::mcIcons[mcIndex];
+    if (auto* host = dynamic_cast<TransferHost*>(g::mcChildViews[mcIndex].get())) sp = host->machinePort();
+
+    showMachine();
+    ui->txtTXorRX->setText(send ? QStringLiteral("Send to CNC") : QStringLiteral("Receive"));
+    ui->imgCell->setPixmap(Images::icon(send ? QStringLiteral("send") : QStringLiteral("receive")).pixmap(imageSize));
+    ui->boxTxButtons->setHidden(!send); // a receive view cannot send
+    observePort();
+    setEOB();
+    setSOT();
+    setEOT();
+    icon().showActivity(send ? TransferActivity::Idle : TransferActivity::Receiving);
+
+    tmrXModemTimer.stop();
+    if (!isXModem()) return;
+    if (send) {
+        // An XModem send starts from the top, when the control asks for it.
+        ui->btnSendNow->hide();
+        setComboHidden(true);
+    } else {
+        startXModemTimer(xmodemTickInterval);
+    }
+}
+
+void viewTX::machineChanged()
+{
+    showMachine();
+    setEOB();
+    setSOT();
+    setEOT();
+}
+
+void viewTX::observePort()
+{
+    nc->removeObserver(this);
+    // A sending view listens too: the control's start signal and XModem replies drive it.
+    nc->addObserver(this, rxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
+    if (booModeTX) nc->addObserver(this, txOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
+}
+
+QString viewTX::machineSummary() const
+{
+    if (mc->MCPORT.isEmpty()) return QStringLiteral("NONE");
+    QString port = mc->MCPORT;
+    if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
+    const QString line =
+        port + u',' + QString::number(mc->MCBAUD) + u',' + lineFormat(*mc) + QString::number(mc->MCSBITS);
+    return line + QStringLiteral("\r\n") + flowName(mc->MCFLOW);
+}
+
+void viewTX::showMachine()
+{
+    const QString summary = mc->MCNAME + QStringLiteral("\r\n") + machineSummary();
+    ui->lblMcParas->setText(QString(summary).replace(QLatin1String("\r\n"), QStringLiteral("  \u00B7  ")));
+}
+
+MachineProgress& viewTX::icon() const
+{
+    static NoIcon noIcon;
+    auto* progress = dynamic_cast<MachineProgress*>(mc.get());
+    return progress ? *progress : noIcon;
+}
+
+bool viewTX::isXModem() const
+{
+    return mc->MCFLOW == 3;
+}
+
+bool viewTX::dncRunning() const
+{
+    return ui->btnSend->isHidden();
+}
+
+void viewTX::setDncRunning(bool running)
+{
+    ui->btnSend->setHidden(running);
+    ui->btnRewind->setHidden(running);
+    ui->btnStop->setHidden(!running);
+    applyLock();
+}
+
+void viewTX::setEOB()
+{
+    EOB = ControlCodes::endOfBlock(mc->MCTXEOB);
+}
+
+void viewTX::setSOT()
+{
+    SOT = ControlCodes::startOrEnd(mc->MCTXSOT);
+}
+
+void viewTX::setEOT()
+{
+    EOT = ControlCodes::startOrEnd(mc->MCTXEOT);
+}

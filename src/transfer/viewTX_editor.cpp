@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/viewTX.h"
+#include "ui_viewTX.h"
+
+#include "config/g.h"
+#include "resources/Images.h"
+#include "transfer/FileDialogs.h"
+#include "transfer/MachineProgress.h"
+
+#include <QEvent>
+#include <QFile>
+#include <QFileDialog>
+
+#include <algorithm>
+#include <cmath>
+
+QString viewTX::waitForStart()
+{
+    return QStringLiteral(
+        "Waiting for CNC Start Button\r\rIf you don't want to use the 'wait' option in future you can "
+        "disable it in DNC Setup.");
+}
+
+namespace
+{
+// The editor's positions are 32-bit and a byte above 127 takes two of them.
+constexpr qint64 largestFile = 1'000'000'000;
+} // namespace
+
+void viewTX::viewDidLoad()
+{
+    ui->btnFont->hide();
+    ui->btnStep->hide();
+    ui->btnNew->setIcon(Images::icon(QStringLiteral("new")));
+    ui->btnFolder->setIcon(Images::icon(QStringLiteral("open")));
+    ui->btnSave->setIcon(Images::icon(QStringLiteral("save")));
+    ui->btnSend->setIcon(Images::icon(QStringLiteral("send")));
+    ui->btnStop->setIcon(Images::icon(QStringLiteral("stop")));
+    ui->btnRewind->setIcon(Images::icon(QStringLiteral("rewind")));
+    ui->btnSendNow->setIcon(Images::icon(QStringLiteral("sendnow")));
+    ui->cbo1->setCurrentIndex(0);
+    setDncRunning(false);
+    setPBarsHidden(true);
+    setTextLocked(false);
+    ui->lblWaitForMC->setText(waitForStart().replace(u'\r', u'\n'));
+    ui->boxWaitForCNC->hide();
+    ui->lblStatus->hide();
+}
+
+void viewTX::btnNew_Click()
+{
+    ui->rt1->clearProgram();
+    ui->txtPath->clear();
+    nextLine_ = 0;
+    resume_.reset();
+    showReceived();
+}
+
+void viewTX::btnFolder_Click()
+{
+    auto* dialog = FileDialogs::make(this, QStringLiteral("Open program"), mc->MCOUTDIR);
+    dialog->setObjectName(QStringLiteral("openDialog"));
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setOption(QFileDialog::ReadOnly);
+    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("SelectFile"));
+    connect(dialog, &QFileDialog::fileSelected, this, &viewTX::openFile);
+    dialog->open();
+}
+
+void viewTX::openFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.exists() || !file.open(QIODevice::ReadOnly)) return;
+    if (file.size() > largestFile) {
+        g::msgBox(QStringLiteral("The file is too large for the editor\r\r%1").arg(path), QStringLiteral("OK"), {});
+        return;
+    }
+    const QString kept = ui->lblWaitForMC->text();
+    showWaitBox(QStringLiteral("DOS File! Auto converting text to 'Mac' format\n\nPlease wait"), false);
+    ui->boxWaitForCNC->repaint(); // a large file keeps the event loop busy
+    const QByteArray bytes = file.readAll();
+    const bool isWhole = file.error() == QFileDevice::NoError;
+    if (isWhole) ui->rt1->setProgram(bytes);
+    ui->lblWaitForMC->setText(kept);
+    ui->boxWaitForCNC->hide();
+    ui->btnSendNow->setHidden(isXModem());
+    if (!isWhole) return;
+    ui->txtPath->setText(path);
+    btnRewind_Click();
+    setTextLocked(true);
+    showReceived();
+}
+
+void viewTX::btnLock_Click()
+{
+    setTextLocked(!textLocked());
+}
+
+void viewTX::btnFont_Click() {}
+
+void viewTX::setTextLocked(bool locked)
+{
+    ui->btnLock->setIcon(Images::icon(locked ? QStringLiteral("locked") : QStringLiteral("unlocked")));
+    ui->btnLock->setAccessibleDescription(locked ? QStringLiteral("Locked") : QStringLiteral("Unlocked"));
+    vTextLocked = locked;
+    applyLock();
+}
+
+void viewTX::applyLock()
+{
+    // A running transfer owns the text: an edit would shift the lines that have not gone out yet.
+    const bool open = !vTextLocked && !dncRunning();
+    ui->btnNew->setEnabled(open);
+    ui->btnFolder->setEnabled(open);
+    ui->rt1->setReadOnly(!open);
+    ui->cbo1->setEnabled(!dncRunning());
+}
+
+void viewTX::setComboHidden(bool hidden)
+{
+    ui->cbo1->setHidden(hidden);
+}
+
+void viewTX::setPBarsHidden(bool hidden)
+{
+    ui->boxPBOuter->setHidden(hidden);
+    ui->txtPCent->setHidden(hidden);
+    icon().setPBarHidden(hidden);
+    if (hidden) return;
+    icon().setPBarValue(0);
+    showPercent(0);
+}
+
+double viewTX::getNumLines() const
+{
+    return ui->rt1->lines();
+}
+
+void viewTX::movePBars()
+{
+    const double unit = std::max(icon().pBarMaximum() / 100.0, 0.1);
+    const double percent = static_cast<double>(iIndexCurrentLine) / unit;
+    icon().setPBarValue(unit * percent);
+    showPercent(percent);
+}
+
+void viewTX::showPercent(double percent)
+{
+    percent_ = percent;
+    const auto* outer = ui->boxPBOuter;
+    ui->boxPBInner->resize(static_cast<int>(outer->width() / 100.0 * std::min(percent, 100.0)), outer->height());
+    if (std::abs(percent) < 9e18) ui->txtPCent->setText(QString::number(std::floor(percent), 'f', 0) + u'%');
+}
+
+void viewTX::showWaitBox(const QString& text, bool canSendNow)
+{
+    ui->lblWaitForMC->setText(QString(text).replace(u'\r', u'\n'));
+    ui->btnSendNow->setHidden(!canSendNow);
+    ui->boxWaitForCNC->show();
+}
+
+bool viewTX::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == ui->boxPBOuter && event->type() == QEvent::Resize) showPercent(percent_);
+    return QWidget::eventFilter(watched, event);
+}

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/viewTX.h"
+#include "ui_viewTX.h"
+
+#include "config/g.h"
+#include "transfer/FileDialogs.h"
+#include "transfer/LineEnds.h"
+
+#include <QFileDialog>
+#include <QLocale>
+#include <QSaveFile>
+#include <QUrl>
+
+namespace
+{
+constexpr char DC1 = 17; // the start signal, also XON
+} // namespace
+
+void viewTX::RxOnComm()
+{
+    const QByteArray bytes = sp->readBytes();
+    if (bytes.isEmpty()) return;
+    if (booModeTX && txState.State == TxState::txState_sending_xmodem) return actOnXModemReplies(bytes);
+    if (booModeTX) {
+        if (!booWaitingForStartSignal) return;
+        for (auto startSignals = bytes.count(DC1); startSignals > 0; --startSignals)
+            beginSend();
+        return;
+    }
+    if (isXModem()) return gatherXModem(bytes);
+    appendReceived(LineEnds::collapseDoubled(bytes));
+}
+
+void viewTX::appendReceived(const QByteArray& bytes)
+{
+    ui->rt1->appendReceived(bytes);
+    showReceived();
+}
+
+void viewTX::showReceived()
+{
+    if (booModeTX) return;
+    const QLocale locale;
+    QString status =
+        QStringLiteral("%1 bytes, %2 lines")
+            .arg(locale.toString(static_cast<qlonglong>(ui->rt1->textSize())), locale.toString(ui->rt1->lines()));
+    if (!repeatNotice_.isEmpty()) status += u'\n' + repeatNotice_;
+    ui->lblStatus->setText(status);
+    ui->lblStatus->show();
+}
+
+void viewTX::btnSave_Click()
+{
+    auto* dialog = FileDialogs::make(this, QStringLiteral("Save program"), mc->MCOUTDIR);
+    dialog->setObjectName(QStringLiteral("saveDialog"));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Save File"));
+    connect(dialog, &QFileDialog::fileSelected, this, &viewTX::saveFile);
+    dialog->open();
+}
+
+void viewTX::saveFile(const QString& path)
+{
+    QSaveFile file(path);
+    const QByteArray text = ui->rt1->wholeText();
+    const bool isSaved = file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+    if (isSaved) return;
+    // The file is named in this printed form because operators' notes and calls for help quote it so.
+    g::msgBox(QStringLiteral("Could not save file Optional(%1)\r\r%2")
+                  .arg(QUrl::fromLocalFile(path).toString(), file.errorString()),
+              QStringLiteral("OK"), {});
+}

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/viewTX.h"
+#include "ui_viewTX.h"
+
+#include "config/g.h"
+#include "transfer/Framing.h"
+#include "transfer/LineFilter.h"
+#include "transfer/MachineProgress.h"
+
+namespace
+{
+constexpr int fromTheTop = 0;
+constexpr int fromTheCaret = 1;
+} // namespace
+
+int viewTX::selectedStart() const
+{
+    return ui->cbo1->currentIndex();
+}
+
+bool viewTX::underWay() const
+{
+    return dncRunning() && txState.State != TxState::txState_idle;
+}
+
+void viewTX::btnSend_Click()
+{
+    iTextLength = ui->rt1->textSize();
+    if (iTextLength <= 0) {
+        g::msgBox(QStringLiteral("Can not send an empty file\r\rOpen folder and select a file to send to the CNC"),
+                  QStringLiteral("OK"), {});
+        return;
+    }
+    txEOF = false;
+    txState.State = TxState::txState_idle;
+    setDncRunning(true);
+    icon().setPBarMaximum(static_cast<double>(iTextLength));
+    if (selectedStart() == fromTheTop) {
+        btnRewind_Click();
+    } else {
+        nextLine_ = ui->rt1->caret();
+    }
+    setPBarsHidden(false);
+    if (mc->MCWAIT && (mc->MCFLOW == 0 || mc->MCFLOW == 1)) {
+        // The start signal is the XON byte: with flow control on, the driver would swallow it.
+        if (!sp->setFlow(0)) return portLost();
+        booWaitingForStartSignal = true;
+        showWaitBox(waitForStart(), true);
+        icon().showActivity(TransferActivity::Waiting);
+        return;
+    }
+    beginSend();
+}
+
+void viewTX::btnSendNow()
+{
+    beginSend();
+}
+
+void viewTX::btnHideWaitBox()
+{
+    ui->boxWaitForCNC->hide();
+}
+
+void viewTX::beginSend()
+{
+    if (underWay()) return; // a second start signal must not start the program twice
+    ui->boxWaitForCNC->hide();
+    if (isXModem()) return startXModem();
+    if (mc->MCFLOW == 1 && !sp->setFlow(1)) return portLost();
+    booWaitingForStartSignal = false;
+    icon().showActivity(TransferActivity::Sending);
+    setComboHidden(true);
+    if (selectedStart() != fromTheTop) return continueSend();
+
+    const auto type = Framing::controlType(mc->MCMODE);
+    if (type == ControlType::Okuma) doneOkumaNulls = false;
+    txState.State = TxState::txState_sending_header;
+    sp->sendBytes(Framing::header(type, SOT, EOB));
+}
+
+void viewTX::continueSend()
+{
+    if (!resume_) return sendLine();
+    // What the stop cut off goes out first; its completion then leads on as if there had been no stop.
+    txState.State = resume_->state;
+    txEOF = resume_->txEOF;
+    resume_.reset();
+    sp->sendBytes(sp->takeUnsentBytes());
+}
+
+void viewTX::sendLine()
+{
+    txState.State = TxState::txState_sending_body;
+    if (!dncRunning()) return;
+
+    const auto type = Framing::controlType(mc->MCMODE);
+    const LineFilter filter{type, mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
+    std::optional<QString> text;
+    ProgramEditor::Line line;
+    do {
+        line = ui->rt1->lineAt(nextLine_);
+        nextLine_ = line.end;
+        text = filter.lineToSend(ui->rt1->lineText(line));
+        txEOF = line.end >= iTextLength;
+    } while (!text && !txEOF);
+
+    iIndexCurrentLine = line.start;
+    QString out;
+    if (text) {
+        out = text->replace(u'\n', EOB);
+        if (type == ControlType::Okuma && !doneOkumaNulls) {
+            out.prepend(g::nulls(Framing::leaderLength));
+            doneOkumaNulls = true;
+        }
+    }
+    // Also when nothing is left to send: the completion leads on to the trailer.
+    sp->sendBytes(g::getBytes(out));
+    movePBars();
+    ui->rt1->markLineOut(line);
+    if (txEOF) showPercent(100);
+}
+
+void viewTX::sendTrailer()
+{
+    sp->sendBytes(Framing::trailer(Framing::controlType(mc->MCMODE), EOT, EOB));
+}
+
+void viewTX::TxOnComm()
+{
+    if (!dncRunning() || booWaitingForStartSignal) return;        // reported late, after a stop
+    if (txState.State == TxState::txState_sending_xmodem) return; // the control's replies drive XModem
+    if (!txEOF) return sendLine();
+    if (txState.State == TxState::txState_sending_body) {
+        txState.State = TxState::txState_sending_trailer;
+        sendTrailer();
+    } else if (txState.State == TxState::txState_sending_trailer) {
+        endedByItself();
+    }
+}
+
+void viewTX::endedByItself()
+{
+    setDncRunning(false);
+    txState.State = TxState::txState_idle;
+    btnStop_Click();
+    ui->cbo1->setCurrentIndex(fromTheTop);
+    if (mc->MCREPEAT) btnSend_Click();
+}
+
+void viewTX::btnStop_Click()
+{
+    const bool cutOff = underWay() && !isXModem();
+    if (cutOff) resume_ = ResumePoint{txState.State, txEOF};
+    ui->boxWaitForCNC->hide();
+    setDncRunning(false);
+    if (!isXModem()) {
+        setComboHidden(false);
+        if (selectedStart() == fromTheTop) ui->cbo1->setCurrentIndex(fromTheCaret);
+    }
+    booWaitingForStartSignal = false;
+    txState.State = TxState::txState_idle;
+    sp->stopButtonPressed = true;
+    if (cutOff) ui->rt1->moveCaretTo(nextLine_); // clicks during the transfer may have taken it elsewhere
+    ui->rt1->clearLineOut();
+    icon().showActivity(booModeTX ? TransferActivity::Idle : TransferActivity::Receiving);
+}
+
+void viewTX::btnRewind_Click()
+{
+    ui->rt1->clearLineOut();
+    ui->rt1->moveCaretTo(0);
+    nextLine_ = 0;
+    resume_.reset();
+    txSOF = true;
+    txEOF = false;
+    setPBarsHidden(true);
+    if (!isXModem()) setComboHidden(false);
+    ui->cbo1->setCurrentIndex(fromTheTop);
+}
+
+void viewTX::portLost()
+{
+    btnStop_Click();
+    icon().showActivity(TransferActivity::PortLost);
+    g::msgBox(QStringLiteral("The port %1 of %2 no longer answers\r\rCheck the adapter and choose Send again")
+                  .arg(mc->MCPORT, mc->MCNAME),
+              QStringLiteral("OK"), {});
+}

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/viewTX.h"
+#include "ui_viewTX.h"
+
+#include "config/g.h"
+#include "transfer/LineFilter.h"
+#include "transfer/MachineProgress.h"
+#include "transfer/XModemBlock.h"
+
+namespace
+{
+constexpr char CAN = 24; // the receiver cancels
+
+// Ticks of the one-second timer.
+constexpr int pollTicks = 2;
+constexpr int refusedSilence = 2; // after a refused block, before a plain NAK
+constexpr int refusedRepeat = 5;  // and between further ones
+constexpr int stalledSilence = 5; // until a block that stays incomplete is dropped
+constexpr int pollsBeforePlain = 3;
+} // namespace
+
+// --- Sending ---------------------------------------------------------------------------------------------------------
+
+QByteArray viewTX::xmodemBytes(qsizetype lineStart, qsizetype lineEnd) const
+{
+    const LineFilter filter{ControlType::General, mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
+    auto text = filter.lineToSend(ui->rt1->lineText({lineStart, lineEnd}));
+    return text ? g::getBytes(text->replace(u'\n', EOB)) : QByteArray();
+}
+
+void viewTX::startXModem()
+{
+    setEOB();
+    ui->rt1->setReadOnly(true);
+    booSentXModemBOF = booSentXModemEOF = booSentXModemEOT = false;
+    iXModemPacketNo = 1;
+    bPacket.clear();
+
+    iTextLength = ui->rt1->textSize();
+    bBuffer.clear();
+    bBuffer.reserve(iTextLength + iTextLength / 16);
+    for (qsizetype start = 0; start < iTextLength;) {
+        const auto line = ui->rt1->lineAt(start);
+        bBuffer += xmodemBytes(line.start, line.end);
+        start = line.end;
+    }
+    xmodemSent_ = xmodemLineStart_ = xmodemLineEnd_ = xmodemLineEndSent_ = 0;
+    booSentXModemEOF = bBuffer.isEmpty(); // nothing left by the filters: no block of mere spaces
+
+    setPBarsHidden(false);
+    iIndexCurrentLine = 0;
+    movePBars();
+    txState.State = TxState::txState_sending_xmodem;
+    showWaitBox(QStringLiteral("Waiting for XModem start command from CNC"), false);
+    icon().showActivity(TransferActivity::Waiting);
+}
+
+void viewTX::sendXModemPacket(bool next)
+{
+    if (booSentXModemEOT) {
+        if (mc->MCREPEAT && txState.State == TxState::txState_sending_xmodem) return startXModem();
+        return btnStop_Click();
+    }
+    if (!next && booSentXModemBOF) { // refused: the same block, number and data
+        sp->sendBytes(bPacket);
+        return;
+    }
+    if (booSentXModemEOF) {
+        sp->sendBytes(QByteArray(1, static_cast<char>(iEOT)));
+        booSentXModemEOT = true;
+        return;
+    }
+    booSentXModemBOF = true;
+    sendNextBlock();
+}
+
+void viewTX::sendNextBlock()
+{
+    const QByteArray part = bBuffer.mid(xmodemSent_, XModemBlock::dataSize);
+    bPacket = XModemBlock::build(iXModemPacketNo, part);
+    sp->sendBytes(bPacket);
+    iXModemPacketNo = XModemBlock::nextNumber(iXModemPacketNo);
+    xmodemSent_ += part.size();
+    followBlocks();
+    icon().showActivity(TransferActivity::Sending);
+    if (xmodemSent_ < bBuffer.size()) return;
+    booSentXModemEOF = true;
+    showPercent(100);
+}
+
+// Takes the highlight to the line that holds the last byte sent.
+void viewTX::followBlocks()
+{
+    while (xmodemLineEndSent_ < xmodemSent_ && xmodemLineEnd_ < iTextLength) {
+        const auto line = ui->rt1->lineAt(xmodemLineEnd_);
+        xmodemLineStart_ = line.start;
+        xmodemLineEnd_ = line.end;
+        xmodemLineEndSent_ += xmodemBytes(line.start, line.end).size();
+    }
+    iIndexCurrentLine = xmodemLineStart_;
+    ui->rt1->markLineOut({xmodemLineStart_, xmodemLineEnd_});
+    movePBars();
+}
+
+void viewTX::actOnXModemReplies(const QByteArray& bytes)
+{
+    for (const char reply : bytes) {
+        switch (reply) {
+        case iACK:
+            sendXModemPacket(true);
+            break;
+        case CAN:
+            booSentXModemEOT = true;
+            sendXModemPacket(true);
+            break;
+        case iNAK:
+            ui->boxWaitForCNC->hide();
+            sendXModemPacket(false);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+// --- Receiving -------------------------------------------------------------------------------------------------------
+
+void viewTX::startXModemTimer(double interval)
+{
+    tmrXModemTimer.start(static_cast<int>(interval * 1000));
+}
+
+void viewTX::tmrXModem_Tick()
+{
+    ++iXModemTimeoutCounter;
+    if (!booGotXModemSOH) {
+        if (iXModemTimeoutCounter >= pollTicks) {
+            iXModemTimeoutCounter = 0;
+            if (!xmodemOpened_) ++xmodemPolls_;
+            sp->sendByte(iNAK);
+        } else if (!xmodemOpened_ && xmodemPolls_ >= pollsBeforePlain) {
+            sendPlainNak();
+        }
+        return;
+    }
+    if (bytesXModemPacket.isEmpty()) { // the block was refused and its repeat does not come
+        const int silence = iXModemTimeoutCounter - refusedSilence;
+        if (silence >= 0 && silence % refusedRepeat == 0) sendPlainNak();
+    } else if (iXModemTimeoutCounter >= stalledSilence) {
+        bytesXModemPacket.clear();
+        iXModemTimeoutCounter = 0;
+        sp->sendByte(iNAK);
+    }
+}
+
+// sendByte marks a NAK with a parity bit, and peers that know plain 8-bit XModem alone do not hear that one.
+void viewTX::sendPlainNak()
+{
+    sp->sendBytes(QByteArray(1, static_cast<char>(iNAK)));
+}
+
+void viewTX::gatherXModem(const QByteArray& bytes)
+{
+    for (const char byte : bytes) {
+        if (!booGotXModemSOH && byte == iEOT) {
+            sp->sendByte(iACK);
+            setDncRunning(false);
+            xmodemOpened_ = false;
+            xmodemPolls_ = 0;
+            xmodemLastNumber_ = -1;
+        } else if (!booGotXModemSOH && byte == iSOH) {
+            booGotXModemSOH = true;
+            xmodemOpened_ = true;
+            bytesXModemPacket.clear();
+        }
+        if (booGotXModemSOH) {
+            bytesXModemPacket.append(byte);
+            iXModemTimeoutCounter = 0;
+        }
+    }
+    if (bytesXModemPacket.size() >= XModemBlock::size) finishBlock();
+}
+
+void viewTX::finishBlock()
+{
+    if (!XModemBlock::isGood(bytesXModemPacket)) {
+        // Still under way: the repeat begins with its SOH and is gathered whole from that byte.
+        bytesXModemPacket.clear();
+        sp->sendByte(iNAK);
+        return;
+    }
+    sp->sendByte(iACK);
+    appendReceived(XModemBlock::data(bytesXModemPacket));
+    noticeRepeat();
+    bytesXModemPacket.clear();
+    booGotXModemSOH = false;
+}
+
+void viewTX::noticeRepeat()
+{
+    const int number = static_cast<unsigned char>(bytesXModemPacket[1]);
+    if (number != xmodemLastNumber_) {
+        ++xmodemBlocks_;
+    } else {
+        ++xmodemRepeats_;
+        repeatNotice_ = QStringLiteral("Block %1 came twice and stands twice in the program (%2 repeated so far)")
+                            .arg(xmodemBlocks_)
+                            .arg(xmodemRepeats_);
+        showReceived();
+    }
+    xmodemLastNumber_ = number;
+}
