@@ -11,9 +11,10 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class Descriptor;
-struct WriteTask;
+class WriteTask;
 
 /// One RS-232 line to a CNC control. The line always carries 8 data bits without hardware parity; 7-bit even parity is
 /// made in software on bit 7. A child view owns it. Main thread, but for the body of a write.
@@ -23,6 +24,9 @@ struct WriteTask;
 class serialPort : public QObject
 {
     Q_OBJECT
+    // Shared with writes, which may outlive the port.
+    const std::shared_ptr<std::atomic<bool>> stop_ = std::make_shared<std::atomic<bool>>(false);
+
 public:
     explicit serialPort(QObject* parent = nullptr);
     ~serialPort() override;
@@ -37,7 +41,8 @@ public:
     int FlowType = 0;        ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits
     int Parity = 1;          ///< 1 even parity in software, any other value none
     bool rxOnCommNotified = false;
-    std::atomic<bool> stopButtonPressed = false; ///< abandons a write that waits for the line; every send clears it
+    /// Abandons a write that waits for the line; every send clears it.
+    std::atomic<bool>& stopButtonPressed = *stop_;
     bool XON = true;
     QTimer tmrRxTimer; ///< the receive poll while the port is open
 
@@ -75,6 +80,15 @@ public:
     void startRxTimer(double interval);
     void tmrRx_Tick();
 
-    /// The serial devices present, in the platform's order, into `paths`. 0 on success; otherwise paths stay as they are.
+    /// The serial devices present, in the platform's order, into `paths`. 0 on success; otherwise paths stay as they
+    /// are.
     int findSerialDevices(QStringList& paths) const;
+
+private:
+    void letGo();
+    void writeFinished(const std::shared_ptr<WriteTask>& task);
+
+    std::shared_ptr<Descriptor> device_;
+    std::vector<std::shared_ptr<WriteTask>> writes_;               // not known to be finished, in the order of sending
+    const std::shared_ptr<void> alive_ = std::make_shared<char>(); // gone when the port is gone
 };

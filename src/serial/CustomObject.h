@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+/// Queries and controls of an open line by its descriptor. Any thread.
+class CustomObject
+{
+public:
+    /// Bytes that wait in the driver's output queue; 0 when the descriptor cannot be asked.
+    static int bytesInTxBuffer(int descriptor);
+    /// The same under its other name.
+    static int my_ioctlVip(int descriptor) { return bytesInTxBuffer(descriptor); }
+    /// Suspends output as if XOFF had been received. 0, or -1 on failure.
+    static int ioctl_XOff(int descriptor);
+};

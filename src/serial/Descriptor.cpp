@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "serial/Descriptor.h"
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace
+{
+// Devices that we are done with but that are still open: a write has yet to notice, or the driver makes closing wait.
+struct Releasing {
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::map<dev_t, int> count;
+};
+
+Releasing& releasing()
+{
+    static Releasing* const instance = new Releasing; // never destroyed: closing may outlast main()
+    return *instance;
+}
+} // namespace
+
+Descriptor::~Descriptor()
+{
+    ::ioctl(fd_, TIOCNXCL); // a device that somebody else holds open would stay exclusive
+    ::close(fd_);
+    if (!shut_) return;
+    auto& r = releasing();
+    const std::lock_guard lock(r.mutex);
+    if (--r.count[device_] == 0) r.count.erase(device_);
+    r.changed.notify_all();
+}
+
+Descriptor::WriteResult Descriptor::write(const char* bytes, std::size_t count, std::size_t& taken)
+{
+    const std::lock_guard lock(mutex_);
+    if (shut_) return WriteResult::Closed;
+    const ssize_t written = ::write(fd_, bytes, count);
+    if (written > 0) {
+        taken += static_cast<std::size_t>(written);
+        return WriteResult::Wrote;
+    }
+    return written == 0 || errno == EAGAIN || errno == EINTR ? WriteResult::TryAgain : WriteResult::Failed;
+}
+
+void Descriptor::shut(bool discard)
+{
+    const std::lock_guard lock(mutex_);
+    if (shut_) return;
+    shut_ = true;
+    if (discard) ::tcflush(fd_, TCOFLUSH);
+    auto& r = releasing();
+    const std::lock_guard releasingLock(r.mutex);
+    ++r.count[device_];
+}
+
+bool Descriptor::waitUntilReleased(dev_t device, int ms)
+{
+    auto& r = releasing();
+    std::unique_lock lock(r.mutex);
+    return r.changed.wait_for(lock, std::chrono::milliseconds(ms), [&] { return r.count.count(device) == 0; });
+}

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <mutex>
+#include <sys/types.h>
+
+/// An open serial device. The port and each of its writes hold a shared pointer, so the number can't be used anew while
+/// one of them still knows it; the device is closed when the last of them lets go. Any thread.
+class Descriptor
+{
+public:
+    Descriptor(int fd, dev_t device) : fd_(fd), device_(device) {}
+    ~Descriptor();
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int get() const { return fd_; }
+
+    enum class WriteResult { Wrote, TryAgain, Failed, Closed };
+    /// Writes what the driver takes now, without waiting; adds the number of bytes taken to `taken`.
+    WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
+
+    /// From here on nothing is written. With `discard` the driver's pending output is thrown away.
+    void shut(bool discard);
+
+    /// Waits until no shut descriptor of this device is open any more. False when that takes longer than `ms`.
+    static bool waitUntilReleased(dev_t device, int ms);
+
+private:
+    std::mutex mutex_;
+    const int fd_;
+    const dev_t device_;
+    bool shut_ = false;
+};

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "serial/SerialLine.h"
+
+#include "serial/SerialPlatform.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace
+{
+struct Rate {
+    unsigned long baud;
+    speed_t code;
+};
+constexpr std::array rates{
+    Rate{50, B50},       Rate{75, B75},         Rate{110, B110},       Rate{134, B134},     Rate{150, B150},
+    Rate{200, B200},     Rate{300, B300},       Rate{600, B600},       Rate{1200, B1200},   Rate{1800, B1800},
+    Rate{2400, B2400},   Rate{4800, B4800},     Rate{9600, B9600},     Rate{19200, B19200}, Rate{38400, B38400},
+    Rate{57600, B57600}, Rate{115200, B115200}, Rate{230400, B230400},
+};
+
+constexpr int releaseTime = 500; // ms that an open waits for a close of our own
+
+// XOFF (DC3, ISO 646), and as it arrives from a control that marks its bytes with even parity.
+constexpr cc_t stopCharacter = 0x13;
+constexpr cc_t markedStopCharacter = 0x93;
+
+constexpr tcflag_t flowInputFlags = IXON | IXOFF | IXANY;
+
+void set(tcflag_t& flags, tcflag_t mask, bool on)
+{
+    flags = on ? flags | mask : flags & ~mask;
+}
+
+void setFlowFlags(termios& line, int flow)
+{
+    line.c_iflag &= ~flowInputFlags;
+    set(line.c_iflag, IXON | IXOFF, flow == 1);
+    set(line.c_cflag, CRTSCTS, flow == 2);
+}
+
+bool setSpeed(termios& line, unsigned long baud)
+{
+    const auto* rate = std::find_if(rates.begin(), rates.end(), [baud](const Rate& r) { return r.baud == baud; });
+    return rate != rates.end() && ::cfsetospeed(&line, rate->code) == 0 && ::cfsetispeed(&line, rate->code) == 0;
+}
+
+// Input flags that are not named here stay as the device had them, but for the raw 8-bit line.
+void setInput(termios& line, const SerialLine::Settings& settings)
+{
+    set(line.c_iflag, ISTRIP, !SerialLine::readerStripsParity(settings.evenParity));
+    line.c_iflag &= ~static_cast<tcflag_t>(IGNBRK | IGNPAR);
+    if (settings.flowType != 3) return;
+    // Translations that would change the bytes of an XModem block.
+    line.c_iflag &= ~(static_cast<tcflag_t>(ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT) |
+                      SerialPlatform::extraInputTranslations());
+}
+
+void setControl(termios& line, const SerialLine::Settings& settings)
+{
+    // Always 8 data bits without hardware parity: even parity is made in software.
+    line.c_cflag |= CS8 | CREAD | CLOCAL;
+    set(line.c_cflag, CSTOPB, settings.stopBits == 2);
+    line.c_cc[VSTOP] = settings.evenParity ? markedStopCharacter : stopCharacter;
+}
+} // namespace
+
+bool SerialLine::readerStripsParity(bool evenParity)
+{
+    return evenParity && SerialPlatform::stripHidesMarkedStop();
+}
+
+std::shared_ptr<Descriptor> SerialLine::openExclusive(const QString& path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat device {
+    };
+    if (::stat(name.constData(), &device) != 0) return nullptr;
+    if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) return nullptr;
+
+    const int fd = ::open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return nullptr;
+    // The lock keeps out those who lock as well, TIOCEXCL those who do not; the lock also binds the superuser.
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        ::close(fd);
+        return nullptr;
+    }
+    ::ioctl(fd, TIOCEXCL);
+    return std::make_shared<Descriptor>(fd, device.st_rdev);
+}
+
+bool SerialLine::setUp(int descriptor, const Settings& settings)
+{
+    termios line{};
+    if (::tcgetattr(descriptor, &line) != 0) return false;
+    if (!setSpeed(line, settings.speed)) return false;
+    setInput(line, settings);
+    line.c_oflag = 0; // no output processing
+    line.c_lflag = 0; // no canonical mode, echo or signals
+    setControl(line, settings);
+    setFlowFlags(line, settings.flowType);
+    return ::tcsetattr(descriptor, TCSANOW, &line) == 0;
+}
+
+bool SerialLine::setFlow(int descriptor, int flow)
+{
+    termios line{};
+    if (::tcgetattr(descriptor, &line) != 0) return false;
+    setFlowFlags(line, flow);
+    return ::tcsetattr(descriptor, TCSANOW, &line) == 0;
+}

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "serial/Descriptor.h"
+
+#include <QString>
+
+#include <memory>
+
+/// The one place that knows termios: opens a serial device for us alone and sets its line up.
+namespace SerialLine
+{
+struct Settings {
+    unsigned long speed = 0; ///< baud
+    int stopBits = 1;
+    int flowType = 0; ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits
+    bool evenParity = false;
+};
+
+/// The device, or null when it is missing, no terminal, or held by somebody. Waits for a short while when we ourselves
+/// are still letting go of it.
+std::shared_ptr<Descriptor> openExclusive(const QString& path);
+
+/// Sets the whole line. False when the device refuses or has no such speed.
+bool setUp(int descriptor, const Settings& settings);
+
+/// Changes the flow control alone. False when the device refuses.
+bool setFlow(int descriptor, int flow);
+
+/// Whether the reader has to clear bit 7 of received bytes because the line cannot.
+bool readerStripsParity(bool evenParity);
+} // namespace SerialLine

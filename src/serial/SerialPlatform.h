@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <termios.h>
+
+/// Where the terminal interfaces of the platforms differ; one source file each.
+namespace SerialPlatform
+{
+/// Whether stripping bit 7 in the line discipline hides a parity-marked stop character from it.
+bool stripHidesMarkedStop();
+
+/// Input translations of this platform beyond POSIX that would change the bytes of a block.
+tcflag_t extraInputTranslations();
+} // namespace SerialPlatform

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "serial/SerialPlatform.h"
+
+bool SerialPlatform::stripHidesMarkedStop()
+{
+    return false;
+}
+
+tcflag_t SerialPlatform::extraInputTranslations()
+{
+    return 0;
+}

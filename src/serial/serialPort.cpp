@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "serial/serialPort.h"
+
+#include "platform/BackgroundQueue.h"
+#include "platform/DeviceList.h"
+#include "platform/MainQueue.h"
+#include "serial/Descriptor.h"
+#include "serial/SerialLine.h"
+#include "serial/WriteTask.h"
+
+#include <array>
+#include <bit>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+constexpr double pollInterval = 0.1; // s
+constexpr std::size_t readSize = 1024;
+constexpr int failed = -1;
+} // namespace
+
+serialPort::serialPort(QObject* parent) : QObject(parent)
+{
+    MainQueue::attachToMainThread();
+    connect(&tmrRxTimer, &QTimer::timeout, this, &serialPort::tmrRx_Tick);
+}
+
+serialPort::~serialPort()
+{
+    for (const auto& write : writes_)
+        write->abandon();
+    letGo();
+}
+
+int serialPort::Open(const QString& path)
+{
+    device_ = SerialLine::openExclusive(path);
+    if (!device_) return hPort = failed;
+    hPort = device_->get();
+    if (FlowType == 3) {
+        DataBits = 8;
+        Parity = 0;
+    }
+    if (!SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1})) return Close();
+    startRxTimer(pollInterval);
+    return hPort;
+}
+
+int serialPort::Close()
+{
+    tmrRxTimer.stop();
+    letGo();
+    return hPort = failed;
+}
+
+void serialPort::letGo()
+{
+    takeUnsentBytes();
+    if (!device_) return;
+    device_->shut(stopButtonPressed);
+    // Closing a line that the control holds can take the driver many seconds.
+    BackgroundQueue::post([device = std::exchange(device_, nullptr)]() mutable { device.reset(); });
+}
+
+void serialPort::sendBytes(const QByteArray& bytes)
+{
+    // A send that was stopped may not have noticed yet: it must not wake up again when the flag is cleared.
+    if (stopButtonPressed.exchange(false)) takeUnsentBytes();
+    auto task = std::make_shared<WriteTask>(WriteTask::Line{device_, stop_, Speed, StopBits, Parity == 1}, bytes);
+    writes_.push_back(task);
+    BackgroundQueue::post([this, task, alive = std::weak_ptr<void>(alive_)]() mutable {
+        if (!task->run()) return;
+        MainQueue::post([this, task = std::move(task), alive = std::move(alive)] {
+            if (!alive.expired()) writeFinished(task);
+        });
+    });
+}
+
+void serialPort::writeFinished(const std::shared_ptr<WriteTask>& task)
+{
+    const bool isCurrent = std::erase(writes_, task) > 0; // otherwise it was given up after a stop
+    if (isCurrent && !stopButtonPressed) nc->post(QStringLiteral("TxOnComm"), this);
+}
+
+void serialPort::sendByte(std::uint8_t byte)
+{
+    // With Parity 1 the send marks it a second time. That is kept: replies go out as controls know them.
+    sendBytes(QByteArray(1, static_cast<char>(SetParityBit(byte))));
+}
+
+bool serialPort::sendData(const QByteArray& bytes)
+{
+    return WriteTask({device_, stop_, Speed, StopBits, false}, bytes).run();
+}
+
+QByteArray serialPort::takeUnsentBytes()
+{
+    QByteArray unsent;
+    for (const auto& write : std::exchange(writes_, {}))
+        unsent += write->abandon();
+    return unsent;
+}
+
+QByteArray serialPort::readBytes()
+{
+    return std::exchange(bytesRxBuffer, {});
+}
+
+bool serialPort::setFlow(int flow)
+{
+    if (device_ && SerialLine::setFlow(hPort, flow)) return true;
+    Close();
+    return false;
+}
+
+std::uint8_t serialPort::SetParityBit(std::uint8_t byte)
+{
+    const int ones = std::popcount(byte);
+    // No one bits at all counts as odd, on purpose: NUL goes out as 0x80, as controls expect their leader.
+    if (ones == 2 || ones == 4 || ones == 6) return byte;
+    if (byte >= 0x80) qFatal("parity asked for a byte that carries it already: %d", byte);
+    return static_cast<std::uint8_t>(byte + 0x80);
+}
+
+void serialPort::startRxTimer(double interval)
+{
+    tmrRxTimer.start(static_cast<int>(interval * 1000));
+}
+
+void serialPort::tmrRx_Tick()
+{
+    if (hPort < 0 || !device_) return;
+    const bool wasEmpty = bytesRxBuffer.isEmpty();
+    std::array<char, readSize> buffer{};
+    const ssize_t count = ::read(hPort, buffer.data(), buffer.size());
+    if (count < 1) return;
+    if (SerialLine::readerStripsParity(Parity == 1)) {
+        for (char& byte : buffer)
+            byte = static_cast<char>(byte & 0x7F);
+    }
+    bytesRxBuffer.append(buffer.data(), count);
+    // There is more: at 115200 baud a tick brings more bytes than one read takes.
+    if (static_cast<std::size_t>(count) == readSize) QTimer::singleShot(0, this, &serialPort::tmrRx_Tick);
+    if (wasEmpty) nc->post(QStringLiteral("RxOnComm"), this);
+}
+
+int serialPort::findSerialDevices(QStringList& paths) const
+{
+    const auto devices = DeviceList::serialDevices();
+    if (!devices) return failed;
+    paths = *devices;
+    return 0;
+}

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/AppDelegate.h"
+#include "ui_mainWindow.h"
+
+#include "config/g.h"
+#include "resources/Images.h"
+#include "shell/AboutWindow.h"
+#include "shell/frmDncMenu.h"
+#include "shell/viewChild.h"
+#include "shell/viewMC.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+
+namespace
+{
+constexpr int smallLogoSize = 32;
+constexpr int largeLogoSize = 128;
+} // namespace
+
+AppDelegate::AppDelegate() : ui(std::make_unique<Ui::mainWindow>())
+{
+    g::makeMcIcon = [] { return std::make_shared<viewMC>(); };
+    g::makeMcChildView = [] { return std::make_shared<viewChild>(); };
+    g::msgBoxParent = &window_;
+    setUpWindow();
+}
+
+AppDelegate::~AppDelegate()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+    // The list owns icons and child views; the window must not delete them as well.
+    for (qsizetype index = 0; index < g::mcIcons.size(); ++index) {
+        if (auto* child = childViewAt(index)) child->end();
+        if (auto* icon = mcIconAt(index)) icon->setParent(nullptr);
+    }
+    g::mcChildViews.clear();
+    g::mcIcons.clear();
+    g::msgBoxParent = nullptr;
+}
+
+void AppDelegate::setUpWindow()
+{
+    ui->setupUi(&window_);
+    window_.setWindowIcon(Images::icon(QStringLiteral("logo")));
+    window_.installEventFilter(this);
+    ui->imgSmallLogo->setPixmap(Images::icon(QStringLiteral("logo")).pixmap(smallLogoSize));
+    ui->imgLogo->setPixmap(Images::icon(QStringLiteral("logo")).pixmap(largeLogoSize));
+    ui->btnAddMC->setIcon(Images::icon(QStringLiteral("add")));
+    ui->btnUp->setIcon(Images::icon(QStringLiteral("up")));
+    ui->btnDn->setIcon(Images::icon(QStringLiteral("down")));
+    ui->btnAbout->setIcon(Images::icon(QStringLiteral("about")));
+    ui->btnExpand->setIcon(Images::icon(QStringLiteral("shrink")));
+    connect(ui->btnAddMC, &QPushButton::clicked, this, &AppDelegate::btnAddMC_Click);
+    connect(ui->btnUp, &QToolButton::clicked, this, &AppDelegate::btnUp_Click);
+    connect(ui->btnDn, &QToolButton::clicked, this, &AppDelegate::btnDown_Click);
+    connect(ui->btnAbout, &QToolButton::clicked, this, &AppDelegate::showAbout);
+    connect(ui->btnExpand, &QToolButton::clicked, this,
+            [this] { menuIsExpanded ? shrinkMainMenu() : expandMainMenu(); });
+    tmrMoveIconPanelToY.setSingleShot(true);
+    connect(&tmrMoveIconPanelToY, &QTimer::timeout, this, &AppDelegate::tmrMoveIconPanelToY_Tick);
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    g::readAllMcSettings();
+    if (g::mcIcons.isEmpty()) {
+        // A stored text without any machine: the placeholder is needed all the same, or the first machine that is added
+        // would take its place and never be shown.
+        g::mcIcons.append(g::makeMcIcon());
+        g::mcChildViews.append(g::makeMcChildView());
+    }
+    showAllMcIcons();
+    registerObservers();
+    showLogos();
+}
+
+void AppDelegate::registerObservers()
+{
+    using Handler = void (AppDelegate::*)(const Notification&);
+    using PlainHandler = void (AppDelegate::*)();
+    auto& nc = NotificationCenter::defaultCenter();
+    const auto observe = [&](const char* name, Handler handler) {
+        nc.addObserver(this, QString::fromLatin1(name), nullptr,
+                       [this, handler](const Notification& n) { (this->*handler)(n); });
+    };
+    const auto observePlain = [&](const char* name, PlainHandler handler) {
+        nc.addObserver(this, QString::fromLatin1(name), nullptr,
+                       [this, handler](const Notification&) { (this->*handler)(); });
+    };
+    observe("MCIcon_Click", &AppDelegate::MCIcon_Click);
+    observe("btnDeleteIcon_Click", &AppDelegate::btnDeleteIcon_Click);
+    observe("setupSaveButton_Click", &AppDelegate::setupSaveButton_Click);
+    observePlain("setupButton_Clicked", &AppDelegate::setupButton_Clicked);
+    observePlain("sendButton_Clicked", &AppDelegate::sendButton_Clicked);
+    observePlain("receiveButton_Clicked", &AppDelegate::receiveButton_Clicked);
+    observePlain("childGotFocus_Event", &AppDelegate::childGotFocus_Event);
+    observePlain("dockedChildLeaving_Event", &AppDelegate::dockedChildLeaving_Event);
+}
+
+bool AppDelegate::applicationShouldHandleReopen()
+{
+    window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
+    window_.show();
+    window_.raise();
+    window_.activateWindow();
+    return true;
+}
+
+bool AppDelegate::mayQuit()
+{
+    for (qsizetype index = 1; index < g::mcChildViews.size(); ++index)
+        if (auto* child = childViewAt(index); child && !child->mayEnd()) return false;
+    return true;
+}
+
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != &window_ || event->type() != QEvent::Close) return QObject::eventFilter(watched, event);
+    if (!mayQuit()) {
+        event->ignore();
+        return true;
+    }
+    // Undocked windows go with the main window.
+    for (qsizetype index = 1; index < g::mcChildViews.size(); ++index)
+        if (auto* child = childViewAt(index)) child->end();
+    QApplication::quit();
+    return false;
+}
+
+void AppDelegate::shrinkMainMenu()
+{
+    if (!menuIsExpanded) return;
+    menuIsExpanded = false;
+    expandedSize_ = window_.size();
+    ui->boxChildContainer->hide();
+    window_.setMaximumWidth(ui->menuStrip->width());
+    window_.resize(ui->menuStrip->width(), window_.height());
+    ui->btnExpand->setIcon(Images::icon(QStringLiteral("expand")));
+}
+
+void AppDelegate::expandMainMenu()
+{
+    if (menuIsExpanded) return;
+    menuIsExpanded = true;
+    window_.setMaximumWidth(QWIDGETSIZE_MAX);
+    ui->boxChildContainer->show();
+    window_.resize(expandedSize_);
+    ui->btnExpand->setIcon(Images::icon(QStringLiteral("shrink")));
+}
+
+void AppDelegate::showAbout()
+{
+    AboutWindow(&window_).exec();
+}

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "platform/NotificationCenter.h"
+
+#include <QMainWindow>
+#include <QPointer>
+#include <QTimer>
+
+#include <memory>
+
+class frmDncMenu;
+class viewMC;
+namespace Ui
+{
+class mainWindow;
+}
+
+/// Where the program begins: the main window with the machine icons, and the answers to what icons, menu, child views
+/// and setup form report. Main thread; lives as long as the application.
+class AppDelegate : public QObject
+{
+    Q_OBJECT
+public:
+    AppDelegate();
+    ~AppDelegate() override;
+
+    QMainWindow* window() { return &window_; }
+    int iCurrentMcIcon = 0; ///< index of the active machine; 0 when none is
+
+    /// Loads the machines, shows their icons and listens to the notifications.
+    void applicationDidFinishLaunching();
+    /// Brings the main window to the front.
+    bool applicationShouldHandleReopen();
+
+    // --- Machines (AppDelegate_machines.cpp) -----------------------------------------------------------------------
+    void showAllMcIcons();
+    void btnAddMC_Click();
+    void btnDeleteIcon_Click(const Notification& notification);
+    /// Removes the machine, its child view and its port. An index below 1 is ignored.
+    void removeMcIcon(int index);
+    void MCIcon_Click(const Notification& notification);
+    void makeActiveIcon(int index);
+    void setupSaveButton_Click(const Notification& notification);
+    void btnUp_Click();
+    void btnDown_Click();
+    void tmrMoveIconPanelToY_Tick();
+
+    // --- Child views (AppDelegate_children.cpp) --------------------------------------------------------------------
+    void setupButton_Clicked();
+    void sendButton_Clicked();
+    void receiveButton_Clicked();
+    /// Replaces the active machine's child view by one in that mode (see viewChild::Mode).
+    void loadDockedChild(int mode);
+    void hideAllDockedViews();
+    void childGotFocus_Event();
+    void dockedChildLeaving_Event();
+
+    // --- Window ----------------------------------------------------------------------------------------------------
+    void expandMainMenu();
+    void shrinkMainMenu();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void setUpWindow();
+    void registerObservers();
+    bool mayQuit();
+    void showAbout();
+
+    void addIconToPanel(viewMC* icon);
+    void renumberMachines();
+    double panelY() const;
+    void movePanelTo(double y);
+    int usableIndex(const Notification& notification) const;
+    void showDockedChild();
+    void showLogos();
+
+    QMainWindow window_;
+    std::unique_ptr<Ui::mainWindow> ui;
+    QPointer<frmDncMenu> modalMenu;
+    QTimer tmrMoveIconPanelToY;
+    double fPanelTargetY = 0; // where the panel's top goes, in pixels scrolled away
+    bool menuIsExpanded = true;
+    QSize expandedSize_;
+};
+
+/// The icon of that machine; null for an index outside the list.
+viewMC* mcIconAt(qsizetype mcIndex);

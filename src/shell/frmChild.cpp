@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/frmChild.h"
+#include "ui_frmChild.h"
+
+#include "config/g.h"
+#include "platform/NotificationCenter.h"
+#include "shell/viewChild.h"
+
+#include <QCloseEvent>
+
+frmChild::frmChild(int index) : ui(std::make_unique<Ui::frmChild>())
+{
+    ui->setupUi(this);
+    setAttribute(Qt::WA_DeleteOnClose);
+    initialize(index);
+}
+
+frmChild::~frmChild() = default;
+
+void frmChild::initialize(int index)
+{
+    iIndex = index;
+    setWindowTitle(g::mcIcons[index]->MCNAME);
+}
+
+void frmChild::takeIn(QWidget* childView)
+{
+    ui->rootLayout->addWidget(childView);
+    childView->show();
+}
+
+void frmChild::closeEvent(QCloseEvent* event)
+{
+    auto* child = childViewAt(iIndex);
+    if (child && !child->mayEnd()) {
+        event->ignore();
+        return;
+    }
+    if (child) child->end();
+    event->accept();
+}
+
+void frmChild::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        NotificationCenter::defaultCenter().post(QStringLiteral("childGotFocus_Event"), this,
+                                                 {{QStringLiteral("MC"), iIndex}});
+}

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+namespace Ui
+{
+class frmChild;
+}
+
+/// The window of an undocked child view. Deletes itself when closed.
+class frmChild : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit frmChild(int index);
+    ~frmChild() override;
+
+    int iIndex = 0; ///< the machine's index
+
+    /// Takes the machine's name as the title.
+    void initialize(int index);
+    void takeIn(QWidget* childView);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    std::unique_ptr<Ui::frmChild> ui;
+};

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/viewChild.h"
+#include "ui_viewChild.h"
+
+#include "config/g.h"
+#include "platform/NotificationCenter.h"
+#include "resources/Images.h"
+#include "shell/frmChild.h"
+#include "shell/viewSetup.h"
+#include "transfer/viewTX.h"
+
+viewChild* childViewAt(qsizetype mcIndex)
+{
+    const bool isMachine = mcIndex >= 0 && mcIndex < g::mcChildViews.size();
+    return isMachine ? dynamic_cast<viewChild*>(g::mcChildViews[mcIndex].get()) : nullptr;
+}
+
+viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewChild>())
+{
+    ui->setupUi(this);
+    ui->btnUnDock->setIcon(Images::icon(QStringLiteral("undock")));
+    ui->btnClose->setIcon(Images::icon(QStringLiteral("close")));
+    ui->btnSetupFailed->setIcon(Images::icon(QStringLiteral("setup")));
+    connect(ui->btnUnDock, &QToolButton::clicked, this, &viewChild::btnUnDock_Click);
+    connect(ui->btnClose, &QToolButton::clicked, this, &viewChild::btnClose_Click);
+    connect(ui->btnCancel, &QPushButton::clicked, this, &viewChild::btnCancel_Click);
+    connect(ui->btnSetupFailed, &QPushButton::clicked, this, [this] {
+        showStartupError(false);
+        loadSetup();
+    });
+    showStartupError(false);
+}
+
+viewChild::~viewChild()
+{
+    delete frm;
+}
+
+void viewChild::configurePort()
+{
+    const auto& mc = *g::mcIcons[iMcIndex];
+    sp->Speed = static_cast<unsigned long>(mc.MCBAUD);
+    sp->StopBits = static_cast<int>(mc.MCSBITS);
+    sp->FlowType = static_cast<int>(mc.MCFLOW);
+    sp->DataBits = mc.MCDBPAR == 0 ? 8 : 7;
+    sp->Parity = mc.MCDBPAR == 2 ? 1 : 0;
+}
+
+void viewChild::startMode(int mode, int mcIndex)
+{
+    isLoaded_ = true;
+    machineChanged(mcIndex);
+    configurePort();
+    const bool isOpen = sp->Open(g::mcIcons[mcIndex]->MCPORT) >= 0;
+    showStartupError(!isOpen);
+    if (!isOpen) return;
+    if (mode == SetupMode) loadSetup();
+    if (mode == SendMode || mode == ReceiveMode) loadTransfer(mode == SendMode);
+}
+
+void viewChild::showStartupError(bool shown)
+{
+    if (shown)
+        ui->txtStartupError->setText(
+            QStringLiteral("The DNC process is configured to use port %1 but the port could not be opened")
+                .arg(g::mcIcons[iMcIndex]->MCPORT));
+    ui->boxStartupError->setHidden(!shown);
+    ui->rootView->setHidden(shown);
+    ui->boxControls->setHidden(shown || frm);
+    if (shown) ui->btnSetupFailed->setFocus();
+}
+
+void viewChild::loadSetup()
+{
+    vSet = new viewSetup(ui->rootView);
+    ui->rootLayout->addWidget(vSet);
+    vSet->initialize(iMcIndex);
+    vSet->show();
+}
+
+void viewChild::loadTransfer(bool send)
+{
+    vtx = new viewTX(ui->rootView);
+    ui->rootLayout->addWidget(vtx);
+    vtx->initialize(send, iMcIndex);
+    vtx->show();
+    if (send) vtx->btnFolder_Click(); // choosing Send goes straight to picking the file
+}
+
+void viewChild::machineChanged(int mcIndex)
+{
+    iMcIndex = mcIndex;
+    ui->lblTitle->setText(g::mcIcons[mcIndex]->MCNAME);
+    if (frm) frm->initialize(mcIndex);
+    if (vtx && !vtx->dncRunning()) vtx->machineChanged();
+}
+
+void viewChild::btnUnDock_Click()
+{
+    frm = new frmChild(iMcIndex);
+    ui->boxControls->hide(); // the window has its own frame and title
+    frm->resize(size().expandedTo(frm->minimumSizeHint()));
+    frm->takeIn(this);
+    frm->show();
+    g::mcIcons[iMcIndex]->MCISDOCKED = false;
+    NotificationCenter::defaultCenter().post(QStringLiteral("dockedChildLeaving_Event"), this);
+}
+
+void viewChild::btnClose_Click()
+{
+    if (mayEnd()) end();
+}
+
+void viewChild::btnCancel_Click()
+{
+    btnClose_Click();
+}
+
+bool viewChild::mayEnd()
+{
+    if (!vtx || !vtx->dncRunning()) return true;
+    return g::msgBox(
+        QStringLiteral("%1 is transferring a program\r\rStop the transfer?").arg(g::mcIcons[iMcIndex]->MCNAME),
+        QStringLiteral("Stop"), QStringLiteral("Cancel"));
+}
+
+void viewChild::end()
+{
+    if (!isLoaded_) return;
+    isLoaded_ = false;
+    if (vtx && vtx->dncRunning()) vtx->btnStop_Click();
+    sp->Close();
+    hide();
+    setParent(nullptr); // out of the main window or of its own
+    if (frm) frm->deleteLater();
+    frm = nullptr;
+    // Late: this may be running inside a handler of the working view.
+    if (vtx) vtx->deleteLater();
+    if (vSet) vSet->deleteLater();
+    vtx = nullptr;
+    vSet = nullptr;
+    g::mcIcons[iMcIndex]->MCISDOCKED = false;
+    NotificationCenter::defaultCenter().post(QStringLiteral("dockedChildLeaving_Event"), this);
+}

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "config/ChildView.h"
+#include "serial/serialPort.h"
+#include "transfer/TransferHost.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+
+class frmChild;
+class viewSetup;
+class viewTX;
+namespace Ui
+{
+class viewChild;
+}
+
+/// The place of one machine's working view, docked in the main window or in a window of its own. Owns the machine's
+/// port.
+class viewChild : public QWidget, public ChildView, public TransferHost
+{
+    Q_OBJECT
+public:
+    enum Mode { SetupMode = 0, SendMode = 1, ReceiveMode = 2 };
+
+    explicit viewChild(QWidget* parent = nullptr);
+    ~viewChild() override;
+
+    int iMcIndex = 0;
+    std::shared_ptr<serialPort> sp = std::make_shared<serialPort>();
+    std::shared_ptr<serialPort> machinePort() override { return sp; }
+
+    /// Opens the machine's port and loads the working view; a port that cannot be opened shows why and what to do.
+    void startMode(int mode, int mcIndex);
+    /// Follows a machine that moved in the list or was renamed.
+    void machineChanged(int mcIndex);
+
+    void btnUnDock_Click();
+    void btnClose_Click();
+    void btnCancel_Click();
+
+    /// Whether the view may end: true, or what the operator answers when a transfer is running.
+    bool mayEnd();
+    /// Ends the view without asking: transfer, port, window.
+    void end();
+    bool isLoaded() const { return isLoaded_; }
+
+private:
+    void loadSetup();
+    void loadTransfer(bool send);
+    void configurePort();
+    void showStartupError(bool shown);
+
+    std::unique_ptr<Ui::viewChild> ui;
+    QPointer<frmChild> frm;
+    viewTX* vtx = nullptr;
+    viewSetup* vSet = nullptr;
+    bool isLoaded_ = false; // between startMode and end
+};
+
+/// The child view of that machine; null for an index outside the list.
+viewChild* childViewAt(qsizetype mcIndex);

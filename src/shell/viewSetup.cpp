@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "shell/viewSetup.h"
+#include "ui_viewSetup.h"
+
+#include "config/g.h"
+#include "transfer/FileDialogs.h"
+
+#include <QComboBox>
+
+namespace
+{
+// Shows a value that the list may not have: it becomes the first item, so that a stored one is never lost.
+void showValue(QComboBox& box, const QString& value)
+{
+    if (value.isEmpty()) {
+        box.setCurrentIndex(0);
+        return;
+    }
+    if (box.findText(value, Qt::MatchExactly | Qt::MatchCaseSensitive) < 0) box.insertItem(0, value);
+    box.setCurrentText(value);
+}
+
+// Shows a value that the list has; false when it has not.
+bool showListed(QComboBox& box, const QString& value)
+{
+    const int index = box.findText(value, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index < 0) return false;
+    box.setCurrentIndex(index);
+    return true;
+}
+} // namespace
+
+viewSetup::viewSetup(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewSetup>())
+{
+    ui->setupUi(this);
+    connect(ui->btnTXBrowse, &QPushButton::clicked, this, &viewSetup::btnTXBrowse);
+    connect(ui->btnSave, &QPushButton::clicked, this, &viewSetup::btnSave_Click);
+}
+
+viewSetup::~viewSetup() = default;
+
+void viewSetup::initialize(int mcIndex)
+{
+    mc = g::mcIcons[mcIndex];
+    populateModeCombo();
+    populatePortsCombo();
+    selectCurrentValues();
+}
+
+void viewSetup::populateModeCombo()
+{
+    ui->cboMode->addItems(
+        {QStringLiteral("Auto"), QStringLiteral("Fanuc"), QStringLiteral("Haas"), QStringLiteral("Okuma")});
+}
+
+void viewSetup::populatePortsCombo()
+{
+    QStringList paths;
+    if (sp.findSerialDevices(paths) != 0) return;
+    ui->cboPorts->clear();
+    ui->cboPorts->addItems(paths);
+}
+
+void viewSetup::selectCurrentValues()
+{
+    ui->txtMCName->setText(mc->MCNAME);
+    showValue(*ui->cboMode, mc->MCMODE);
+    showValue(*ui->cboPorts, mc->MCPORT);
+    ui->txtTXDataFolder->setText(mc->MCOUTDIR);
+    ui->cboFlow->setCurrentIndex(static_cast<int>(mc->MCFLOW));
+    ui->chkWaitXOn->setChecked(mc->MCWAIT);
+    ui->chkAutoRepeat->setChecked(mc->MCREPEAT);
+    if (!showListed(*ui->cboBlockDelay, QString::number(mc->MCBLKTIC))) ui->cboBlockDelay->setCurrentIndex(2);
+    // A rate that is not listed shows in the block delay, not here. Users' habits rest on it: it stays.
+    if (!showListed(*ui->cboBaud, QString::number(mc->MCBAUD)))
+        ui->cboBlockDelay->setCurrentText(QStringLiteral("1200"));
+    ui->cboEIA->setCurrentIndex(mc->MCEIA ? 1 : 0);
+    ui->cboDBPar->setCurrentIndex(mc->MCDBPAR == 1 || mc->MCDBPAR == 2 ? static_cast<int>(mc->MCDBPAR) : 0);
+    ui->cboStopBits->setCurrentIndex(mc->MCSBITS == 2 ? 1 : 0);
+    if (!showListed(*ui->cboEOB, mc->MCTXEOB)) ui->cboEOB->setCurrentIndex(0);
+    ui->txtSOT->setText(mc->MCTXSOT);
+    ui->txtEOT->setText(mc->MCTXEOT);
+    ui->chkStripComments->setChecked(mc->MCSTRIPCOMMENTS);
+    ui->chkStripEmptyLines->setChecked(mc->MCSTRIPEMPTYLINES);
+    ui->cboTxTimeout->setCurrentText(QString::number(mc->MCTXTOUT));
+}
+
+void viewSetup::btnTXBrowse()
+{
+    auto* dialog = FileDialogs::make(this, QStringLiteral("Program folder"), ui->txtTXDataFolder->text());
+    dialog->setObjectName(QStringLiteral("folderDialog"));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Select Folder"));
+    connect(dialog, &QFileDialog::fileSelected, ui->txtTXDataFolder, &QLineEdit::setText);
+    dialog->open();
+}
+
+void viewSetup::btnSave_Click()
+{
+    mc->MCNAME = ui->txtMCName->text();
+    mc->MCMODE = ui->cboMode->currentText();
+    mc->MCPORT = ui->cboPorts->currentText();
+    mc->MCOUTDIR = ui->txtTXDataFolder->text();
+    mc->MCINDIR.clear();
+    mc->MCFLOW = ui->cboFlow->currentIndex();
+    mc->MCWAIT = ui->chkWaitXOn->isChecked();
+    mc->MCREPEAT = ui->chkAutoRepeat->isChecked();
+    mc->MCDELAY = 0;
+    mc->MCCRLF = false;
+    mc->MCBLKTIC = g::iVal(ui->cboBlockDelay->currentText());
+    mc->MCBAUD = g::iVal(ui->cboBaud->currentText());
+    mc->MCEIA = ui->cboEIA->currentText() == QLatin1String("EIA");
+    // An XModem line has 8 data bits without parity, whatever the box shows.
+    mc->MCDBPAR = mc->MCFLOW == 3 ? 1 : ui->cboDBPar->currentIndex();
+    mc->MCSBITS = g::iVal(ui->cboStopBits->currentText());
+    mc->MCTXEOB = ui->cboEOB->currentText();
+    mc->MCTXSOT = ui->txtSOT->text();
+    mc->MCTXEOT = ui->txtEOT->text();
+    mc->MCSTRIPCOMMENTS = ui->chkStripComments->isChecked();
+    mc->MCSTRIPEMPTYLINES = ui->chkStripEmptyLines->isChecked();
+    // The form has no controls for these; every save puts them back to fixed values on purpose.
+    mc->MCRXEOBCHAR = QStringLiteral("CR");
+    mc->MCREQST = QStringLiteral("SEND");
+    mc->MCEXTENS.clear();
+    mc->MCRXTOUT = 3;
+    mc->MCTXTOUT = g::iVal(ui->cboTxTimeout->currentText());
+    mc->MCNOTFOUNDMSG.clear();
+    mc->MCFNAMEISTXT = false;
+    mc->MCAUTOSTARTREMO = false;
+    mc->MCREMOENABLED = false;
+    mc->MCFADALTA1 = false;
+    mc->MCREMOPFX.clear();
+    mc->MCSAVEPFX = false;
+    g::saveAllMcSettings();
+    ui->lblSaved->setText(QStringLiteral("Saved"));
+    nc->post(QStringLiteral("setupSaveButton_Click"), nullptr, {{QStringLiteral("MC"), mc->MCINDEX}});
+}

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "config/MachineRecord.h"
+#include "platform/NotificationCenter.h"
+#include "serial/serialPort.h"
+
+#include <QWidget>
+
+#include <memory>
+
+namespace Ui
+{
+class viewSetup;
+}
+
+/// The form in which one machine's record is edited. Nothing is checked: what is typed is stored as typed.
+class viewSetup : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit viewSetup(QWidget* parent = nullptr);
+    ~viewSetup() override;
+
+    /// Shows the machine at that index. Meant to be called once.
+    void initialize(int mcIndex);
+
+    void populateModeCombo();
+    void populatePortsCombo();
+    void selectCurrentValues();
+    void btnTXBrowse();
+    void btnSave_Click();
+
+private:
+    NotificationCenter* nc = &NotificationCenter::defaultCenter();
+    std::shared_ptr<MachineRecord> mc;
+    serialPort sp; // asked for the devices present, never opened
+    std::unique_ptr<Ui::viewSetup> ui;
+};
