@@ -137,6 +137,7 @@ bool g::msgBox(const QString& text, const QString& sBtnOne, const QString& sBtnT
     QMessageBox box(msgBoxParent);
     box.setObjectName(QStringLiteral("msgBox"));
     box.setWindowModality(Qt::ApplicationModal);
+    box.setTextFormat(Qt::PlainText); // a file or machine may be named like markup
     box.setText(QString(text).replace(QLatin1Char('\r'), QLatin1Char('\n')));
     const auto* first = box.addButton(sBtnOne, QMessageBox::AcceptRole);
     if (!sBtnTwo.isEmpty()) box.addButton(sBtnTwo, QMessageBox::RejectRole);

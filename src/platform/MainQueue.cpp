@@ -6,18 +6,18 @@
 #include <QSocketNotifier>
 
 #include <array>
+#include <deque>
 #include <fcntl.h>
 #include <mutex>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace
 {
-// A pipe wakes the event loop; one byte stands for "there is work".
+// A pipe wakes the event loop; a byte in it stands for "there is work".
 struct Queue {
     std::mutex mutex;
-    std::vector<std::function<void()>> work;
+    std::deque<std::function<void()>> work;
     std::array<int, 2> wakePipe{-1, -1};
     QPointer<QSocketNotifier> notifier;
 
@@ -30,18 +30,29 @@ struct Queue {
         }
     }
 
+    void wake() const
+    {
+        const char wakeUp = 0;
+        // A full pipe is no failure: the loop has wake-ups enough.
+        [[maybe_unused]] const auto written = ::write(wakePipe[1], &wakeUp, 1);
+    }
+
+    // One item per wake-up: one that opens a message box runs an event loop of its own, and the work of other machines
+    // behind it must reach that loop.
     void run()
     {
-        std::array<char, 64> wakeUps;
-        while (::read(wakePipe[0], wakeUps.data(), wakeUps.size()) > 0) {
-        }
-        std::vector<std::function<void()>> due;
+        std::function<void()> item;
         {
             const std::lock_guard lock(mutex);
-            due.swap(work);
+            std::array<char, 64> wakeUps;
+            while (::read(wakePipe[0], wakeUps.data(), wakeUps.size()) > 0) {
+            }
+            if (work.empty()) return;
+            item = std::move(work.front());
+            work.pop_front();
+            if (!work.empty()) wake();
         }
-        for (auto& item : due)
-            item();
+        item();
     }
 };
 
@@ -65,11 +76,6 @@ void MainQueue::post(std::function<void()> work)
 {
     auto& q = queue();
     const std::lock_guard lock(q.mutex);
-    const bool wasEmpty = q.work.empty();
     q.work.push_back(std::move(work));
-    if (wasEmpty) {
-        const char wakeUp = 0;
-        // A full pipe is no failure: the loop has wake-ups enough.
-        [[maybe_unused]] const auto written = ::write(q.wakePipe[1], &wakeUp, 1);
-    }
+    if (q.work.size() == 1) q.wake();
 }

@@ -27,7 +27,7 @@ void NotificationCenter::post(const QString& name, QObject* object, const QVaria
     const Notification notification{name, object, userInfo};
     const auto atStart = observers_; // handlers may change the list
     for (const auto& entry : atStart) {
-        const bool wanted = entry->name == name && (entry->anyObject || entry->object == object);
+        const bool wanted = entry->name == name && (entry->anyObject || (object && entry->object == object));
         if (wanted && !entry->removed && entry->observer) entry->handler(notification);
     }
 }

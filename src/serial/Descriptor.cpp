@@ -48,12 +48,18 @@ Descriptor::WriteResult Descriptor::write(const char* bytes, std::size_t count, 
     return written == 0 || errno == EAGAIN || errno == EINTR ? WriteResult::TryAgain : WriteResult::Failed;
 }
 
-void Descriptor::shut(bool discard)
+bool Descriptor::isShut() const
+{
+    const std::lock_guard lock(mutex_);
+    return shut_;
+}
+
+void Descriptor::shut(Pending pending)
 {
     const std::lock_guard lock(mutex_);
     if (shut_) return;
     shut_ = true;
-    if (discard) ::tcflush(fd_, TCOFLUSH);
+    if (pending == Pending::Discard) ::tcflush(fd_, TCOFLUSH);
     auto& r = releasing();
     const std::lock_guard releasingLock(r.mutex);
     ++r.count[device_];

@@ -20,14 +20,18 @@ public:
     /// Writes what the driver takes now, without waiting; adds the number of bytes taken to `taken`.
     WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
 
-    /// From here on nothing is written. With `discard` the driver's pending output is thrown away.
-    void shut(bool discard);
+    bool isShut() const;
+
+    /// What becomes of the driver's pending output.
+    enum class Pending { Send, Discard };
+    /// From here on nothing is written.
+    void shut(Pending pending);
 
     /// Waits until no shut descriptor of this device is open any more. False when that takes longer than `ms`.
     static bool waitUntilReleased(dev_t device, int ms);
 
 private:
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     const int fd_;
     const dev_t device_;
     bool shut_ = false;

@@ -3,8 +3,6 @@
 
 #include "serial/SerialPlatform.h"
 
-#include <QFile>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -69,6 +67,7 @@ void setControl(termios& line, const SerialLine::Settings& settings)
 {
     // Always 8 data bits without hardware parity: even parity is made in software.
     line.c_cflag |= CS8 | CREAD | CLOCAL;
+    set(line.c_cflag, PARENB, false);
     set(line.c_cflag, CSTOPB, settings.stopBits == 2);
     line.c_cc[VSTOP] = settings.evenParity ? markedStopCharacter : stopCharacter;
 }
@@ -81,10 +80,11 @@ bool SerialLine::readerStripsParity(bool evenParity)
 
 std::shared_ptr<Descriptor> SerialLine::openExclusive(const QString& path)
 {
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = path.toUtf8();
     struct stat device {
     };
     if (::stat(name.constData(), &device) != 0) return nullptr;
+    // An open that meets a close of the same device would hang in the driver for as long as that close does.
     if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) return nullptr;
 
     const int fd = ::open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);

@@ -17,8 +17,8 @@ struct Settings {
     bool evenParity = false;
 };
 
-/// The device, or null when it is missing, no terminal, or held by somebody. Waits for a short while when we ourselves
-/// are still letting go of it.
+/// The device, or null when it is missing or held by somebody. Waits for a short while when we ourselves are still
+/// letting go of it.
 std::shared_ptr<Descriptor> openExclusive(const QString& path);
 
 /// Sets the whole line. False when the device refuses or has no such speed.

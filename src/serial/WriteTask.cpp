@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace
 {
@@ -22,65 +23,70 @@ QByteArray withParity(QByteArray bytes)
 }
 } // namespace
 
-WriteTask::WriteTask(Line line, const QByteArray& bytes)
-    : line_(std::move(line)), bytes_(bytes), wireBytes_(line_.evenParity ? withParity(bytes) : bytes)
+WriteTask::WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes)
+    : device_(std::move(device)), line_(std::move(line)), bytes_(bytes),
+      wireBytes_(line_.evenParity ? withParity(bytes) : bytes)
 {
+}
+
+bool WriteTask::isGivenUp(const Descriptor& device) const
+{
+    return line_.stop->load() || abandoned_ || device.isShut();
 }
 
 // Sleeping for as long as the pending bytes take on the wire keeps a fast line busy; a fixed sleep would starve it.
 void WriteTask::sleepFor(int pendingBytes) const
 {
-    const long long bits = (1 + 8 + line_.stopBits) * static_cast<long long>(pendingBytes);
-    const microseconds wireTime{line_.speed > 0 ? bits * 1'000'000 / static_cast<long long>(line_.speed) : 0};
-    std::this_thread::sleep_for(std::clamp(wireTime, shortestSleep, longestSleep));
+    auto time = longestSleep;
+    if (pendingBytes > 0 && line_.speed > 0) {
+        const long long bits = (1 + 8 + line_.stopBits) * static_cast<long long>(pendingBytes);
+        const microseconds wireTime{bits * 1'000'000 / static_cast<long long>(line_.speed)};
+        time = std::clamp(wireTime, shortestSleep, longestSleep);
+    }
+    std::this_thread::sleep_for(time);
 }
 
-WriteTask::Progress WriteTask::writeSome()
+WriteTask::Progress WriteTask::writeOnce(Descriptor& device)
 {
     const std::lock_guard lock(mutex_);
-    if (abandoned_ || !line_.device) return abandoned_ ? Progress::Closed : Progress::Done;
-    const auto size = static_cast<std::size_t>(wireBytes_.size());
-    while (taken_ < size) {
-        switch (line_.device->write(wireBytes_.constData() + taken_, size - taken_, taken_)) {
-        case Descriptor::WriteResult::Wrote:
-            break;
-        case Descriptor::WriteResult::TryAgain:
-            return Progress::Wait;
-        case Descriptor::WriteResult::Closed:
-            return Progress::Closed;
-        case Descriptor::WriteResult::Failed:
-            done_ = true;
-            return Progress::Done;
-        }
+    if (isGivenUp(device)) return Progress::GivenUp;
+    const auto left = static_cast<std::size_t>(wireBytes_.size()) - taken_;
+    const auto result =
+        left > 0 ? device.write(wireBytes_.constData() + taken_, left, taken_) : Descriptor::WriteResult::Wrote;
+    switch (result) {
+    case Descriptor::WriteResult::Wrote:
+        return taken_ == static_cast<std::size_t>(wireBytes_.size()) ? Progress::Done : Progress::More;
+    case Descriptor::WriteResult::TryAgain:
+        return Progress::Wait;
+    case Descriptor::WriteResult::Closed:
+        return Progress::GivenUp;
+    case Descriptor::WriteResult::Failed:
+        break;
     }
-    done_ = true;
     return Progress::Done;
 }
 
 bool WriteTask::run()
 {
-    const int fd = line_.device ? line_.device->get() : -1;
-    for (int pending = CustomObject::bytesInTxBuffer(fd); pending >= 1; pending = CustomObject::bytesInTxBuffer(fd)) {
+    // Let go of here: the last one to hold the device closes it, and that must not be the main thread.
+    const auto device = std::exchange(device_, nullptr);
+    if (!device) return true;
+    while (const int pending = CustomObject::bytesInTxBuffer(device->get())) {
         sleepFor(pending);
-        if (stopped()) return false;
+        if (isGivenUp(*device)) return false;
     }
-    while (true) {
-        const Progress progress = writeSome();
-        if (progress != Progress::Wait) return progress == Progress::Done;
-        // The driver refuses for now: its buffer is full, or a line without a buffer of its own is held.
-        const int pending = CustomObject::bytesInTxBuffer(fd);
-        if (pending >= 1) {
-            sleepFor(pending);
-        } else {
-            std::this_thread::sleep_for(longestSleep);
-        }
-        if (stopped()) return false;
+    auto progress = writeOnce(*device);
+    while (progress == Progress::More || progress == Progress::Wait) {
+        // Refused for now: the driver's buffer is full, or a line without a buffer of its own is held.
+        if (progress == Progress::Wait) sleepFor(CustomObject::bytesInTxBuffer(device->get()));
+        progress = writeOnce(*device);
     }
+    return progress == Progress::Done;
 }
 
 QByteArray WriteTask::abandon()
 {
     const std::lock_guard lock(mutex_);
     abandoned_ = true;
-    return done_ ? QByteArray() : bytes_.mid(static_cast<qsizetype>(taken_));
+    return bytes_.mid(static_cast<qsizetype>(taken_));
 }

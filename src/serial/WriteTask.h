@@ -15,33 +15,34 @@ class WriteTask
 {
 public:
     struct Line {
-        std::shared_ptr<Descriptor> device;
         std::shared_ptr<const std::atomic<bool>> stop; ///< the operator's Stop button
         unsigned long speed = 0;                       ///< baud
         int stopBits = 1;
         bool evenParity = false;
     };
 
-    WriteTask(Line line, const QByteArray& bytes);
+    /// Without a device the bytes go nowhere and count as written.
+    WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes);
 
-    /// Waits until the driver has sent everything before, then writes all bytes. False when stopped, abandoned, or the
-    /// device was closed. An error of the device counts as done: nobody could act on it here.
+    /// Once: waits until the driver has sent everything before, then writes all bytes, and lets go of the device. False
+    /// when stopped, abandoned, or the device was shut. An error of the device counts as done: nobody could act on it.
     bool run();
 
-    /// From here on nothing more is written. Returns the bytes that the driver did not take, without parity.
+    /// From here on nothing more is written. Returns the bytes that the driver did not take, without parity. Any
+    /// thread.
     QByteArray abandon();
 
 private:
-    enum class Progress { Done, Wait, Closed };
-    Progress writeSome();
-    bool stopped() const { return line_.stop->load() || abandoned_.load(); }
+    enum class Progress { Done, GivenUp, More, Wait };
+    Progress writeOnce(Descriptor& device);
+    bool isGivenUp(const Descriptor& device) const;
     void sleepFor(int pendingBytes) const;
 
+    std::shared_ptr<Descriptor> device_; // run() takes it out
     const Line line_;
     const QByteArray bytes_;     // as given
     const QByteArray wireBytes_; // with parity
     std::mutex mutex_;           // held while a piece is written and counted
     std::size_t taken_ = 0;
-    bool done_ = false;
     std::atomic<bool> abandoned_ = false;
 };

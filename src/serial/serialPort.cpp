@@ -24,19 +24,21 @@ serialPort::serialPort(QObject* parent) : QObject(parent)
 {
     MainQueue::attachToMainThread();
     connect(&tmrRxTimer, &QTimer::timeout, this, &serialPort::tmrRx_Tick);
+    nextRead_.setSingleShot(true);
+    connect(&nextRead_, &QTimer::timeout, this, &serialPort::tmrRx_Tick);
 }
 
 serialPort::~serialPort()
 {
-    for (const auto& write : writes_)
-        write->abandon();
     letGo();
 }
 
 int serialPort::Open(const QString& path)
 {
-    device_ = SerialLine::openExclusive(path);
-    if (!device_) return hPort = failed;
+    auto device = SerialLine::openExclusive(path);
+    letGo(); // callers close first; a device that is still held must not leak
+    if (!device) return hPort = failed;
+    device_ = std::move(device);
     hPort = device_->get();
     if (FlowType == 3) {
         DataBits = 8;
@@ -56,9 +58,11 @@ int serialPort::Close()
 
 void serialPort::letGo()
 {
-    takeUnsentBytes();
+    // Also true after a program that went out whole; what the driver still holds of that one must reach the control.
+    const bool cutOff = stopButtonPressed && !writes_.empty();
+    abandonWrites();
     if (!device_) return;
-    device_->shut(stopButtonPressed);
+    device_->shut(cutOff ? Descriptor::Pending::Discard : Descriptor::Pending::Send);
     // Closing a line that the control holds can take the driver many seconds.
     BackgroundQueue::post([device = std::exchange(device_, nullptr)]() mutable { device.reset(); });
 }
@@ -66,8 +70,8 @@ void serialPort::letGo()
 void serialPort::sendBytes(const QByteArray& bytes)
 {
     // A send that was stopped may not have noticed yet: it must not wake up again when the flag is cleared.
-    if (stopButtonPressed.exchange(false)) takeUnsentBytes();
-    auto task = std::make_shared<WriteTask>(WriteTask::Line{device_, stop_, Speed, StopBits, Parity == 1}, bytes);
+    if (stopButtonPressed.exchange(false)) abandonWrites();
+    auto task = std::make_shared<WriteTask>(device_, WriteTask::Line{stop_, Speed, StopBits, Parity == 1}, bytes);
     writes_.push_back(task);
     BackgroundQueue::post([this, task, alive = std::weak_ptr<void>(alive_)]() mutable {
         if (!task->run()) return;
@@ -79,8 +83,9 @@ void serialPort::sendBytes(const QByteArray& bytes)
 
 void serialPort::writeFinished(const std::shared_ptr<WriteTask>& task)
 {
-    const bool isCurrent = std::erase(writes_, task) > 0; // otherwise it was given up after a stop
-    if (isCurrent && !stopButtonPressed) nc->post(QStringLiteral("TxOnComm"), this);
+    // Reported after a stop: it stays among the writes that the stop cut off, or was given up with them.
+    if (stopButtonPressed || std::erase(writes_, task) == 0) return;
+    nc->post(QStringLiteral("TxOnComm"), this);
 }
 
 void serialPort::sendByte(std::uint8_t byte)
@@ -91,10 +96,15 @@ void serialPort::sendByte(std::uint8_t byte)
 
 bool serialPort::sendData(const QByteArray& bytes)
 {
-    return WriteTask({device_, stop_, Speed, StopBits, false}, bytes).run();
+    return WriteTask(device_, {stop_, Speed, StopBits, false}, bytes).run();
 }
 
 QByteArray serialPort::takeUnsentBytes()
+{
+    return stopButtonPressed ? abandonWrites() : QByteArray();
+}
+
+QByteArray serialPort::abandonWrites()
 {
     QByteArray unsent;
     for (const auto& write : std::exchange(writes_, {}))
@@ -109,7 +119,7 @@ QByteArray serialPort::readBytes()
 
 bool serialPort::setFlow(int flow)
 {
-    if (device_ && SerialLine::setFlow(hPort, flow)) return true;
+    if (device_ && SerialLine::setFlow(device_->get(), flow)) return true;
     Close();
     return false;
 }
@@ -141,7 +151,7 @@ void serialPort::tmrRx_Tick()
     }
     bytesRxBuffer.append(buffer.data(), count);
     // There is more: at 115200 baud a tick brings more bytes than one read takes.
-    if (static_cast<std::size_t>(count) == readSize) QTimer::singleShot(0, this, &serialPort::tmrRx_Tick);
+    if (static_cast<std::size_t>(count) == readSize) nextRead_.start(0);
     if (wasEmpty) nc->post(QStringLiteral("RxOnComm"), this);
 }
 

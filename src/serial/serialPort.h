@@ -57,10 +57,12 @@ public:
     void sendBytes(const QByteArray& bytes);
     /// As sendBytes for one byte that is marked with parity whatever Parity is.
     void sendByte(std::uint8_t byte);
-    /// Waits until the driver has sent everything, then writes all bytes. False when stopped. Blocks: any thread.
+    /// Waits until the driver has sent everything, then writes all bytes as they are. False when stopped. Blocks the
+    /// caller: the main thread, or one that knows that the main thread leaves the port as it is.
     bool sendData(const QByteArray& bytes);
-    /// After a stop: the bytes of abandoned sends that the driver did not take, in order and without parity, so that a
-    /// continued send can start with exactly these. Empties the store; from here on those sends write nothing more.
+    /// While stopButtonPressed is set: the bytes that the driver did not take of the sends that the stop cut off, in
+    /// order and without parity, so that a continued send can start with exactly these; those sends write nothing more.
+    /// Empty when called again, and after a send that was made without asking.
     QByteArray takeUnsentBytes();
 
     /// Everything received so far; leaves bytesRxBuffer empty.
@@ -86,9 +88,11 @@ public:
 
 private:
     void letGo();
+    QByteArray abandonWrites();
     void writeFinished(const std::shared_ptr<WriteTask>& task);
 
+    QTimer nextRead_; // without waiting for the next poll
     std::shared_ptr<Descriptor> device_;
-    std::vector<std::shared_ptr<WriteTask>> writes_;               // not known to be finished, in the order of sending
+    std::vector<std::shared_ptr<WriteTask>> writes_;               // without "TxOnComm" so far, in the order of sending
     const std::shared_ptr<void> alive_ = std::make_shared<char>(); // gone when the port is gone
 };

@@ -6,7 +6,6 @@
 #include <QEvent>
 #include <QFontDatabase>
 #include <QPalette>
-#include <QScrollBar>
 
 #include <algorithm>
 
@@ -139,7 +138,8 @@ void ProgramEditor::clearProgram()
 
 void ProgramEditor::appendReceived(const QByteArray& bytes)
 {
-    const bool atEnd = verticalScrollBar()->value() >= verticalScrollBar()->maximum();
+    // Asked in lines: the scroll bar's range follows the text later. A scroll bar below may hide the last line.
+    const bool atEnd = ask(SCI_GETFIRSTVISIBLELINE) + ask(SCI_LINESONSCREEN) + 1 >= ask(SCI_GETLINECOUNT);
     const QByteArray text = QString::fromLatin1(bytes).toUtf8();
     changeText([&] { SendScintilla(SCI_APPENDTEXT, static_cast<uintptr_t>(text.size()), text.constData()); });
     if (!atEnd) return;

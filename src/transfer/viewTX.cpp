@@ -75,6 +75,7 @@ viewTX::viewTX(QWidget* parent)
     connect(ui->rt1, &ProgramEditor::operatorTouched, this, [this] {
         if (!dncRunning()) resume_.reset();
     });
+    connect(ui->rt1, &QsciScintilla::textChanged, this, [this] { resume_.reset(); });
     ui->boxPBOuter->installEventFilter(this);
     viewDidLoad();
 }

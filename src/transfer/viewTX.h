@@ -145,6 +145,7 @@ private:
     struct ResumePoint {
         int state = TxState::txState_idle;
         bool txEOF = false;
+        qsizetype nextLine = 0;
     };
 
     void viewDidLoad();

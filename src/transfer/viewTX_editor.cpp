@@ -53,6 +53,8 @@ void viewTX::btnNew_Click()
     ui->txtPath->clear();
     nextLine_ = 0;
     resume_.reset();
+    xmodemBlocks_ = xmodemRepeats_ = 0;
+    repeatNotice_.clear(); // it speaks of what stood in the editor
     showReceived();
 }
 

@@ -23,7 +23,8 @@ void viewTX::RxOnComm()
     if (booModeTX && txState.State == TxState::txState_sending_xmodem) return actOnXModemReplies(bytes);
     if (booModeTX) {
         if (!booWaitingForStartSignal) return;
-        for (auto startSignals = bytes.count(DC1); startSignals > 0; --startSignals)
+        // The first one may find the port lost: the next must not try again.
+        for (auto startSignals = bytes.count(DC1); startSignals > 0 && booWaitingForStartSignal; --startSignals)
             beginSend();
         return;
     }

@@ -39,6 +39,8 @@ void viewTX::btnSend_Click()
         btnRewind_Click();
     } else {
         nextLine_ = ui->rt1->caret();
+        // However the caret was moved: what a stop cut off belongs to the place of that stop alone.
+        if (resume_ && resume_->nextLine != nextLine_) resume_.reset();
     }
     setPBarsHidden(false);
     if (mc->MCWAIT && (mc->MCFLOW == 0 || mc->MCFLOW == 1)) {
@@ -150,8 +152,8 @@ void viewTX::endedByItself()
 
 void viewTX::btnStop_Click()
 {
-    const bool cutOff = underWay() && !isXModem();
-    if (cutOff) resume_ = ResumePoint{txState.State, txEOF};
+    const bool ownsCaret = dncRunning() && !isXModem();
+    if (ownsCaret && underWay()) resume_ = ResumePoint{txState.State, txEOF, nextLine_};
     ui->boxWaitForCNC->hide();
     setDncRunning(false);
     if (!isXModem()) {
@@ -161,7 +163,7 @@ void viewTX::btnStop_Click()
     booWaitingForStartSignal = false;
     txState.State = TxState::txState_idle;
     sp->stopButtonPressed = true;
-    if (cutOff) ui->rt1->moveCaretTo(nextLine_); // clicks during the transfer may have taken it elsewhere
+    if (ownsCaret) ui->rt1->moveCaretTo(nextLine_); // clicks during wait and transfer may have taken it elsewhere
     ui->rt1->clearLineOut();
     icon().showActivity(booModeTX ? TransferActivity::Idle : TransferActivity::Receiving);
 }
