@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+
+namespace cncsim
+{
+/// How the control expects a program to be framed.
+enum class ControlType { Plain, Fanuc, Okuma };
+
+struct Framing {
+    ControlType type = ControlType::Plain;
+    std::string eob = "\r\n"; ///< end of block
+    std::string sot;          ///< start and end strings of a plain control
+    std::string eot;
+};
+} // namespace cncsim

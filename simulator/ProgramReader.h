@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "simulator/Framing.h"
+
+namespace cncsim
+{
+struct FramedProgram {
+    bool hasTrailer = false;
+    std::string program; ///< what stands between header and trailer
+    std::string problem; ///< what is wrong with the framing; empty when it is right so far
+};
+
+/// Reads a program byte by byte as a control of that type does, and says what is wrong with its framing.
+class ProgramReader
+{
+public:
+    explicit ProgramReader(Framing framing);
+
+    /// One byte, without parity. True when it ends the program: judge() and then next().
+    bool take(char byte);
+    FramedProgram judge() const;
+    /// The next byte begins another program.
+    void next() { bytes_.clear(); }
+
+    /// Whether a program has an end that can be seen; of others only silence tells.
+    bool hasVisibleEnd() const { return !trailer_.empty(); }
+    bool isEmpty() const { return bytes_.empty(); }
+
+private:
+    std::string headerProblem() const;
+    std::string bodyProblem(const std::string& program) const;
+
+    Framing framing_;
+    std::string header_;
+    std::string trailer_;
+    std::string bytes_; // of the program that is coming in, framing included
+};
+} // namespace cncsim

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "simulator/XModemSender.h"
+
+namespace cncsim
+{
+using namespace xmodem;
+
+namespace
+{
+constexpr std::size_t stallSize = 60; // what still goes out of a block that stalls
+}
+
+std::string XModemSender::take(const std::string& bytes, Time now)
+{
+    if (!bytes.empty()) lastSign_ = now;
+    std::string out;
+    char last = 0;
+    for (const char byte : bytes) {
+        // The receiver's replies carry a parity bit: its NAK comes as 0x95.
+        const char reply = settings_.plainNakOnly ? byte : static_cast<char>(byte & 0x7F);
+        // Of replies that piled up a sender takes one: it purges the line before it sends a block.
+        if (reply != last) out += takeReply(reply);
+        last = reply;
+    }
+    return out;
+}
+
+std::string XModemSender::tick(Time now)
+{
+    if (state_ != State::Ending || now - lastSign_ < std::chrono::milliseconds(settings_.pollMs)) return {};
+    lastSign_ = now;
+    return {eot};
+}
+
+std::string XModemSender::takeReply(char reply)
+{
+    const bool isOver = state_ == State::Complete || state_ == State::Stopped;
+    if (isOver) return {};
+    if (reply == can) {
+        state_ = State::Stopped;
+        problem_ = "the receiver cancelled at block " + std::to_string(block_);
+        return {};
+    }
+    if (reply == ack) return acknowledged();
+    if (reply != nak) return {};
+    if (state_ == State::Waiting) return sendNext();
+    if (state_ == State::Ending) return {eot};
+    return sendBlock();
+}
+
+std::string XModemSender::acknowledged()
+{
+    if (state_ == State::Ending) state_ = State::Complete;
+    if (state_ != State::Sending) return {};
+    acknowledged_ = block_;
+    if (block_ == settings_.silentAfterBlock) {
+        state_ = State::Stopped;
+        problem_ = "silent after block " + std::to_string(block_);
+        return {};
+    }
+    if (block_ == settings_.duplicateBlock && !hasDuplicated_) {
+        hasDuplicated_ = true;
+        return sendBlock();
+    }
+    return sendNext();
+}
+
+std::string XModemSender::sendNext()
+{
+    if (block_ * dataSize >= program_.size()) {
+        state_ = State::Ending;
+        return {eot};
+    }
+    state_ = State::Sending;
+    ++block_;
+    isRepeat_ = false;
+    return sendBlock();
+}
+
+std::string XModemSender::sendBlock()
+{
+    if (block_ == settings_.cancelAtBlock) {
+        state_ = State::Stopped;
+        problem_ = "cancelled at block " + std::to_string(block_);
+        return cancel;
+    }
+    const std::string data = program_.substr((block_ - 1) * dataSize, dataSize);
+    std::string bytes = block(static_cast<unsigned char>(block_ & 0xFF), data, settings_.padding);
+    if (isRepeat_) {
+        ++repeatedBlocks_;
+        return bytes;
+    }
+    isRepeat_ = true;
+    if (block_ == settings_.spoilBlock) ++bytes.back();
+    if (block_ == settings_.stallInBlock) bytes.resize(stallSize);
+    return bytes;
+}
+} // namespace cncsim

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "simulator/XModem.h"
+
+namespace cncsim
+{
+/// A control that sends a program by XModem with checksum, once. Knows no line: replies come in, blocks go out.
+class XModemSender
+{
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    XModemSender(const XModemSettings& settings, std::string program)
+        : settings_(settings), program_(std::move(program))
+    {
+    }
+
+    /// What the receiver has sent, in one piece; returns what goes out.
+    std::string take(const std::string& bytes, Time now);
+    /// To be called now and then; returns EOT again when its answer is missing.
+    std::string tick(Time now);
+
+    bool isComplete() const { return state_ == State::Complete; }
+    std::size_t blocks() const { return acknowledged_; }
+    std::size_t repeatedBlocks() const { return repeatedBlocks_; }
+    const std::string& problem() const { return problem_; }
+
+private:
+    enum class State { Waiting, Sending, Ending, Complete, Stopped };
+
+    std::string takeReply(char reply);
+    std::string acknowledged();
+    std::string sendNext();
+    std::string sendBlock();
+
+    XModemSettings settings_;
+    std::string program_;
+    State state_ = State::Waiting;
+    std::size_t block_ = 0; // the one under way, from 1
+    std::size_t acknowledged_ = 0;
+    std::size_t repeatedBlocks_ = 0;
+    bool isRepeat_ = false; // block_ has been sent before
+    bool hasDuplicated_ = false;
+    Time lastSign_{};
+    std::string problem_;
+};
+} // namespace cncsim

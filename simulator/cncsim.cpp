@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "simulator/SimulatedControl.h"
+
+#include <csignal>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <poll.h>
+#include <unistd.h>
+
+namespace
+{
+volatile std::sig_atomic_t ending = 0;
+volatile std::sig_atomic_t buttonPressed = 0;
+
+constexpr const char* help = R"(cncsim - a simulated CNC control on a pseudo-terminal
+
+Taking a program in:
+  --type plain|fanuc|okuma   how it has to be framed (plain)
+  --eob TEXT                 end of block, with \r and \n (\r\n)
+  --sot TEXT, --eot TEXT     start and end string of a plain control
+  --xmodem-receive           by XModem instead
+  --rate N                   works off N bytes a second (no limit)
+  --start-on-key             gives the start signal (DC1) on Enter or SIGUSR1
+  --start-after MS           gives it every MS until bytes come
+
+Giving one out:
+  --punch FILE               punches FILE out on Enter or SIGUSR1
+  --punch-after MS           and after that long by itself
+  --punch-rate N             at N bytes a second (as fast as the line takes them)
+  --xmodem-send FILE         sends FILE by XModem when the program asks for it
+  --plain-nak                knows NAK as 0x15 only, as 8-bit XModem peers do
+
+The line:
+  --even-parity              7 bits with even parity, checked on every byte
+  --xon-xoff                 holds the line with XOFF while its buffer is full, stops punching on XOFF
+
+XModem faults, each at block N (from 1):
+  --nak-block N              refuses a good block once
+  --spoil-block N            first sends it with a wrong checksum
+  --duplicate-block N        sends it once more after its ACK
+  --stall-in-block N         stops inside it until asked again
+  --cancel-at-block N        cancels
+  --silent-after-block N     says nothing more
+
+  --link PATH                makes the device known under this name
+  --output FILE              writes what arrived to this file
+  --once                     ends after one complete program
+
+Prints the device to set up as the machine's port, then one line for each program.
+Ends with 0 when the last program was complete and right, otherwise with 1.
+)";
+
+std::string unescaped(const std::string& text)
+{
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
+        if (text[i] != '\\' || (next != 'r' && next != 'n')) {
+            result += text[i];
+            continue;
+        }
+        result += next == 'r' ? '\r' : '\n';
+        ++i;
+    }
+    return result;
+}
+
+cncsim::ControlType typeNamed(const std::string& name)
+{
+    if (name == "fanuc") return cncsim::ControlType::Fanuc;
+    if (name == "okuma") return cncsim::ControlType::Okuma;
+    if (name == "plain") return cncsim::ControlType::Plain;
+    throw std::invalid_argument("unknown type " + name);
+}
+
+std::string contentOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw std::runtime_error("cannot read " + path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct Options {
+    cncsim::Settings control;
+    bool once = false;
+    bool wantsHelp = false;
+};
+
+Options parse(int argc, char* argv[])
+{
+    Options options;
+    auto& c = options.control;
+    const std::map<std::string, std::function<void()>> flags{
+        {"--xmodem-receive", [&] { c.protocol = cncsim::Protocol::XModemReceive; }},
+        {"--plain-nak", [&] { c.xmodem.plainNakOnly = true; }},
+        {"--even-parity", [&] { c.evenParity = true; }},
+        {"--xon-xoff", [&] { c.xonXoff = true; }},
+        {"--start-on-key", [&] { c.start = cncsim::StartSignal::OnRequest; }},
+        {"--once", [&] { options.once = true; }},
+        {"--help", [&] { options.wantsHelp = true; }},
+    };
+    const std::map<std::string, std::size_t*> blocks{
+        {"--nak-block", &c.xmodem.nakBlock},
+        {"--spoil-block", &c.xmodem.spoilBlock},
+        {"--duplicate-block", &c.xmodem.duplicateBlock},
+        {"--stall-in-block", &c.xmodem.stallInBlock},
+        {"--cancel-at-block", &c.xmodem.cancelAtBlock},
+        {"--silent-after-block", &c.xmodem.silentAfterBlock},
+    };
+    const std::map<std::string, std::function<void(const std::string&)>> values{
+        {"--type", [&](const std::string& v) { c.framing.type = typeNamed(v); }},
+        {"--eob", [&](const std::string& v) { c.framing.eob = unescaped(v); }},
+        {"--sot", [&](const std::string& v) { c.framing.sot = unescaped(v); }},
+        {"--eot", [&](const std::string& v) { c.framing.eot = unescaped(v); }},
+        {"--rate", [&](const std::string& v) { c.readRate = std::stod(v); }},
+        {"--start-after",
+         [&](const std::string& v) {
+             c.start = cncsim::StartSignal::AfterDelay;
+             c.startDelayMs = std::stoi(v);
+         }},
+        {"--punch", [&](const std::string& v) { c.punchProgram = contentOf(v); }},
+        {"--punch-after", [&](const std::string& v) { c.punchDelayMs = std::stoi(v); }},
+        {"--punch-rate", [&](const std::string& v) { c.punchRate = std::stod(v); }},
+        {"--xmodem-send",
+         [&](const std::string& v) {
+             c.protocol = cncsim::Protocol::XModemSend;
+             c.punchProgram = contentOf(v);
+         }},
+        {"--link", [&](const std::string& v) { c.linkPath = v; }},
+        {"--output", [&](const std::string& v) { c.outputFile = v; }},
+    };
+    for (int i = 1; i < argc; ++i) {
+        const std::string name = argv[i];
+        if (const auto flag = flags.find(name); flag != flags.end()) {
+            flag->second();
+        } else if (const auto value = values.find(name); value != values.end() && i + 1 < argc) {
+            value->second(argv[++i]);
+        } else if (const auto block = blocks.find(name); block != blocks.end() && i + 1 < argc) {
+            *block->second = std::stoul(argv[++i]);
+        } else {
+            throw std::invalid_argument("unknown option or missing value: " + name);
+        }
+    }
+    return options;
+}
+
+/// The control's one button: it punches the program out when there is one, otherwise it gives the start signal.
+void press(cncsim::SimulatedControl& control, const Options& options)
+{
+    const bool hasProgram = options.control.protocol == cncsim::Protocol::Text && !options.control.punchProgram.empty();
+    hasProgram ? control.punch() : control.pressStart();
+}
+
+void waitForKey(cncsim::SimulatedControl& control, const Options& options, bool& hasInput)
+{
+    pollfd key{hasInput ? STDIN_FILENO : -1, POLLIN, 0};
+    if (::poll(&key, 1, 20) > 0) {
+        char typed = 0;
+        hasInput = ::read(STDIN_FILENO, &typed, 1) == 1;
+        if (typed == '\n') press(control, options);
+    }
+    if (buttonPressed) {
+        buttonPressed = 0;
+        press(control, options);
+    }
+}
+
+bool isOver(const cncsim::Report& report)
+{
+    return report.isComplete || report.isPunched;
+}
+
+int play(const Options& options)
+{
+    cncsim::SimulatedControl control(options.control);
+    std::cout << "device " << control.devicePath() << std::endl;
+    bool wasOver = false;
+    bool hasInput = true;
+    while (!ending) {
+        waitForKey(control, options, hasInput);
+        const auto report = control.report();
+        if (isOver(report) && !wasOver) {
+            std::cout << report.line() << std::endl;
+            if (options.once) break;
+        }
+        wasOver = isOver(report);
+    }
+    const auto report = control.report();
+    if (!isOver(report)) std::cout << report.line() << std::endl;
+    return isOver(report) && report.problem.empty() ? 0 : 1;
+}
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    std::signal(SIGINT, [](int) { ending = 1; });
+    std::signal(SIGTERM, [](int) { ending = 1; });
+    std::signal(SIGUSR1, [](int) { buttonPressed = 1; });
+    try {
+        const Options options = parse(argc, argv);
+        if (options.wantsHelp) {
+            std::cout << help;
+            return 0;
+        }
+        return play(options);
+    } catch (const std::exception& error) {
+        std::cerr << "cncsim: " << error.what() << "\n";
+        return 2;
+    }
+}
