@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What large programs and many machines cost. Prints a table; run it from a release build.
+#include "config/g.h"
+#include "transfer/ProgramEditor.h"
+#include "transfer/TransferHost.h"
+#include "transfer/viewTX.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QSettings>
+#include <QTemporaryDir>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <fcntl.h>
+#include <termios.h>
+#include <thread>
+#include <unistd.h>
+
+namespace
+{
+struct Child : ChildView, TransferHost {
+    std::shared_ptr<serialPort> machinePort() override { return port; }
+    std::shared_ptr<serialPort> port = std::make_shared<serialPort>();
+};
+
+// A control that takes everything at once.
+class FastControl
+{
+public:
+    FastControl() : master_(::posix_openpt(O_RDWR | O_NOCTTY))
+    {
+        if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
+        path_ = QString::fromLocal8Bit(::ptsname(master_));
+        slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY); // the reader must not meet a hang-up
+        termios raw{};
+        ::tcgetattr(slave_, &raw);
+        ::cfmakeraw(&raw);
+        ::tcsetattr(slave_, TCSANOW, &raw);
+        reader_ = std::thread([this] {
+            std::array<char, 65536> buffer;
+            while (!ended_ && ::read(master_, buffer.data(), buffer.size()) > 0) {
+            }
+        });
+    }
+    ~FastControl()
+    {
+        ended_ = true;
+        [[maybe_unused]] const auto written = ::write(slave_, "", 1); // wakes the reader
+        reader_.join();
+        ::close(slave_);
+        ::close(master_);
+    }
+    FastControl(const FastControl&) = delete;
+    FastControl& operator=(const FastControl&) = delete;
+
+    QString path() const { return path_; }
+
+private:
+    int master_;
+    int slave_ = -1;
+    QString path_;
+    std::atomic<bool> ended_ = false;
+    std::thread reader_;
+};
+
+QByteArray program(int lines)
+{
+    QByteArray text;
+    text.reserve(40LL * lines);
+    for (int line = 0; line < lines; ++line)
+        text += QByteArray("N" + QByteArray::number(line % 10'000'000) + " G1 X-123.456 Y78.901 Z-2.5 F1200")
+                    .leftJustified(39, ' ') +
+                '\n';
+    return text;
+}
+
+double milliseconds(const QElapsedTimer& timer)
+{
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+void benchOpening(int lines)
+{
+    const QByteArray text = program(lines);
+    ProgramEditor editor;
+    editor.resize(900, 600);
+    editor.show();
+    QApplication::processEvents();
+    QElapsedTimer timer;
+    timer.start();
+    editor.setProgram(text);
+    const double filled = milliseconds(timer);
+    QApplication::processEvents();
+    std::printf("open  %9d lines %6.1f MB   fill %8.1f ms   fill and paint %8.1f ms\n", lines,
+                static_cast<double>(text.size()) / 1e6, filled, milliseconds(timer));
+}
+
+// Sends from the middle of the program, where a cost that grows with the position would show.
+void benchSending(int lines)
+{
+    constexpr int sent = 500;
+    const FastControl control;
+    const auto child = std::make_shared<Child>();
+    const auto mc = std::make_shared<MachineRecord>();
+    mc->MCFLOW = 0;
+    g::mcIcons = {std::make_shared<MachineRecord>(), mc};
+    g::mcChildViews = {std::make_shared<ChildView>(), child};
+    child->port->Speed = 115200;
+    child->port->Parity = 0;
+    if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
+
+    viewTX view;
+    view.initialize(true, 1);
+    view.resize(900, 600);
+    view.show();
+    auto* editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
+    editor->setProgram(program(lines));
+    QApplication::processEvents();
+
+    int completions = 0;
+    QObject observer;
+    view.nc->addObserver(&observer, QStringLiteral("TxOnComm"), child->port.get(),
+                         [&completions](const Notification&) { ++completions; });
+    editor->moveCaretTo(editor->textSize() / 2);
+    view.findChild<QWidget*>(QStringLiteral("cbo1"))->setProperty("currentIndex", 1);
+    QElapsedTimer timer;
+    timer.start();
+    view.btnSend_Click();
+    while (completions < sent && view.dncRunning())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const double whole = milliseconds(timer);
+    view.btnStop_Click();
+
+    // The line's own work without the event loop, the write and the paint.
+    qint64 call = 0; // ns
+    for (int line = 0; line < sent; ++line) {
+        const int before = completions;
+        view.setDncRunning(true);
+        timer.restart();
+        view.sendLine();
+        call += timer.nsecsElapsed();
+        view.setDncRunning(false); // its completion leads nowhere
+        while (completions == before)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    std::printf("send  %9d lines of program   %8.3f ms a line on a free line   sendLine alone %8.3f ms\n", lines,
+                whole / sent, static_cast<double>(call) / 1e6 / sent);
+    child->port->Close();
+    g::mcIcons.clear();
+    g::mcChildViews.clear();
+}
+
+void benchSettings(int machines)
+{
+    constexpr int rounds = 20;
+    for (int machine = 0; machine <= machines; ++machine)
+        g::mcIcons.append(std::make_shared<MachineRecord>());
+    QElapsedTimer timer;
+    timer.start();
+    for (int round = 0; round < rounds; ++round)
+        g::saveAllMcSettings();
+    const double save = milliseconds(timer) / rounds;
+    timer.restart();
+    for (int round = 0; round < rounds; ++round) {
+        g::mcIcons.clear();
+        g::mcChildViews.clear();
+        g::readAllMcSettings();
+    }
+    std::printf("settings of %d machines   save %8.2f ms   read %8.2f ms\n", machines, save,
+                milliseconds(timer) / rounds);
+}
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    const QTemporaryDir settings;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
+    for (const int lines : {1000, 1'000'000})
+        benchOpening(lines);
+    for (const int lines : {1000, 100'000, 1'000'000})
+        benchSending(lines);
+    benchSettings(50);
+    return 0;
+}

@@ -1,0 +1,122 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""The demo's controls: how each machine is set up, how its control is simulated, and which bytes it has to get."""
+
+import re
+import subprocess
+from dataclasses import dataclass, field
+from pathlib import Path
+
+import processes
+
+SOURCE = Path(__file__).resolve().parent.parent
+SAMPLES = SOURCE / "samples"
+LEADER = bytes(20)
+TAPE_START, TAPE_STOP = b"\x12", b"\x14"  # DC2, DC4
+
+
+@dataclass
+class Control:
+    name: str  # of the machine, as the window shows it
+    about: str
+    program: str  # in samples/
+    machine: dict  # settings that differ from DEFAULTS
+    options: list = field(default_factory=list)  # of cncsim
+    waits_for_start: bool = False  # the control's start button is pressed when the program waits for it
+    undocks: bool = False  # the send is watched in a window of its own
+
+    @property
+    def sample(self):
+        return SAMPLES / self.program
+
+
+CONTROLS = [
+    Control("Mill 1", "Fanuc, XON/XOFF, 7 bits with even parity", "O3000-surface.nc",
+            {"MCMODE": "Fanuc", "MCFLOW": 1, "MCBAUD": 19200, "MCDBPAR": 2},
+            ["--type", "fanuc", "--even-parity", "--xon-xoff", "--rate", "4000"], undocks=True),
+    Control("Lathe 2", "Okuma, XON/XOFF, 8 bits", "shaft.min",
+            {"MCMODE": "Okuma", "MCFLOW": 1, "MCBAUD": 9600},
+            ["--type", "okuma", "--xon-xoff", "--rate", "400"]),
+    Control("Mill 3", "plain, start and end string, start signal", "pocket.nc",
+            {"MCMODE": "Auto", "MCFLOW": 1, "MCBAUD": 4800, "MCWAIT": "true", "MCTXSOT": "37,13,10",
+             "MCTXEOT": "37,13,10"},
+            ["--type", "plain", "--sot", r"%\r\n", "--eot", r"%\r\n"], waits_for_start=True),
+]
+
+# A machine whose adapter is not plugged in.
+UNPLUGGED = Control("Saw 4", "no adapter", "", {"MCPORT": "/dev/ttyUSB9"})
+
+# Keys in the order in which the program writes them.
+DEFAULTS = {
+    "MCNAME": "", "MCMODE": "Auto", "MCPORT": "", "MCINDIR": "", "MCOUTDIR": str(SAMPLES), "MCFLOW": 0,
+    "MCWAIT": "false", "MCREPEAT": "false", "MCDELAY": 10, "MCCRLF": "false", "MCBLKTIC": 10, "MCBAUD": 9600,
+    "MCEIA": "false", "MCDBPAR": 0, "MCSBITS": 1, "MCTXEOB": "CRLF", "MCTXSOT": "", "MCTXEOT": "",
+    "MCSTRIPCOMMENTS": "false", "MCSTRIPEMPTYLINES": "false", "MCRXEOBCHAR": "CR", "MCREQST": "SEND", "MCEXTENS": "",
+    "MCRXTIMEOUT": 3, "MCTXTIMEOUT": 3, "MCNOTFOUNDMSG": "", "MCFNAMEISTXT": "false", "MCAUTOSTARTREMO": "false",
+    "MCREMOENABLED": "false", "MCFADALTA1": "false", "MCREMOPFX": "", "MCSAVEPFX": "false",
+}
+
+
+def write_profile(folder, controls, ports):
+    """The program's settings in a profile of its own; `folder` then serves as XDG_CONFIG_HOME."""
+    lines = []
+    for number, control in enumerate(controls, 1):
+        values = DEFAULTS | {"MCNAME": control.name, "MCPORT": ports.get(control.name, "")} | control.machine
+        lines += [f"[CNC{number}]"] + [f"{key}={value}" for key, value in values.items()]
+    text = "\n".join([*lines, "[END]", ""])
+    escaped = text.replace("\\", "\\\\").replace('"', '\\"').replace("\n", "\\n")
+    (folder / "Varnock").mkdir(parents=True)
+    (folder / "Varnock" / "Varnock.conf").write_text(f'[General]\nVarnock="{escaped}"\n')
+
+
+class Simulator:
+    """One running cncsim."""
+
+    def __init__(self, cncsim, control, folder, *options):
+        stem = control.name.lower().replace(" ", "-")
+        self.control = control
+        self.output = folder / f"{stem}.received"
+        self._log = folder / f"{stem}.log"
+        command = [str(cncsim), *control.options, *options, "--output", str(self.output)]
+        with open(self._log, "w") as log:
+            self.process = processes.start(command, stdout=log, stderr=subprocess.STDOUT)
+        self.device = processes.wait_until(lambda: self._said(r"device (\S+)"), "the simulated control's device",
+                                           process=self.process)
+
+    def _said(self, pattern):
+        found = re.findall(pattern + r"\n", self._log.read_text())
+        return found[-1] if found else None
+
+    def verdict(self):
+        """What the control says of the program, or None as long as it has not come to its end."""
+        return self._said(r"(\d+ bytes received.*)")
+
+    def wait_until_complete(self, seconds=120):
+        return processes.wait_until(self.verdict, f"{self.control.name} to have all of its program", seconds,
+                                    self.process)
+
+
+def expected_bytes(control):
+    """What must arrive, worked out from the file alone and not with any code of the program."""
+    machine = DEFAULTS | control.machine
+    eob = machine["MCTXEOB"].replace("CR", "\r").replace("LF", "\n")
+    # Every line end becomes one line feed; of two in a row one is left.
+    text = control.sample.read_bytes().decode("latin-1").replace("\r", "\n").replace("\n\n", "\n")
+    lines = text.splitlines(keepends=True)
+    header, body, trailer = {"Fanuc": _fanuc, "Okuma": _okuma}.get(machine["MCMODE"], _plain)(lines, eob, machine)
+    return header + body.replace("\n", eob).encode("ascii", "replace") + trailer
+
+
+def _fanuc(lines, eob, _machine):
+    # Header and trailer carry the percent signs; a line that held nothing else is not sent.
+    kept = [line.replace("%", "") for line in lines if "%" not in line or line.replace("%", "").strip()]
+    return LEADER + b"%" + eob.encode(), "".join(kept), b"%" + eob.encode()
+
+
+def _okuma(lines, _eob, _machine):
+    body = re.sub("[\x00\x12\x14]", "", "".join(lines))
+    return LEADER + TAPE_START + b"\x00" + LEADER, body, LEADER + TAPE_STOP + bytes(5)
+
+
+def _plain(lines, _eob, machine):
+    start, end = (bytes(int(code) for code in machine[key].split(",") if code) for key in ("MCTXSOT", "MCTXEOT"))
+    return start, "".join(lines), end
