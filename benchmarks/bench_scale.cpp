@@ -177,7 +177,7 @@ int main(int argc, char* argv[])
     QApplication application(argc, argv);
     const QTemporaryDir folder;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
-    manyMachines(folder);
+    if (argc < 2) manyMachines(folder);
     largePrograms(folder);
     return 0;
 }

@@ -19,14 +19,14 @@ function(varnock_layer name)
     target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE varnock_options)
 endfunction()
 
-# A Qt Test program that ctest runs: varnock_test(name SOURCES ... LINKS ...).
+# A Qt Test program that ctest runs: varnock_test(name SOURCES ... LINKS ... [ARGUMENTS ...]).
 # Windows open off screen and settings go to a folder of the test's own, never the user's.
 function(varnock_test name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;ARGUMENTS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/tests)
     target_link_libraries(${name} PRIVATE ${ARG_LINKS} Qt6::Test varnock_options)
-    add_test(NAME ${name} COMMAND ${name})
+    add_test(NAME ${name} COMMAND ${name} ${ARG_ARGUMENTS})
     set(settings ${CMAKE_CURRENT_BINARY_DIR}/${name}_home)
     file(MAKE_DIRECTORY ${settings})
     set(tsan "TSAN_OPTIONS=ignore_noninstrumented_modules=1:halt_on_error=1:second_deadlock_stack=1")
