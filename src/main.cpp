@@ -10,9 +10,11 @@ int main(int argc, char* argv[])
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Varnock"));
     QApplication::setApplicationName(QStringLiteral("Varnock"));
+    QApplication::setDesktopFileName(QStringLiteral("org.varnock.Varnock"));
 
     SingleInstance instance(Preferences::folder());
     if (!instance.claim()) return 0; // the running program has been asked to come to the front
+    Preferences::dropLeftoverLock();
 
     AppDelegate delegate;
     QObject::connect(&instance, &SingleInstance::activationRequested, &delegate,

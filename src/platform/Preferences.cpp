@@ -2,6 +2,7 @@
 #include "platform/Preferences.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 
@@ -26,6 +27,11 @@ void Preferences::setString(const QString& key, const QString& text)
     auto settings = open();
     settings.setValue(key, text);
     settings.sync();
+}
+
+void Preferences::dropLeftoverLock()
+{
+    QFile::remove(open().fileName() + QStringLiteral(".lock"));
 }
 
 QString Preferences::folder()

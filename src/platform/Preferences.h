@@ -14,6 +14,10 @@ std::optional<QString> string(const QString& key);
 /// Stores the string and flushes it to disk. The file is replaced as a whole: a reader sees the old or the new text.
 void setString(const QString& key, const QString& text);
 
+/// For a program that is the only one with these values, at its start: drops the lock that a program killed in the middle
+/// of a save has left. Saving would wait for it, on a full disk for ever.
+void dropLeftoverLock();
+
 /// The folder that holds the stored values; made when it is missing.
 QString folder();
 } // namespace Preferences
