@@ -1,0 +1,102 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Measures and writes docs/performance.md. Usage, from anywhere: tools/performance.py (builds the release first).
+
+Let the machine do nothing else meanwhile.
+"""
+
+import datetime
+import os
+import platform
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+import controls
+import desktop
+import processes
+
+SOURCE = Path(__file__).resolve().parent.parent
+BUILD = SOURCE / "build" / "release"
+STARTS = 7
+
+TEXT = """# Performance
+
+Measured with `tools/performance.py` on {date}: {machine}.
+
+A real line cannot be had here, so the program's system calls meet a model of one (`benchmarks/PacedLine.cpp`): a
+driver's buffer that drains at the set speed, a FIFO of {fifo} bytes that the driver does not count, XOFF that stops
+the refilling of the FIFO. Everything else is the real program, with its window shown on an X display.
+
+## Use of the line and what goes out after XOFF
+
+What a text send with XON/XOFF uses of the line's physical limit (speed / 10 bits a character), what it costs in
+processor time, and how many bytes still reach the control after it has sent XOFF. The FIFO's {fifo} bytes are the
+least that hardware allows; controls keep room for far more (commonly 100 bytes and up) behind their XOFF mark.
+`build/release/benchmarks/bench_wire`:
+{wire}
+## Many machines, large programs
+
+All machines send at once from one window; "answers within" is the longest that anything the operator does waited, of
+some 700 tries. `build/release/benchmarks/bench_scale`:
+{scale}
+## Cost of a line, by length of the program
+
+`build/release/benchmarks/bench_transfer`:
+
+```
+{transfer}```
+
+## Start
+
+From the start of the process to the main window on the display, with 50 machines, {starts} starts:
+median {median:.2f} s, longest {longest:.2f} s.
+"""
+
+
+def run(name):
+    print(f"measuring: {name}", flush=True)
+    return subprocess.run([BUILD / "benchmarks" / name], capture_output=True, text=True, check=True).stdout
+
+
+def start_time(folder):
+    """Seconds from starting the program until its window is shown."""
+    begin = time.monotonic()
+    with processes.started([str(BUILD / "src" / "varnock")], stderr=subprocess.DEVNULL) as program:
+        processes.wait_until(_window_is_shown, "the main window", process=program)
+        return time.monotonic() - begin
+
+
+def _window_is_shown():
+    search = ["xdotool", "search", "--onlyvisible", "--name", "^Varnock$"]
+    return subprocess.run(search, capture_output=True, text=True, check=False).stdout.strip()
+
+
+def machine():
+    models = [line.split(":")[1].strip() for line in open("/proc/cpuinfo") if line.startswith("model name")]
+    return f"{len(models)} cores of {models[0]}, {platform.system()} {platform.release()}"
+
+
+def main():
+    subprocess.run([SOURCE / "tools" / "install-packages.sh"], check=True)
+    subprocess.run(["cmake", "--preset", "release"], cwd=SOURCE, check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(["cmake", "--build", "--preset", "release"], cwd=SOURCE, check=True, stdout=subprocess.DEVNULL)
+    with tempfile.TemporaryDirectory() as folder, processes.all_ended_afterwards():
+        profile = Path(folder) / "profile"
+        fifty = [controls.Control(f"CNC{n}", "", "", {"MCPORT": f"/dev/ttyS{n}"}) for n in range(1, 51)]
+        controls.write_profile(profile, fifty, {})
+        os.environ["XDG_CONFIG_HOME"] = str(profile)
+        with desktop.virtual_desktop(Path(folder) / "runtime", subprocess.DEVNULL):
+            starts = [start_time(folder) for _ in range(STARTS)]
+            text = TEXT.format(date=datetime.date.today(), machine=machine(), fifo=16, wire=run("bench_wire"),
+                               scale=run("bench_scale"), transfer=run("bench_transfer"), starts=STARTS,
+                               median=statistics.median(starts), longest=max(starts))
+    (SOURCE / "docs" / "performance.md").write_text(text)
+    print(text)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
