@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Builds Varnock and shows it at work with simulated controls. On a display the window is yours; without one an
-# automated operator sends a program to each control, and the exit code tells whether all bytes arrived.
+# automated operator sends and receives a program with each control, and the exit code tells whether all bytes arrived.
 #   ./demo.sh              as above
 #   ./demo.sh --operator   the automated operator, on a machine with a display too
 set -euo pipefail
@@ -13,10 +13,17 @@ tools/install-packages.sh
 cmake --preset release
 cmake --build --preset release --target varnock cncsim
 
-rm -rf "$output"
-mkdir -p "$output"
-if [ "${1:-}" = --operator ] || [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+demo() {
+    exec /usr/bin/python3 -B "tools/$1" "$build/src/varnock" "$build/simulator/cncsim" "$output"
+}
+
+# A display that is named but cannot be reached is none.
+has_display() {
+    [ -n "${WAYLAND_DISPLAY:-}" ] || { [ -n "${DISPLAY:-}" ] && xdotool getdisplaygeometry >/dev/null 2>&1; }
+}
+
+if [ "${1:-}" = --operator ] || ! has_display; then
     echo "An automated operator shows the program on a virtual display."
-    exec /usr/bin/python3 tools/demo_operator.py "$build" "$output"
+    demo demo_operator.py
 fi
-exec /usr/bin/python3 tools/demo_desk.py "$build" "$output"
+demo demo_desk.py

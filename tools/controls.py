@@ -1,8 +1,14 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The demo's controls: how each machine is set up, how its control is simulated, and which bytes it has to get."""
+"""The demo's controls: how each machine is set up, how its control is simulated, and which bytes have to arrive.
+
+What both demos begin with is here, too: their arguments and the program's settings.
+"""
 
 import re
+import shutil
+import signal
 import subprocess
+import sys
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -12,6 +18,9 @@ SOURCE = Path(__file__).resolve().parent.parent
 SAMPLES = SOURCE / "samples"
 LEADER = bytes(20)
 TAPE_START, TAPE_STOP = b"\x12", b"\x14"  # DC2, DC4
+XMODEM = 3  # MCFLOW
+XMODEM_BLOCK = 128  # bytes
+TRANSFER_PATIENCE = 240  # s, for a program
 
 
 @dataclass
@@ -23,6 +32,8 @@ class Control:
     options: list = field(default_factory=list)  # of cncsim
     waits_for_start: bool = False  # the control's start button is pressed when the program waits for it
     undocks: bool = False  # the send is watched in a window of its own
+    punches: bool = False  # gives the program out when its button is pressed, instead of taking it in
+    picture: str = ""  # one taken half-way through
 
     @property
     def sample(self):
@@ -40,10 +51,16 @@ CONTROLS = [
             {"MCMODE": "Auto", "MCFLOW": 1, "MCBAUD": 4800, "MCWAIT": "true", "MCTXSOT": "37,13,10",
              "MCTXEOT": "37,13,10"},
             ["--type", "plain", "--sot", r"%\r\n", "--eot", r"%\r\n"], waits_for_start=True),
+    Control("Mill 4", "XModem", "O2500-cam.nc", {"MCFLOW": XMODEM, "MCBAUD": 38400}, ["--xmodem-receive"],
+            picture="sending-xmodem"),
+    # No empty lines: of line ends that follow each other the program keeps one.
+    Control("Drill 5", "punches out, XON/XOFF, 7 bits with even parity", "O0042-bolt-circle.nc",
+            {"MCFLOW": 1, "MCBAUD": 1200, "MCDBPAR": 2},
+            ["--even-parity", "--xon-xoff", "--punch-rate", "100"], punches=True, picture="receiving"),
 ]
 
 # A machine whose adapter is not plugged in.
-UNPLUGGED = Control("Saw 4", "no adapter", "", {"MCPORT": "/dev/ttyUSB9"})
+UNPLUGGED = Control("Saw 6", "no adapter", "", {"MCPORT": "/dev/ttyUSB9"})
 
 # Keys in the order in which the program writes them.
 DEFAULTS = {
@@ -54,6 +71,14 @@ DEFAULTS = {
     "MCRXTIMEOUT": 3, "MCTXTIMEOUT": 3, "MCNOTFOUNDMSG": "", "MCFNAMEISTXT": "false", "MCAUTOSTARTREMO": "false",
     "MCREMOENABLED": "false", "MCFADALTA1": "false", "MCREMOPFX": "", "MCSAVEPFX": "false",
 }
+
+
+def demo_arguments():
+    """Program, cncsim and output folder from the command line; the folder is emptied."""
+    program, cncsim, output = (Path(argument).resolve() for argument in sys.argv[1:4])
+    shutil.rmtree(output, ignore_errors=True)
+    output.mkdir(parents=True)
+    return program, cncsim, output
 
 
 def write_profile(folder, controls, ports):
@@ -74,36 +99,51 @@ class Simulator:
     def __init__(self, cncsim, control, folder, *options):
         stem = control.name.lower().replace(" ", "-")
         self.control = control
-        self.output = folder / f"{stem}.received"
         self._log = folder / f"{stem}.log"
-        command = [str(cncsim), *control.options, *options, "--output", str(self.output)]
+        received = folder / f"{stem}.received"
+        self.result = folder / f"{stem}.saved" if control.punches else received  # what has to be right at the end
+        command = [str(cncsim), *control.options, *options, "--output", str(received)]
+        if control.punches:
+            command += ["--punch", str(control.sample)]
         with open(self._log, "w") as log:
             self.process = processes.start(command, stdout=log, stderr=subprocess.STDOUT)
         self.device = processes.wait_until(lambda: self._said(r"device (\S+)"), "the simulated control's device",
-                                           process=self.process)
+                                           process=self.process)[0]
+
+    def press_button(self):
+        """At the control: punches out, or gives the start signal."""
+        self.process.send_signal(signal.SIGUSR1)
+
+    def verdicts(self):
+        """What the control says of each program that has come to its end, in or out."""
+        return self._said(r"(\d+ bytes (?:received|punched out).*)")
+
+    def wait_until_complete(self):
+        end = "punch out all of its program" if self.control.punches else "have all of its program"
+        processes.wait_until(self.verdicts, f"{self.control.name} to {end}", TRANSFER_PATIENCE, self.process)
 
     def _said(self, pattern):
-        found = re.findall(pattern + r"\n", self._log.read_text())
-        return found[-1] if found else None
-
-    def verdict(self):
-        """What the control says of the program, or None as long as it has not come to its end."""
-        return self._said(r"(\d+ bytes received.*)")
-
-    def wait_until_complete(self, seconds=120):
-        return processes.wait_until(self.verdict, f"{self.control.name} to have all of its program", seconds,
-                                    self.process)
+        return re.findall(pattern + r"\n", self._log.read_text())
 
 
 def expected_bytes(control):
     """What must arrive, worked out from the file alone and not with any code of the program."""
+    if control.punches:
+        return control.sample.read_bytes()
     machine = DEFAULTS | control.machine
     eob = machine["MCTXEOB"].replace("CR", "\r").replace("LF", "\n")
     # Every line end becomes one line feed; of two in a row one is left.
     text = control.sample.read_bytes().decode("latin-1").replace("\r", "\n").replace("\n\n", "\n")
     lines = text.splitlines(keepends=True)
+    if machine["MCFLOW"] == XMODEM:
+        return _xmodem(lines, eob)
     header, body, trailer = {"Fanuc": _fanuc, "Okuma": _okuma}.get(machine["MCMODE"], _plain)(lines, eob, machine)
     return header + body.replace("\n", eob).encode("ascii", "replace") + trailer
+
+
+def _xmodem(lines, eob):
+    data = "".join(lines).replace("\n", eob).encode("ascii", "replace")
+    return data + b" " * (-len(data) % XMODEM_BLOCK)  # the last block is filled up
 
 
 def _fanuc(lines, eob, _machine):

@@ -1,15 +1,15 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Plays the operator on a virtual display: sends a program to every simulated control through the real window.
+"""Plays the operator on a virtual display: through the real window it sends a program to each simulated control, or
+takes in what the control punches out.
 
-Usage: demo_operator.py BUILD_FOLDER OUTPUT_FOLDER. Ends with 0 when every control got exactly what it should.
+Usage: demo_operator.py PROGRAM CNCSIM OUTPUT_FOLDER. Ends with 0 when every control got exactly what it should and
+every file that was saved holds exactly what was punched.
 """
 
 import os
-import signal
+import subprocess
 import sys
-from contextlib import ExitStack
-from pathlib import Path
 
 import controls
 import desktop
@@ -20,7 +20,7 @@ APPLICATION = "Varnock"
 MAIN_WINDOW = "Varnock"
 MENU = "DNC menu"
 MENU_KEYS = {"Send": "alt+s", "Receive": "alt+r", "Setup": "alt+u"}
-FILE_DIALOG = "Open program"
+OPEN_DIALOG, SAVE_DIALOG = "Open program", "Save program"
 FREE_CORNER = (1270, 850)
 
 
@@ -55,19 +55,38 @@ class Operator:
         place = MAIN_WINDOW
         self._open_menu(control)
         self._choose("Send")
-        self._window.choose_file(control.sample, FILE_DIALOG)
+        self._window.choose_file(control.sample, OPEN_DIALOG)
         self._window.click("Send", place)
-        self._window.wait_for("Stop", place)
         if control.waits_for_start:
             self._answer_wait_box(simulator)
         if control.undocks:
-            place = self._watch_undocked(control)
+            place = self._watch_undocked(simulator)
+        if control.picture:
+            self._wait_for_progress(simulator, 0.5)
+            self._picture(control.picture)
         simulator.wait_until_complete()
         self._window.wait_for("Send", place)  # the buttons are back: the program knows the end, too
         self._close(place)
 
+    def receive(self, simulator):
+        """Takes in what the control punches out and saves it."""
+        control = simulator.control
+        self._open_menu(control)
+        self._choose("Receive")
+        self._window.wait_for("Program text", MAIN_WINDOW)
+        simulator.press_button()
+        self._wait_for_text(simulator, 0.5)
+        self._picture(control.picture)
+        simulator.wait_until_complete()
+        self._wait_for_text(simulator, 1)
+        self._window.click("Save program", MAIN_WINDOW)
+        self._window.choose_file(simulator.result, SAVE_DIALOG)
+        processes.wait_until(simulator.result.exists, f"{simulator.result.name} to be saved")
+        self._picture("received")
+        self._close(MAIN_WINDOW)
+
     def quit(self):
-        self._window.press("alt+F4")
+        self._window.close(MAIN_WINDOW)
 
     def _open_menu(self, control):
         self._window.click(f"{control.name}*", MAIN_WINDOW)
@@ -80,22 +99,30 @@ class Operator:
     def _answer_wait_box(self, simulator):
         self._window.wait_for("Send now")
         self._picture("wait-box")
-        if simulator.output.exists():
+        if simulator.result.exists():
             raise RuntimeError(f"{simulator.control.name} got bytes before its start signal")
-        simulator.process.send_signal(signal.SIGUSR1)  # the control's start button
+        simulator.press_button()
 
-    def _watch_undocked(self, control):
-        self._wait_for_progress(0.1)
+    def _watch_undocked(self, simulator):
+        name = simulator.control.name
+        self._wait_for_progress(simulator, 0.1)
         self._picture("sending-docked")
         self._window.click("Undock", MAIN_WINDOW)
-        self._window.wait_for("Stop", control.name)
-        self._wait_for_progress(0.4)
+        self._window.wait_for("Program text", name)
+        self._wait_for_progress(simulator, 0.4)
         self._picture("sending-undocked")
-        return control.name
+        return name
 
-    def _wait_for_progress(self, share):
-        processes.wait_until(lambda: self._window.share("Transfer progress", MAIN_WINDOW) >= share,
-                             f"{share:.0%} of the program to be sent")
+    def _wait_for_progress(self, simulator, share):
+        # On a busy machine all may have gone before we look.
+        processes.wait_until(
+            lambda: self._window.share("Transfer progress", MAIN_WINDOW) >= share or simulator.verdicts(),
+            f"{share:.0%} of {simulator.control.program} to be sent", process=simulator.process)
+
+    def _wait_for_text(self, simulator, share):
+        wanted = share * simulator.control.sample.stat().st_size
+        processes.wait_until(lambda: self._window.text_length("Program text", MAIN_WINDOW) >= wanted,
+                             f"{share:.0%} of {simulator.control.program} to arrive", process=simulator.process)
 
     def _close(self, place):
         if place == MAIN_WINDOW:
@@ -118,41 +145,47 @@ def difference(got, expected):
             f"expected {expected[at:at + 24]!r}")
 
 
-def report(simulators):
-    """Prints what arrived at each control. True when everything is as it should be."""
-    all_right = True
+def fault(simulator):
+    """What is wrong with what arrived, in words; empty when all is right."""
+    verdicts = simulator.verdicts()
+    if not verdicts:
+        return "the program has not come to its end"
+    if not simulator.result.exists():
+        return "nothing arrived"
+    wrong = difference(simulator.result.read_bytes(), controls.expected_bytes(simulator.control))
+    return wrong or ("" if "complete and correct" in verdicts[-1] else f"the control says: {verdicts[-1]}")
+
+
+def report(simulators, output):
+    """Prints what arrived at each control, or from it. True when everything is as it should be."""
+    faulty = []
     for simulator in simulators:
-        control, verdict = simulator.control, simulator.verdict() or "the program has not come to its end"
-        got = simulator.output.read_bytes() if simulator.output.exists() else b""
-        wrong = difference(got, controls.expected_bytes(control))
-        if not wrong and "complete and correct" not in verdict:
-            wrong = f"the control says: {verdict}"
+        control, wrong = simulator.control, fault(simulator)
+        size = simulator.result.stat().st_size if simulator.result.exists() else 0
         print(f"{control.name} ({control.about})")
         print(f"  program: samples/{control.program}")
-        print(f"  arrived: {len(got)} bytes, in {simulator.output}")
+        print(f"  {'saved' if control.punches else 'arrived'}: {size} bytes, in {simulator.result}")
         print(f"  verdict: {'WRONG: ' + wrong if wrong else 'byte for byte what it should be, and nothing else'}")
-        all_right = all_right and not wrong
-    return all_right
+        if wrong:
+            faulty.append(control.name)
+    print(f"Pictures: {output}/*.png")
+    print(f"{len(simulators)} controls: {'NOT identical: ' + ', '.join(faulty) if faulty else 'all identical'}")
+    return not faulty
 
 
-def play(build, output, simulators, log):
+def play(program, output, simulators, log):
     """Runs the program and the operator's day at it."""
     ports = {simulator.control.name: simulator.device for simulator in simulators}
     profile = output / "profile"
     controls.write_profile(profile, [*CONTROLS, UNPLUGGED], ports)
-    os.environ.update(XDG_CONFIG_HOME=str(profile), XDG_CACHE_HOME=str(profile), XDG_DATA_HOME=str(profile))
-    with desktop.virtual_desktop(output / "runtime", log):
+    with desktop.virtual_desktop(profile, log):
         from window import Window  # needs the desktop's environment
-        with processes.started([str(build / "src" / "varnock")], stdout=log, stderr=log) as program:
-            operator = Operator(Window(program, APPLICATION), output)
+        with processes.started([str(program)], stdout=log, stderr=log) as running:
+            operator = Operator(Window(running, APPLICATION), output)
             try:
-                operator.look_around(CONTROLS[0])
-                operator.meet_failed_port(UNPLUGGED)
-                for simulator in simulators:
-                    print(f"  sending {simulator.control.program} to {simulator.control.name}", flush=True)
-                    operator.send(simulator)
+                serve(operator, simulators)
                 operator.quit()
-                code = program.wait(20)
+                code = running.wait(processes.PATIENCE)
             except Exception:
                 desktop.screenshot(output / "failure.png")
                 raise
@@ -160,18 +193,30 @@ def play(build, output, simulators, log):
                 raise RuntimeError(f"the program ended with {code}")
 
 
+def serve(operator, simulators):
+    operator.look_around(CONTROLS[0])
+    operator.meet_failed_port(UNPLUGGED)
+    for simulator in simulators:
+        control = simulator.control
+        if control.punches:
+            print(f"  receiving {control.program} from {control.name}", flush=True)
+            operator.receive(simulator)
+        else:
+            print(f"  sending {control.program} to {control.name}", flush=True)
+            operator.send(simulator)
+
+
 def main():
-    build, output = (Path(argument).resolve() for argument in sys.argv[1:3])
-    with processes.all_ended_afterwards(), ExitStack() as stack:
-        log = stack.enter_context(open(output / "demo.log", "w"))
-        simulators = [Simulator(build / "simulator" / "cncsim", control, output) for control in CONTROLS]
+    program, cncsim, output = controls.demo_arguments()
+    with processes.all_ended_afterwards(), open(output / "demo.log", "w") as log:
+        simulators = [Simulator(cncsim, control, output) for control in CONTROLS]
         try:
-            play(build, output, simulators, log)
-        except (RuntimeError, TimeoutError, OSError) as error:
+            play(program, output, simulators, log)
+        except (RuntimeError, OSError, subprocess.SubprocessError) as error:  # TimeoutError is an OSError
             print(f"demo: {error}", file=sys.stderr)
-            report(simulators)
+            report(simulators, output)
             return 1
-        return 0 if report(simulators) else 1
+        return 0 if report(simulators, output) else 1
 
 
 if __name__ == "__main__":

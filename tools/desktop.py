@@ -3,6 +3,7 @@
 
 import os
 import subprocess
+import tempfile
 from contextlib import contextmanager
 
 import processes
@@ -10,18 +11,34 @@ import processes
 SCREEN = "1280x860x24"
 
 
+# Of the surrounding desktop, these would change the windows, the dialogs or the keyboard.
+FOREIGN = ["WAYLAND_DISPLAY", "XAUTHORITY", "XDG_CURRENT_DESKTOP", "XDG_SESSION_DESKTOP", "DESKTOP_SESSION",
+           "KDE_FULL_SESSION", "GNOME_DESKTOP_SESSION_ID", "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE",
+           "QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_FONT_DPI", "QT_IM_MODULE", "LANGUAGE",
+           "AT_SPI_BUS_ADDRESS"]
+
+
 @contextmanager
-def virtual_desktop(runtime_folder, log):
-    """Runs the desktop inside the `with` block and points the environment of this process and its children at it."""
-    runtime_folder.mkdir(mode=0o700, parents=True)
-    os.environ.update(XDG_RUNTIME_DIR=str(runtime_folder), QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="1",
-                      QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="0")
-    os.environ.pop("WAYLAND_DISPLAY", None)
-    os.environ.pop("XAUTHORITY", None)
-    with _x_server(log) as number, _session_bus(log) as address:
-        os.environ.update(DISPLAY=f":{number}", DBUS_SESSION_BUS_ADDRESS=address)
-        with processes.started(["openbox"], stdout=log, stderr=log):
-            yield
+def virtual_desktop(profile, log):
+    """Runs the desktop inside the `with` block and points the environment of this process and its children at it.
+    Settings are in the folder `profile`."""
+    for name in FOREIGN:
+        os.environ.pop(name, None)
+    # Sockets need a short path, whatever the profile's is.
+    with tempfile.TemporaryDirectory(prefix="varnock-demo-", ignore_cleanup_errors=True) as runtime:
+        os.environ.update(XDG_CONFIG_HOME=str(profile), XDG_CACHE_HOME=str(profile), XDG_DATA_HOME=str(profile),
+                          XDG_RUNTIME_DIR=runtime, LC_ALL="C.UTF-8", QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="1",
+                          QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="0")
+        with _x_server(log) as number, _session_bus(log) as address:
+            os.environ.update(DISPLAY=f":{number}", DBUS_SESSION_BUS_ADDRESS=address)
+            with processes.started(["openbox"], stdout=log, stderr=log) as manager:
+                processes.wait_until(_manages_windows, "the window manager", process=manager)
+                yield
+
+
+def _manages_windows():
+    query = ["xdotool", "get_num_desktops"]
+    return subprocess.run(query, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False).returncode == 0
 
 
 @contextmanager
@@ -49,5 +66,5 @@ def _session_bus(log):
 
 def screenshot(path):
     """The whole screen as a PNG file."""
-    subprocess.run(["scrot", "--overwrite", str(path)], check=True)
+    subprocess.run(["scrot", "--overwrite", str(path)], check=True, timeout=processes.PATIENCE)
     print(f"  picture: {path.name}", flush=True)

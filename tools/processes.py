@@ -12,6 +12,7 @@ from pathlib import Path
 
 PR_SET_PDEATHSIG = 1
 PR_SET_CHILD_SUBREAPER = 36
+PATIENCE = 90  # s; ends only what would never come, so it has room for a busy machine
 _libc = ctypes.CDLL(None)
 
 
@@ -31,14 +32,6 @@ def stop(process, patience=5):
     except subprocess.TimeoutExpired:
         process.kill()
         process.wait()
-
-
-def ended_within(process, seconds):
-    try:
-        process.wait(seconds)
-    except subprocess.TimeoutExpired:
-        return False
-    return True
 
 
 @contextmanager
@@ -86,7 +79,7 @@ def _reap(pids):
             pass
 
 
-def wait_until(condition, what, seconds=30, process=None):
+def wait_until(condition, what, seconds=PATIENCE, process=None, pause=0.05):
     """The condition's first true result. Fails with `what` when there is none in time, or when `process` has ended."""
     deadline = time.monotonic() + seconds
     while not (result := condition()):
@@ -94,5 +87,5 @@ def wait_until(condition, what, seconds=30, process=None):
             raise RuntimeError(f"{process.args[0]} ended with {process.returncode} while waiting for: {what}")
         if time.monotonic() > deadline:
             raise TimeoutError(f"waited {seconds} s in vain for: {what}")
-        time.sleep(0.05)
+        time.sleep(pause)
     return result

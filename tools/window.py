@@ -5,7 +5,6 @@ Import it only where the environment names the display and the session bus alrea
 """
 
 import subprocess
-import time
 
 import gi
 
@@ -24,13 +23,13 @@ class Window:
         self._process = process
         self._application = application
 
-    def wait_for(self, name, inside=None, seconds=20):
+    def wait_for(self, name, inside=None):
         """The control shown under that accessible name, `inside` a window of that title if given."""
         where = f' in "{inside}"' if inside else ""
-        return processes.wait_until(lambda: self.find(name, inside), f'"{name}"{where}', seconds, self._process)
+        return self._wait_until(lambda: self.find(name, inside), f'"{name}"{where}')
 
-    def wait_until_gone(self, name, inside=None, seconds=20):
-        processes.wait_until(lambda: not self.find(name, inside), f'"{name}" to go', seconds, self._process)
+    def wait_until_gone(self, name, inside=None):
+        self._wait_until(lambda: not self.find(name, inside), f'"{name}" to go')
 
     def find(self, name, inside=None):
         """Like wait_for, but at once: None when it is not there. A name may end in "*"."""
@@ -42,27 +41,34 @@ class Window:
 
     def wait_for_popup(self, title):
         """Popup windows are not listed among a program's accessible windows; the display knows their titles."""
-        processes.wait_until(lambda: _shown_windows(title), f'the popup "{title}"', process=self._process)
+        self._wait_until(lambda: _shown_windows(title), f'the popup "{title}"')
 
     def wait_until_popup_gone(self, title):
-        processes.wait_until(lambda: not _shown_windows(title), f'the popup "{title}" to go', process=self._process)
+        self._wait_until(lambda: not _shown_windows(title), f'the popup "{title}" to go')
 
-    def text(self, name, inside=None):
-        """What the control shows."""
-        control = self.wait_for(name, inside)
-        return Atspi.Text.get_text(control, 0, -1)
+    def text_length(self, name, inside=None):
+        """How many characters the control shows; 0 when it is not there."""
+        control = self.find(name, inside)
+        return _asked(lambda: Atspi.Text.get_character_count(control), 0) if control else 0
 
     def share(self, name, inside=None):
         """How full a progress bar is, 0 to 1. The first one shown under that name counts; 0 when none is."""
         bar = self.find(name, inside)
-        return Atspi.Value.get_current_value(bar) / Atspi.Value.get_maximum_value(bar) if bar else 0
+        return _asked(lambda: Atspi.Value.get_current_value(bar) / Atspi.Value.get_maximum_value(bar), 0) if bar else 0
 
     def click(self, name, inside=None):
-        """A click with the left button on the control's middle, once it stands still and is enabled."""
-        control = self.wait_for(name, inside)
-        processes.wait_until(lambda: _has(control, Atspi.StateType.ENABLED), f'"{name}" to be enabled')
-        box = _settled_box(control)
-        _xdotool("mousemove", "--sync", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", "1")
+        """A click with the left button on the control's middle, once it is there, enabled and stands still."""
+        last = None
+
+        def resting_place():
+            # A window that has just been shown is still moved by the window manager.
+            nonlocal last
+            before, last = last, self._middle(name, inside)
+            return last if last == before else None
+
+        where = f' in "{inside}"' if inside else ""
+        x, y = self._wait_until(resting_place, f'"{name}"{where} to be there for a click', pause=0.15)
+        _xdotool("mousemove", "--sync", str(x), str(y), "click", "1")
 
     def type(self, text):
         """Types into whatever has the keyboard focus."""
@@ -82,10 +88,21 @@ class Window:
     def choose_file(self, path, title):
         """Types a path into the program's file dialog and ends it with Enter."""
         self.wait_for("*", inside=title)
-        processes.wait_until(lambda: _focused(self._tops()), "the file name to have the focus")
+        self._wait_until(lambda: _focused(self._tops()), "the file name to have the focus")
         self.type(str(path))
+        self._wait_until(lambda: _content(_focused(self._tops())) == str(path), "the file name to be typed")
         self.press("Return")
         self.wait_until_gone("*", inside=title)
+
+    def _wait_until(self, condition, what, **options):
+        return processes.wait_until(condition, what, process=self._process, **options)
+
+    def _middle(self, name, inside):
+        control = self.find(name, inside)
+        if not control or not _has(control, Atspi.StateType.ENABLED):
+            return None
+        box = _asked(lambda: Atspi.Component.get_extents(control, Atspi.CoordType.SCREEN), None)
+        return (box.x + box.width // 2, box.y + box.height // 2) if box and box.width > 0 else None
 
     def _tops(self):
         application = _application(self._application)
@@ -96,26 +113,28 @@ def _application(name):
     return next((child for child in _children(Atspi.get_desktop(0)) if _name(child) == name), None)
 
 
-def _children(node):
+def _asked(question, otherwise):
     try:
-        nodes = [node.get_child_at_index(i) for i in range(node.get_child_count())]
-        return [child for child in nodes if child is not None]
+        return question()
     except GLib.GError:
-        return []  # it went away while we looked
+        return otherwise  # the control went away while we looked
+
+
+def _children(node):
+    nodes = _asked(lambda: [node.get_child_at_index(i) for i in range(node.get_child_count())], [])
+    return [child for child in nodes if child is not None]
 
 
 def _name(node):
-    try:
-        return node.get_name() or ""
-    except GLib.GError:
-        return ""
+    return _asked(node.get_name, "") or ""
+
+
+def _content(node):
+    return _asked(lambda: Atspi.Text.get_text(node, 0, -1), "") if node else ""
 
 
 def _has(node, state):
-    try:
-        return node.get_state_set().contains(state)
-    except GLib.GError:
-        return False
+    return _asked(lambda: node.get_state_set().contains(state), False)
 
 
 def _matches(node, name):
@@ -132,24 +151,11 @@ def _search(node, name):
 
 def _focused(nodes):
     for node in nodes:
-        if node.get_role() == Atspi.Role.TEXT and _has(node, Atspi.StateType.FOCUSED):
+        if _asked(node.get_role, None) == Atspi.Role.TEXT and _has(node, Atspi.StateType.FOCUSED):
             return node
         if found := _focused(_children(node)):
             return found
     return None
-
-
-def _settled_box(control):
-    # A window that has just been shown is still moved by the window manager.
-    last = None
-    for _ in range(50):
-        box = Atspi.Component.get_extents(control, Atspi.CoordType.SCREEN)
-        now = (box.x, box.y, box.width, box.height)
-        if now == last and box.width > 0:
-            return box
-        last = now
-        time.sleep(0.1)
-    raise TimeoutError(f'"{_name(control)}" does not stand still')
 
 
 def _shown_windows(title):
@@ -158,4 +164,4 @@ def _shown_windows(title):
 
 
 def _xdotool(*arguments):
-    subprocess.run(["xdotool", *arguments], check=True)
+    subprocess.run(["xdotool", *arguments], check=True, timeout=processes.PATIENCE)
