@@ -51,7 +51,7 @@ CONTROLS = [
             {"MCMODE": "Auto", "MCFLOW": 1, "MCBAUD": 4800, "MCWAIT": "true", "MCTXSOT": "37,13,10",
              "MCTXEOT": "37,13,10"},
             ["--type", "plain", "--sot", r"%\r\n", "--eot", r"%\r\n"], waits_for_start=True),
-    Control("Mill 4", "XModem", "O2500-cam.nc", {"MCFLOW": XMODEM, "MCBAUD": 38400}, ["--xmodem-receive"],
+    Control("Mill 4", "XModem, last block filled up with spaces", "O2500-cam.nc", {"MCFLOW": XMODEM, "MCBAUD": 38400}, ["--xmodem-receive"],
             picture="sending-xmodem"),
     # No empty lines: of line ends that follow each other the program keeps one.
     Control("Drill 5", "punches out, XON/XOFF, 7 bits with even parity", "O0042-bolt-circle.nc",

@@ -21,6 +21,7 @@ MAIN_WINDOW = "Varnock"
 MENU = "DNC menu"
 MENU_KEYS = {"Send": "alt+s", "Receive": "alt+r", "Setup": "alt+u"}
 OPEN_DIALOG, SAVE_DIALOG = "Open program", "Save program"
+UP, DOWN = "Scroll machines up", "Scroll machines down"  # shown where there are many machines
 FREE_CORNER = (1270, 850)
 
 
@@ -89,8 +90,16 @@ class Operator:
         self._window.close(MAIN_WINDOW)
 
     def _open_menu(self, control):
-        self._window.click(f"{control.name}*", MAIN_WINDOW)
+        card = f"{control.name}*"
+        self._window.wait_for(card, MAIN_WINDOW)
+        self._scroll(UP, lambda: self._window.is_above(UP, card, MAIN_WINDOW))
+        self._scroll(DOWN, lambda: self._window.is_above(card, DOWN, MAIN_WINDOW))
+        self._window.click(card, MAIN_WINDOW)
         self._window.wait_for_popup(MENU)
+
+    def _scroll(self, button, is_in_view):
+        processes.wait_until(lambda: is_in_view() or self._window.click(button, MAIN_WINDOW),
+                             f'"{button}" to bring the machine into view')
 
     def _choose(self, item):
         self._window.press(MENU_KEYS[item])
@@ -151,7 +160,7 @@ def fault(simulator):
     if not verdicts:
         return "the program has not come to its end"
     if not simulator.result.exists():
-        return "nothing arrived"
+        return "nothing was saved" if simulator.control.punches else "nothing arrived"
     wrong = difference(simulator.result.read_bytes(), controls.expected_bytes(simulator.control))
     return wrong or ("" if "complete and correct" in verdicts[-1] else f"the control says: {verdicts[-1]}")
 

@@ -70,6 +70,11 @@ class Window:
         x, y = self._wait_until(resting_place, f'"{name}"{where} to be there for a click', pause=0.15)
         _xdotool("mousemove", "--sync", str(x), str(y), "click", "1")
 
+    def is_above(self, name, other, inside=None):
+        """Whether one control ends where the other begins, or higher. True as well when one of them is not there."""
+        upper, lower = (_box(self.find(each, inside)) for each in (name, other))
+        return not upper or not lower or upper.y + upper.height <= lower.y
+
     def type(self, text):
         """Types into whatever has the keyboard focus."""
         _xdotool("type", "--delay", TYPING_DELAY, "--", text)
@@ -101,8 +106,8 @@ class Window:
         control = self.find(name, inside)
         if not control or not _has(control, Atspi.StateType.ENABLED):
             return None
-        box = _asked(lambda: Atspi.Component.get_extents(control, Atspi.CoordType.SCREEN), None)
-        return (box.x + box.width // 2, box.y + box.height // 2) if box and box.width > 0 else None
+        box = _box(control)
+        return (box.x + box.width // 2, box.y + box.height // 2) if box else None
 
     def _tops(self):
         application = _application(self._application)
@@ -127,6 +132,11 @@ def _children(node):
 
 def _name(node):
     return _asked(node.get_name, "") or ""
+
+
+def _box(node):
+    box = _asked(lambda: Atspi.Component.get_extents(node, Atspi.CoordType.SCREEN), None) if node else None
+    return box if box and box.width > 0 else None
 
 
 def _content(node):
