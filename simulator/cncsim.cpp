@@ -150,7 +150,10 @@ Options parse(int argc, char* argv[])
 void press(cncsim::SimulatedControl& control, const Options& options)
 {
     const bool hasProgram = options.control.protocol == cncsim::Protocol::Text && !options.control.punchProgram.empty();
-    hasProgram ? control.punch() : control.pressStart();
+    if (!hasProgram) return control.pressStart();
+    const auto report = control.report();
+    const bool isPunching = report.punchedBytes > 0 && !report.isPunched;
+    if (!isPunching) control.punch(); // not once more from the top in the middle of it
 }
 
 void waitForKey(cncsim::SimulatedControl& control, const Options& options, bool& hasInput)
