@@ -18,7 +18,7 @@ To send:    click a machine, choose Send, pick a program from {samples}
             and press Send. {starting} waits for its control's start signal and gets it after a few seconds.
 To receive: click {punching}, choose Receive, then press Enter here: that is the button at the control.
             Save keeps what has arrived.
-Meanwhile:  Undock gives a machine a window of its own, Stop and "From the caret" continue where you like.
+Meanwhile:  Undock gives a machine a window of its own; after Stop, "From the caret" goes on where the caret is.
 
 What the controls got is in {output}; close the window to end the demo.
 """
