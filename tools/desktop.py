@@ -4,7 +4,7 @@
 import os
 import subprocess
 import tempfile
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
 
 import processes
 
@@ -29,11 +29,13 @@ def virtual_desktop(profile, log):
         os.environ.update(XDG_CONFIG_HOME=str(profile), XDG_CACHE_HOME=str(profile), XDG_DATA_HOME=str(profile),
                           XDG_RUNTIME_DIR=runtime, LC_ALL="C.UTF-8", QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="1",
                           QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="0")
-        with _x_server(log) as number, _session_bus(log) as address:
-            os.environ.update(DISPLAY=f":{number}", DBUS_SESSION_BUS_ADDRESS=address)
-            with processes.started(["openbox"], stdout=log, stderr=log) as manager:
-                processes.wait_until(_manages_windows, "the window manager", process=manager)
-                yield
+        with ExitStack() as stack:
+            os.environ["DISPLAY"] = stack.enter_context(_x_server(log))
+            # After the display: the bus hands its own environment on to the services that it starts.
+            os.environ["DBUS_SESSION_BUS_ADDRESS"] = stack.enter_context(_session_bus(log))
+            manager = stack.enter_context(processes.started(["openbox"], stdout=log, stderr=log))
+            processes.wait_until(_manages_windows, "the window manager", process=manager)
+            yield
 
 
 def _manages_windows():
@@ -51,7 +53,7 @@ def _x_server(log):
             number = pipe.readline().strip()
         if not number:
             raise RuntimeError("the virtual display did not start")
-        yield number
+        yield f":{number}"
 
 
 @contextmanager
