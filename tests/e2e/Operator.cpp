@@ -89,6 +89,7 @@ void Operator::answerNextMessage(const QString& button)
     QObject::connect(poll, &QTimer::timeout, poll, [this, poll, button] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (!box) return;
+        poll->stop(); // it may outlive this message's event loop, and must not answer the next one
         poll->deleteLater();
         lastMessage = box->text();
         for (auto* choice : box->buttons())
