@@ -33,6 +33,9 @@ bool showListed(QComboBox& box, const QString& value)
 viewSetup::viewSetup(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewSetup>())
 {
     ui->setupUi(this);
+    // A completed "/dev/ttyUSB1" would become "/dev/ttyUSB10", another machine's line.
+    for (auto* box : findChildren<QComboBox*>())
+        if (box->isEditable()) box->setCompleter(nullptr);
     connect(ui->btnTXBrowse, &QPushButton::clicked, this, &viewSetup::btnTXBrowse);
     connect(ui->btnSave, &QPushButton::clicked, this, &viewSetup::btnSave_Click);
 }

@@ -14,6 +14,8 @@ class MachinesTest : public QObject
 private Q_SLOTS:
     void firstRunShowsOneMachine();
     void setupSurvivesARestart();
+    void setupStoresWhatWasTyped_data();
+    void setupStoresWhatWasTyped();
     void addedMachinesAreNumberedAndDeletionMovesTheRest();
     void cancelledDeletionKeepsTheMachine();
     void scrollingStopsAtBothEnds();
@@ -49,6 +51,43 @@ void MachinesTest::setupSurvivesARestart()
     op.choose(1, QStringLiteral("btnSetup"));
     QTRY_COMPARE(op.find<QComboBox>(QStringLiteral("cboPorts"))->currentText(), port);
     QCOMPARE(op.find<QComboBox>(QStringLiteral("cboMode"))->currentText(), QStringLiteral("Okuma"));
+}
+
+void MachinesTest::setupStoresWhatWasTyped_data()
+{
+    QTest::addColumn<QString>("box");
+    QTest::addColumn<QString>("listed");
+    QTest::addColumn<QString>("typed");
+    const auto row = [](const char* box, const char* listed, const char* typed) {
+        QTest::addRow("%s %s", box, typed)
+            << QString::fromLatin1(box) << QString::fromLatin1(listed) << QString::fromLatin1(typed);
+    };
+    row("cboPorts", "/dev/ttyUSB10", "/dev/ttyUSB1"); // completed, it would be another machine's device
+    row("cboMode", "Fanuc", "fan");
+    row("cboMode", "Fanuc", "fanuc");
+    row("cboEOB", "CRLF", "CR");
+}
+
+void MachinesTest::setupStoresWhatWasTyped()
+{
+    QFETCH(QString, box);
+    QFETCH(QString, listed);
+    QFETCH(QString, typed);
+    Shop::storeMachines({std::make_shared<MachineRecord>().get()});
+    Operator op;
+    op.choose(1, QStringLiteral("btnSetup"));
+    op.click(QStringLiteral("btnSetupFailed"));
+    auto* combo = op.find<QComboBox>(box);
+    combo->clear();
+    combo->addItem(listed);
+    combo->setFocus();
+    QTRY_VERIFY(combo->lineEdit()->hasFocus());
+    combo->lineEdit()->selectAll();
+    QTest::keyClicks(combo->lineEdit(), typed);
+    QTest::keyClick(combo->lineEdit(), Qt::Key_Tab);
+    op.click(QStringLiteral("btnSave"));
+    QCOMPARE(combo->currentText(), typed);
+    QVERIFY(SettingsText::write({g::mcIcons[1].get()}).contains(u'=' + typed + u'\n'));
 }
 
 void MachinesTest::addedMachinesAreNumberedAndDeletionMovesTheRest()
