@@ -14,7 +14,9 @@ constexpr int answerTime = 2000; // ms
 SingleInstance::SingleInstance(const QString& folder, QObject* parent) : QObject(parent)
 {
     // The name is short because a socket's path may have 108 bytes only.
-    const auto hash = QCryptographicHash::hash(QDir(folder).canonicalPath().toUtf8(), QCryptographicHash::Sha1);
+    const QDir settings(folder);
+    const QString path = settings.exists() ? settings.canonicalPath() : settings.absolutePath();
+    const auto hash = QCryptographicHash::hash(path.toUtf8(), QCryptographicHash::Sha1);
     name_ = QStringLiteral("varnock-") + QString::fromLatin1(hash.toHex().left(16));
     server_.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&server_, &QLocalServer::newConnection, this, [this] {
@@ -37,5 +39,6 @@ bool SingleInstance::claim()
     startLock.tryLock(answerTime);
     if (askOwner()) return false;
     QLocalServer::removeServer(name_); // left behind by a program that was killed
-    return server_.listen(name_);
+    // Where no socket can be made there is nobody to ask: the operator gets a window all the same.
+    return server_.listen(name_) || !askOwner();
 }

@@ -12,7 +12,8 @@ public:
     /// `folder` is where the settings live: two programs with different settings do not meet.
     explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
 
-    /// True when this program is now the owner. Otherwise the owner has been asked to come to the front.
+    /// True when this program is now the owner, or no owner can be asked. Otherwise the owner has been asked to come to
+    /// the front.
     bool claim();
 
 Q_SIGNALS:

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/SingleInstance.h"
 
+#include <QDir>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -23,8 +24,11 @@ class SingleInstanceTest : public QObject
 {
     Q_OBJECT
 
-    static void start(QProcess& process, const QString& folder)
+    static void start(QProcess& process, const QString& folder, const QString& tempFolder = QDir::tempPath())
     {
+        auto environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TMPDIR", tempFolder);
+        process.setProcessEnvironment(environment);
         process.start(QCoreApplication::applicationFilePath(), {"--claim", folder});
     }
 
@@ -33,6 +37,8 @@ private Q_SLOTS:
     void differentSettingsDoNotMeet();
     void socketOfAKilledProgramDoesNotLockTheSettingsForEver();
     void ofManyStartsAtOnceExactlyOneOwns();
+    void programStartsWhereNoSocketCanBeMade();
+    void foldersThatCannotBeMadeDoNotMeet();
 };
 
 void SingleInstanceTest::secondStartIsRefusedAndTheFirstIsTold()
@@ -91,6 +97,27 @@ void SingleInstanceTest::ofManyStartsAtOnceExactlyOneOwns()
         process.kill();
         process.waitForFinished();
     }
+}
+
+void SingleInstanceTest::programStartsWhereNoSocketCanBeMade()
+{
+    const QTemporaryDir folder;
+    const QString tooLong = folder.filePath(QString(120, u'x')); // for a socket's path
+    QVERIFY(QDir().mkdir(tooLong));
+    QProcess program;
+    start(program, folder.path(), tooLong);
+    QTRY_COMPARE(program.bytesAvailable(), 1);
+    QCOMPARE(program.readAll(), QByteArray("o"));
+    program.kill();
+    QVERIFY(program.waitForFinished());
+}
+
+void SingleInstanceTest::foldersThatCannotBeMadeDoNotMeet()
+{
+    SingleInstance first("/proc/one");
+    SingleInstance second("/proc/other");
+    QVERIFY(first.claim());
+    QVERIFY(second.claim());
 }
 
 int main(int argc, char* argv[])
