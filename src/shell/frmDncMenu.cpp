@@ -41,9 +41,10 @@ void frmDncMenu::showBeside(const QWidget& machineIcon)
 
 void frmDncMenu::choose(const QString& notification)
 {
-    hide(); // first, so that what the choice opens does not come up behind the menu
-    NotificationCenter::defaultCenter().post(notification);
+    // First: what the choice opens must not come up behind the menu, and a question that it raises may outlive the
+    // menu.
     close();
+    NotificationCenter::defaultCenter().post(notification);
 }
 
 void frmDncMenu::btnSetup_Click()

@@ -7,6 +7,8 @@
 #include "shell/viewMC.h"
 
 #include <QLabel>
+#include <QPointer>
+#include <QTimer>
 
 class WindowsTest : public QObject
 {
@@ -17,6 +19,7 @@ private Q_SLOTS:
     void twoMachinesSendAtOnce();
     void deletingAMachineLeavesTheOthersTransferAlone();
     void runningTransferIsNotLostToASlip();
+    void menuOutlivesTheQuestionThatItsChoiceRaises();
     void choosingAgainReopensTheSameDevice();
 
 private:
@@ -151,6 +154,37 @@ void WindowsTest::runningTransferIsNotLostToASlip()
     op.answerNextMessage(QStringLiteral("Stop"));
     op.click(QStringLiteral("btnClose"));
     QTRY_VERIFY(op.isShown(QStringLiteral("imgBogLogo")));
+}
+
+void WindowsTest::menuOutlivesTheQuestionThatItsChoiceRaises()
+{
+    PtyPair line; // nobody reads: the transfer stays under way
+    Shop::storeMachines({Shop::machineOn(line.devicePath().toStdString()).get()});
+    Operator op;
+    op.openSend(1, Shop::writeFile(dir_, QStringLiteral("menu.nc"), Shop::program(20000)));
+    op.click(QStringLiteral("btnSend"));
+    op.clickIn(mcIconAt(1), QStringLiteral("btnMC"));
+    QTRY_VERIFY(op.isShown(QStringLiteral("btnSetup")));
+    const QPointer<QWidget> menu = op.find<QWidget>(QStringLiteral("btnSetup"))->window();
+    bool isAlive = false;
+    auto* question = new QTimer(&op.window());
+    connect(question, &QTimer::timeout, question, [&, wasPosted = false]() mutable {
+        if (!QApplication::activeModalWidget()) return;
+        if (!wasPosted) { // an undocked window comes to the front
+            wasPosted = true;
+            return NotificationCenter::defaultCenter().post(QStringLiteral("childGotFocus_Event"));
+        }
+        question->stop();
+        isAlive = menu; // its choice is still being carried out
+        op.answerNextMessage(QStringLiteral("Cancel"));
+    });
+    question->start(1);
+    op.click(QStringLiteral("btnSetup"));
+    QVERIFY(isAlive);
+    QVERIFY(op.isShown(QStringLiteral("btnStop")));
+    QTRY_VERIFY(!menu);
+    op.answerNextMessage(QStringLiteral("Stop"));
+    op.click(QStringLiteral("btnClose"));
 }
 
 void WindowsTest::choosingAgainReopensTheSameDevice()
