@@ -21,6 +21,8 @@ private Q_SLOTS:
     void runningTransferIsNotLostToASlip();
     void menuOutlivesTheQuestionThatItsChoiceRaises();
     void choosingAgainReopensTheSameDevice();
+    void fileDialogGoesWithItsView_data();
+    void fileDialogGoesWithItsView();
 
 private:
     static frmChild* undockedWindow();
@@ -202,6 +204,43 @@ void WindowsTest::choosingAgainReopensTheSameDevice()
         QVERIFY(op.isShown(QStringLiteral("lblStatus")) || op.isShown(QStringLiteral("rt1")));
         op.click(QStringLiteral("btnClose"));
     }
+}
+
+void WindowsTest::fileDialogGoesWithItsView_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<bool>("deletes");
+    for (const char* button : {"btnFolder", "btnSave"}) {
+        QTest::addRow("%s, chosen again", button) << QString::fromLatin1(button) << false;
+        QTest::addRow("%s, machine deleted", button) << QString::fromLatin1(button) << true;
+    }
+}
+
+// The dialog blocks the undocked window alone: the main window can end the view under it.
+void WindowsTest::fileDialogGoesWithItsView()
+{
+    QFETCH(QString, button);
+    QFETCH(bool, deletes);
+    PtyPair line;
+    Shop::storeMachines({Shop::machineOn(line.devicePath().toStdString()).get()});
+    Operator op;
+    op.openSend(1, {});
+    op.click(QStringLiteral("btnUnDock"));
+    QTRY_VERIFY(undockedWindow());
+    op.clickIn(undockedWindow(), button);
+    const QPointer<QWidget> dialog = QApplication::activeModalWidget();
+    QVERIFY(dialog);
+    if (deletes) {
+        op.answerNextMessage(QStringLiteral("Delete"));
+        op.clickIn(mcIconAt(1), QStringLiteral("btnDeleteIcon"));
+        QCOMPARE(g::mcIcons.size(), 1);
+    } else {
+        op.choose(1, QStringLiteral("btnRX"));
+        QVERIFY(op.isShown(QStringLiteral("btnClose")));
+    }
+    QTRY_VERIFY(!dialog);
+    QTRY_VERIFY(!undockedWindow());
+    QVERIFY(!QApplication::activeModalWidget());
 }
 
 QTEST_MAIN(WindowsTest)
