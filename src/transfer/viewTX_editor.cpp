@@ -10,6 +10,7 @@
 #include <QEvent>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cmath>
@@ -72,7 +73,8 @@ void viewTX::btnFolder_Click()
 void viewTX::openFile(const QString& path)
 {
     QFile file(path);
-    if (!file.exists() || !file.open(QIODevice::ReadOnly)) return;
+    // Pipes and devices have no end that a read could come to.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return;
     if (file.size() > largestFile) {
         g::msgBox(QStringLiteral("The file is too large for the editor\r\r%1").arg(path), QStringLiteral("OK"), {});
         return;

@@ -7,6 +7,8 @@
 #include <QRegularExpression>
 #include <QUrl>
 
+#include <sys/stat.h>
+
 class PanelTest : public QObject
 {
     Q_OBJECT
@@ -81,6 +83,11 @@ void PanelTest::whatCannotBeReadChangesNothing()
     const QString before = path(rig);
     rig.view->openFile(QDir::tempPath() + "/no such file");
     rig.view->openFile(QDir::tempPath());
+    const QTemporaryDir folder;
+    const QByteArray pipe = folder.filePath("pipe").toLocal8Bit(); // would be waited for as long as nobody writes
+    QVERIFY(::mkfifo(pipe.constData(), 0600) == 0);
+    rig.view->openFile(QString::fromLocal8Bit(pipe));
+    rig.view->openFile("/dev/zero"); // would be read without end
     QCOMPARE(rig.editor->wholeText(), QByteArray("G0\n"));
     QCOMPARE(path(rig), before);
     QVERIFY(!rig.isShown("boxWaitForCNC"));
