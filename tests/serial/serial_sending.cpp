@@ -26,6 +26,7 @@ private Q_SLOTS:
     void controlHoldsAndReleasesASend_data();
     void controlHoldsAndReleasesASend();
     void longArrayIsWrittenWhole();
+    void sendsThatDoNotWaitKeepTheirOrder();
     void sendWaitsUntilEverythingBeforeIsOut_data();
     void sendWaitsUntilEverythingBeforeIsOut();
     void heldMachinesDoNotStopAnother();
@@ -130,6 +131,20 @@ void SendingTest::longArrayIsWrittenWhole()
     QCOMPARE(line.txCount, 0);
     QCOMPARE(line.control.readAtLeast(program.size(), 30000), program);
     QTRY_COMPARE(line.txCount, 1);
+}
+
+// An XModem receiver may answer twice at once; blocks in the wrong order would end the transfer.
+void SendingTest::sendsThatDoNotWaitKeepTheirOrder()
+{
+    OpenPort line;
+    QByteArray expected;
+    for (int send = 0; send < 500; ++send) {
+        const QByteArray bytes = "N" + QByteArray::number(send) + QByteArray(send % 100, 'X');
+        line.port->sendBytes(bytes);
+        expected += bytes;
+    }
+    QCOMPARE(line.control.readAtLeast(expected.size()), expected);
+    QTRY_COMPARE(line.txCount, 500);
 }
 
 void SendingTest::sendWaitsUntilEverythingBeforeIsOut_data()
