@@ -24,6 +24,9 @@ public:
     void write(const QByteArray& bytes);
     /// The device's line settings as they are now.
     termios line() const;
+    /// The two ends, for a program or a relay that uses them by itself.
+    int master() const { return master_; }
+    int slave() const { return slave_; }
     /// The adapter is pulled out.
     void hangUp();
 
