@@ -171,7 +171,9 @@ private:
     void actOnXModemReplies(const QByteArray& bytes);
     void gatherXModem(const QByteArray& bytes);
     void finishBlock();
-    void noticeRepeat();
+    void forgetSender();
+    void noticeNumber();
+    void showCancelled();
     void sendPlainNak();
 
     void appendReceived(const QByteArray& bytes);
@@ -192,9 +194,11 @@ private:
 
     // XModem reception.
     bool xmodemOpened_ = false; // the first SOH of this program has come
-    int xmodemPolls_ = 0;       // polls that brought no SOH
+    bool xmodemNoise_ = false;  // bytes have come since the last block that belong to none
+    int xmodemPolls_ = 0;       // polls in a row that brought no SOH
     int xmodemBlocks_ = 0;      // blocks taken, repeats not counted
     int xmodemRepeats_ = 0;
     int xmodemLastNumber_ = -1;
     QString repeatNotice_;
+    QString missingNotice_;
 };

@@ -55,7 +55,8 @@ void viewTX::btnNew_Click()
     nextLine_ = 0;
     resume_.reset();
     xmodemBlocks_ = xmodemRepeats_ = 0;
-    repeatNotice_.clear(); // it speaks of what stood in the editor
+    repeatNotice_.clear(); // they speak of what stood in the editor
+    missingNotice_.clear();
     showReceived();
 }
 

@@ -45,7 +45,8 @@ void viewTX::showReceived()
     QString status =
         QStringLiteral("%1 bytes, %2 lines")
             .arg(locale.toString(static_cast<qlonglong>(ui->rt1->textSize())), locale.toString(ui->rt1->lines()));
-    if (!repeatNotice_.isEmpty()) status += u'\n' + repeatNotice_;
+    for (const auto& notice : {missingNotice_, repeatNotice_})
+        if (!notice.isEmpty()) status += u'\n' + notice;
     ui->lblStatus->setText(status);
     ui->lblStatus->show();
 }

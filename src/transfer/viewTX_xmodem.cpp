@@ -13,10 +13,12 @@ constexpr char CAN = 24; // the receiver cancels
 
 // Ticks of the one-second timer.
 constexpr int pollTicks = 2;
-constexpr int refusedSilence = 2; // after a refused block, before a plain NAK
-constexpr int refusedRepeat = 5;  // and between further ones
-constexpr int stalledSilence = 5; // until a block that stays incomplete is dropped
-constexpr int pollsBeforePlain = 3;
+constexpr int refusedSilence = 2;    // after a refused block, before a plain NAK
+constexpr int refusedRepeat = 5;     // and between further ones
+constexpr int stalledSilence = 5;    // until a block that stays incomplete is dropped
+constexpr int pollsBeforePlain = 3;  // the opening ones
+constexpr int pollsAfterNoise = 1;   // a block has come, but could not be told from noise
+constexpr int pollsAfterSilence = 5; // XModem's ten seconds
 } // namespace
 
 // --- Sending ---------------------------------------------------------------------------------------------------------
@@ -32,6 +34,7 @@ void viewTX::startXModem()
 {
     setEOB();
     ui->rt1->setReadOnly(true);
+    ui->lblStatus->hide();
     booSentXModemBOF = booSentXModemEOF = booSentXModemEOT = false;
     iXModemPacketNo = 1;
     bPacket.clear();
@@ -102,6 +105,16 @@ void viewTX::followBlocks()
     movePBars();
 }
 
+// The buttons alone look as after a whole transfer.
+void viewTX::showCancelled()
+{
+    const qsizetype total = (bBuffer.size() + XModemBlock::dataSize - 1) / XModemBlock::dataSize;
+    const qsizetype sent = (xmodemSent_ + XModemBlock::dataSize - 1) / XModemBlock::dataSize;
+    ui->lblStatus->setText(
+        QStringLiteral("The control cancelled the transfer: %1 of %2 blocks sent").arg(sent).arg(total));
+    ui->lblStatus->show();
+}
+
 void viewTX::actOnXModemReplies(const QByteArray& bytes)
 {
     for (const char reply : bytes) {
@@ -110,6 +123,7 @@ void viewTX::actOnXModemReplies(const QByteArray& bytes)
             sendXModemPacket(true);
             break;
         case CAN:
+            if (txState.State == TxState::txState_sending_xmodem) showCancelled(); // several come
             booSentXModemEOT = true;
             sendXModemPacket(true);
             break;
@@ -136,9 +150,15 @@ void viewTX::tmrXModem_Tick()
     if (!booGotXModemSOH) {
         if (iXModemTimeoutCounter >= pollTicks) {
             iXModemTimeoutCounter = 0;
-            if (!xmodemOpened_) ++xmodemPolls_;
+            ++xmodemPolls_;
             sp->sendByte(iNAK);
         } else if (!xmodemOpened_ && xmodemPolls_ >= pollsBeforePlain) {
+            sendPlainNak();
+        } else if (xmodemOpened_ && xmodemPolls_ >= (xmodemNoise_ ? pollsAfterNoise : pollsAfterSilence)) {
+            // A plain peer waits for an answer for as long as our marked NAKs keep coming. It repeats a block that we
+            // have if our ACK was lost, so it is called late unless its block was.
+            xmodemPolls_ = 0;
+            xmodemNoise_ = false;
             sendPlainNak();
         }
         return;
@@ -161,17 +181,21 @@ void viewTX::sendPlainNak()
 
 void viewTX::gatherXModem(const QByteArray& bytes)
 {
+    int cancels = 0;
     for (const char byte : bytes) {
         if (!booGotXModemSOH && byte == iEOT) {
             sp->sendByte(iACK);
             setDncRunning(false);
-            xmodemOpened_ = false;
-            xmodemPolls_ = 0;
-            xmodemLastNumber_ = -1;
+            forgetSender();
         } else if (!booGotXModemSOH && byte == iSOH) {
             booGotXModemSOH = true;
             xmodemOpened_ = true;
+            xmodemNoise_ = false;
+            xmodemPolls_ = 0;
             bytesXModemPacket.clear();
+        } else if (!booGotXModemSOH) {
+            xmodemNoise_ = true;
+            if (byte == CAN) ++cancels;
         }
         if (booGotXModemSOH) {
             bytesXModemPacket.append(byte);
@@ -179,6 +203,19 @@ void viewTX::gatherXModem(const QByteArray& bytes)
         }
     }
     if (bytesXModemPacket.size() >= XModemBlock::size) finishBlock();
+    if (cancels < 2) return; // one may be a damaged byte
+    forgetSender();
+    missingNotice_ =
+        QStringLiteral("The control cancelled after block %1: the program is not whole").arg(xmodemBlocks_);
+    showReceived();
+}
+
+// What comes next is another program.
+void viewTX::forgetSender()
+{
+    xmodemOpened_ = xmodemNoise_ = false;
+    xmodemPolls_ = 0;
+    xmodemLastNumber_ = -1;
 }
 
 void viewTX::finishBlock()
@@ -191,22 +228,31 @@ void viewTX::finishBlock()
     }
     sp->sendByte(iACK);
     appendReceived(XModemBlock::data(bytesXModemPacket));
-    noticeRepeat();
+    noticeNumber();
     bytesXModemPacket.clear();
     booGotXModemSOH = false;
 }
 
-void viewTX::noticeRepeat()
+// Numbers decide nothing, but a block that came twice or not at all must not go unnoticed: an EOT that noise makes up
+// acknowledges the block that it stood in.
+void viewTX::noticeNumber()
 {
-    const int number = static_cast<unsigned char>(bytesXModemPacket[1]);
-    if (number != xmodemLastNumber_) {
-        ++xmodemBlocks_;
-    } else {
+    // Bit 7 is stripped: 255 reads as 127, and 0 or 1 follows it.
+    const int number = static_cast<unsigned char>(bytesXModemPacket[1]) & 0x7F;
+    const bool isNext = xmodemLastNumber_ < 0
+                            ? number == 1
+                            : number == ((xmodemLastNumber_ + 1) & 0x7F) || (xmodemLastNumber_ == 0x7F && number == 1);
+    if (number == xmodemLastNumber_) {
         ++xmodemRepeats_;
         repeatNotice_ = QStringLiteral("Block %1 came twice and stands twice in the program (%2 repeated so far)")
                             .arg(xmodemBlocks_)
                             .arg(xmodemRepeats_);
-        showReceived();
+    } else {
+        if (!isNext)
+            missingNotice_ =
+                QStringLiteral("Blocks are missing after block %1: the program is not whole").arg(xmodemBlocks_);
+        ++xmodemBlocks_;
     }
     xmodemLastNumber_ = number;
+    showReceived();
 }

@@ -36,6 +36,8 @@ private Q_SLOTS:
     void bytesInRepliesOut();
     void blockInTwoChunksIsTakenOnce();
     void repeatedBlockIsTold();
+    void missingBlocksAreTold_data();
+    void missingBlocksAreTold();
     void newProgramForgetsWhatWasTold();
     void bytesFromTheLineReachTheView();
 };
@@ -54,6 +56,11 @@ void XModemReceivingTest::bytesInRepliesOut_data()
         "." + NAK + "." + NAK + "." + NAK + plainNAK + NAK + plainNAK + NAK + plainNAK);
     row("no plain NAK once a block began", ticks(6) + Script{blockA} + ticks(8),
         "." + NAK + "." + NAK + "." + NAK + ACK + "." + NAK + "." + NAK + "." + NAK + "." + NAK, dataA);
+    const QByteArray headless = '\x03' + blockB.mid(1); // its SOH is damaged
+    row("plain NAK when a block came as noise", Script{blockA, headless} + ticks(4) + Script{blockB},
+        ACK + ".." + NAK + plainNAK + NAK + ACK, dataA + dataB);
+    row("plain NAK after ten silent seconds between blocks", Script{blockA} + ticks(12),
+        ACK + "." + NAK + "." + NAK + "." + NAK + "." + NAK + "." + NAK + plainNAK + NAK, dataA);
     row("noise before a block", {"\x06G\x15", blockA}, "." + ACK, dataA);
     row("two blocks and the end", {blockA, blockB, EOT}, ACK + ACK + ACK, dataA + dataB);
     row("bytes put the next poll off", {tick, blockA, tick, tick}, "." + ACK + "." + NAK, dataA);
@@ -133,6 +140,45 @@ void XModemReceivingTest::repeatedBlockIsTold()
     rig.deliver(EOT); // the next program begins with a block of the number that this one could have ended with
     rig.deliver(XModemBlock::build(3, dataA));
     QVERIFY(rig.text("lblStatus").contains("1 repeated"));
+}
+
+void XModemReceivingTest::missingBlocksAreTold_data()
+{
+    using Script = QList<QByteArray>;
+    QTest::addColumn<Script>("script");
+    QTest::addColumn<QString>("told");
+    const auto numbered = [](int number) { return XModemBlock::build(number, dataA); };
+    const auto row = [](const char* name, const Script& script, const char* told = "") {
+        QTest::newRow(name) << script << QString::fromLatin1(told);
+    };
+    Script toTheWrap;
+    for (int number = 1; number <= 255; ++number)
+        toTheWrap << XModemBlock::build(number, dataA);
+    row("our numbering at the wrap", toTheWrap + Script{numbered(1), numbered(2)});
+    row("usual numbering at the wrap", toTheWrap + Script{numbered(0), numbered(1)});
+    row("another program", {numbered(1), numbered(2), EOT, numbered(1)});
+    row("begun in the middle", {numbered(2)}, "missing after block 0");
+    row("one left out", {numbered(1), numbered(3), numbered(4)}, "missing after block 1");
+    // The first byte of block 4 was damaged, and its number looks like the end.
+    row("an end that noise made up", {numbered(1), numbered(2), numbered(3), numbered(4).mid(1), numbered(5)},
+        "missing after block 3");
+    row("cancelled", {numbered(1), QByteArray(10, 24) + QByteArray(10, 8)}, "cancelled after block 1");
+    row("cancelled and begun anew", {numbered(1), QByteArray(10, 24), numbered(1)}, "cancelled after block 1");
+    row("a damaged byte is no cancel", {numbered(1), "\x18", numbered(2)});
+    row("a block of cancels", {XModemBlock::build(1, QByteArray(128, 24))});
+}
+
+void XModemReceivingTest::missingBlocksAreTold()
+{
+    QFETCH(QList<QByteArray>, script);
+    QFETCH(QString, told);
+    TransferRig rig;
+    rig.machine->MCFLOW = 3;
+    rig.start(false);
+    for (const auto& step : std::as_const(script))
+        rig.deliver(step);
+    const QString status = rig.text("lblStatus");
+    QVERIFY2(told.isEmpty() ? !status.contains('\n') : status.contains(told), qPrintable(status));
 }
 
 void XModemReceivingTest::newProgramForgetsWhatWasTold()

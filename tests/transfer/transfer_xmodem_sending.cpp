@@ -66,6 +66,7 @@ private Q_SLOTS:
     void bytesFromTheLineReachTheTransfer();
     void highlightReachesTheEndWithTheLastByte();
     void nakHidesTheBox();
+    void cancelIsTold();
     void endGivesTheEditorBack_data();
     void endGivesTheEditorBack();
     void repeatWaitsForTheNextNak();
@@ -208,6 +209,22 @@ void XModemSendingTest::nakHidesTheBox()
     rig.deliver(NAK);
     QVERIFY(!rig.isShown("boxWaitForCNC"));
     QCOMPARE(rig.machine->activity, TransferActivity::Sending);
+}
+
+void XModemSendingTest::cancelIsTold()
+{
+    TransferRig rig;
+    start(rig, QByteArray(300, 'a'));
+    rig.deliver(NAK);
+    rig.deliver(ACK);
+    rig.deliver(QByteArray(10, 24) + QByteArray(10, 8));
+    QVERIFY(rig.isShown("lblStatus"));
+    QCOMPARE(rig.text("lblStatus"), QStringLiteral("The control cancelled the transfer: 2 of 3 blocks sent"));
+    rig.readAll();
+    rig.click("btnSend");
+    QVERIFY(!rig.isShown("lblStatus"));
+    rig.deliver(NAK + ACK + ACK + ACK + ACK);
+    QVERIFY(!rig.view->dncRunning() && !rig.isShown("lblStatus"));
 }
 
 void XModemSendingTest::endGivesTheEditorBack_data()
