@@ -9,9 +9,8 @@ namespace cncsim
 {
 /// How the control's XModem side behaves. Faults name a block, counted from 1; 0 is never.
 struct XModemSettings {
-    int pollMs = 3000;   ///< pause between NAKs before the first block, after which a stalled block is refused and
-                         ///< EOT is repeated
-    char padding = 0x1A; ///< SUB; fills the last block that the control sends
+    int pollMs = 3000;          ///< silence after which it asks with NAK, refuses a stalled block or repeats EOT
+    char padding = 0x1A;        ///< SUB; fills the last block that the control sends
     bool plainNakOnly = false;  ///< sending: knows NAK as 0x15 only, as 8-bit peers do, not with its parity bit (0x95)
     std::size_t nakBlock = 0;   ///< receiving: refuses this good block once
     std::size_t spoilBlock = 0; ///< sending: first sends it with a wrong checksum

@@ -32,7 +32,6 @@ std::string XModemReceiver::tick(Time now)
 {
     if (state_ == State::Stopped) return {};
     if (!isPollDue_ && now - lastSign_ < std::chrono::milliseconds(settings_.pollMs)) return {};
-    if (state_ == State::Receiving && packet_.empty()) return {}; // acknowledged; the next block is the sender's turn
     isPollDue_ = false;
     lastSign_ = now;
     if (!packet_.empty()) return refuse("stalled");
