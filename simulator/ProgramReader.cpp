@@ -58,7 +58,9 @@ FramedProgram ProgramReader::judge() const
 std::string ProgramReader::headerProblem() const
 {
     const std::size_t length = std::min(bytes_.size(), header_.size());
-    if (bytes_.compare(0, length, header_, 0, length) == 0) return {};
+    // Of a program without a visible end silence is the end, also inside the start string.
+    const bool isCut = !hasVisibleEnd() && length < header_.size();
+    if (!isCut && bytes_.compare(0, length, header_, 0, length) == 0) return {};
     if (framing_.type == ControlType::Plain) return "the start string is missing";
     const std::size_t nulls = std::min(bytes_.find_first_not_of('\0'), bytes_.size());
     if (nulls != leaderLength) return "the leader has " + std::to_string(nulls) + " NULs, not 20";

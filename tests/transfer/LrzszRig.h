@@ -6,8 +6,7 @@
 
 /// A transfer view, a cable and lrzsz at its other end.
 struct LrzszRig {
-    static constexpr int longestTransfer = 120'000; // ms; a hang, not a slow machine
-    static constexpr int openingTicks = 7;          // up to the first NAK that a plain peer hears
+    static constexpr int openingTicks = 7; // up to the first NAK that a plain peer hears
 
     explicit LrzszRig(bool send, const Relay::Plan& plan = {})
         : relay({rig.pty.master(), rig.pty.master()}, peer.end(), plan)
@@ -43,6 +42,7 @@ struct LrzszRig {
         return rig.editor->wholeText();
     }
 
+    int longestTransfer = 120'000; // ms; a hang, not a slow machine
     TransferRig rig;
     LrzszPeer peer;
     Relay relay;
