@@ -46,8 +46,8 @@ std::string XModemReceiver::takeByte(char byte)
         return packet_.size() == blockSize ? takeBlock() : std::string();
     }
     if (byte == eot) {
-        // A repeated EOT only means that the sender missed the ACK.
-        if (state_ == State::Receiving) ++programs_;
+        // A repeated EOT only means that the sender missed the ACK; one before any block ends an empty program.
+        if (state_ == State::Receiving || programs_ == 0) ++programs_;
         state_ = State::Waiting;
         return {ack};
     }
