@@ -13,16 +13,13 @@ constexpr std::size_t stallSize = 60; // what still goes out of a block that sta
 std::string XModemSender::take(const std::string& bytes, Time now)
 {
     if (!bytes.empty()) lastSign_ = now;
-    std::string out;
-    char last = 0;
     for (const char byte : bytes) {
         // The receiver's replies carry a parity bit: its NAK comes as 0x95.
         const char reply = settings_.plainNakOnly ? byte : static_cast<char>(byte & 0x7F);
         // Of replies that piled up a sender takes one: it purges the line before it sends a block.
-        if (reply != last) out += takeReply(reply);
-        last = reply;
+        if (auto out = takeReply(reply); !out.empty()) return out;
     }
-    return out;
+    return {};
 }
 
 std::string XModemSender::tick(Time now)
