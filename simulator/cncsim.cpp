@@ -36,7 +36,7 @@ The line:
   --even-parity              7 bits with even parity, checked on every byte
   --xon-xoff                 holds the line with XOFF while its buffer is full, stops punching on XOFF
 
-XModem faults, each at block N (from 1):
+XModem (Enter or SIGUSR1 begins anew), with faults at block N (from 1):
   --nak-block N              refuses a good block once
   --spoil-block N            first sends it with a wrong checksum
   --duplicate-block N        sends it once more after its ACK
@@ -146,11 +146,12 @@ Options parse(int argc, char* argv[])
     return options;
 }
 
-/// The control's one button: it punches the program out when there is one, otherwise it gives the start signal.
+/// The control's one button: it punches the program out when there is one, otherwise it gives the start signal. XModem
+/// begins anew, also after a cancel.
 void press(cncsim::SimulatedControl& control, const Options& options)
 {
-    const bool hasProgram = options.control.protocol == cncsim::Protocol::Text && !options.control.punchProgram.empty();
-    if (!hasProgram) return control.pressStart();
+    if (options.control.protocol != cncsim::Protocol::Text) return control.clear();
+    if (options.control.punchProgram.empty()) return control.pressStart();
     const auto report = control.report();
     const bool isPunching = report.punchedBytes > 0 && !report.isPunched;
     if (!isPunching) control.punch(); // not once more from the top in the middle of it
