@@ -156,8 +156,6 @@ void SimulatedControl::run()
 void SimulatedControl::takeText(const std::string& bytes)
 {
     state_.lastByte = Clock::now();
-    state_.report.isComplete = false;
-    state_.isJudged = false;
     for (const char byte : bytes)
         takeByte(byte);
     auto& report = state_.report;
@@ -170,10 +168,12 @@ void SimulatedControl::takeByte(char raw)
     const auto byte = static_cast<unsigned char>(raw);
     const char code = static_cast<char>(settings_.evenParity ? byte & 0x7F : byte);
     if (settings_.evenParity && !hasEvenParity(byte)) ++state_.report.parityErrors;
-    if (settings_.xonXoff && state_.isPunching && (code == xon || code == xoff)) {
+    if (settings_.xonXoff && (code == xon || code == xoff)) { // also after the last byte: never part of a program
         state_.isPunchHeld = code == xoff;
         return;
     }
+    state_.report.isComplete = false;
+    state_.isJudged = false;
     if (!state_.buffer.accept()) return;
     state_.report.received.push_back(code);
     if (state_.reader.take(code)) programEnded();
@@ -206,6 +206,7 @@ void SimulatedControl::judgeSilence(Clock::time_point now)
 {
     if (state_.isJudged || now - state_.lastByte < std::chrono::milliseconds(settings_.silenceMs)) return;
     state_.isJudged = true;
+    state_.report.problem = problems({}); // also of bytes that came after a program's end
     if (state_.reader.isEmpty()) return;
     if (!state_.reader.hasVisibleEnd()) return programEnded();
     state_.report.problem = problems(state_.reader.judge().problem);
@@ -249,6 +250,7 @@ void SimulatedControl::punchOut(Clock::time_point now)
         const auto count = pty_.writeSome(marked(piece));
         report.punchedBytes += count;
         state_.punchCredit -= static_cast<double>(count);
+        if (count < piece.size()) state_.punchCredit = 0; // nothing is saved up for a burst later
     }
     report.isPunched = report.punchedBytes == settings_.punchProgram.size();
     state_.isPunching = !report.isPunched;
