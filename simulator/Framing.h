@@ -11,7 +11,7 @@ enum class ControlType { Plain, Fanuc, Okuma };
 struct Framing {
     ControlType type = ControlType::Plain;
     std::string eob = "\r\n"; ///< end of block
-    std::string sot;          ///< start and end strings of a plain control
-    std::string eot;
+    std::string sot = {};     ///< start and end strings of a plain control
+    std::string eot = {};
 };
 } // namespace cncsim

@@ -20,7 +20,7 @@ enum class StartSignal { None, OnRequest, AfterDelay };
 
 struct Settings {
     Protocol protocol = Protocol::Text;
-    Framing framing;            ///< checked on text that arrives
+    Framing framing = {};       ///< checked on text that arrives
     bool evenParity = false;    ///< 7 bits with even parity, checked on every byte; XModem is always 8 bits
     bool xonXoff = false;       ///< holds the line while its buffer is full, and stops punching on XOFF
     double readRate = 0;        ///< bytes a second that the control works off; 0 is no limit
@@ -32,12 +32,12 @@ struct Settings {
     StartSignal start = StartSignal::None;
     int startDelayMs = 1000; ///< AfterDelay: DC1 each time after that long, until bytes come
     int silenceMs = 1000;    ///< silence after which a program without a visible end counts as complete
-    XModemSettings xmodem;
-    std::string punchProgram; ///< bytes that it punches out, or sends in XModem blocks, as they are
-    double punchRate = 0;     ///< bytes a second; 0 is as fast as the line takes them
-    int punchDelayMs = -1;    ///< starts to punch after that long; below 0 only when punch() is called
-    std::string linkPath;     ///< a symbolic link to the device, removed at the end
-    std::string outputFile;   ///< what arrived (of XModem the data), written when complete and at the end
+    XModemSettings xmodem = {};
+    std::string punchProgram = {}; ///< bytes that it punches out, or sends in XModem blocks, as they are
+    double punchRate = 0;          ///< bytes a second; 0 is as fast as the line takes them
+    int punchDelayMs = -1;         ///< starts to punch after that long; below 0 only when punch() is called
+    std::string linkPath = {};     ///< a symbolic link to the device, removed at the end
+    std::string outputFile = {};   ///< what arrived (of XModem the data), written when complete and at the end
 };
 
 struct Report {
