@@ -9,6 +9,11 @@
 #include <QScrollBar>
 #include <QUrl>
 
+#include <algorithm>
+#include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
+
 namespace
 {
 QByteArray contentOf(const QString& path)
@@ -16,6 +21,47 @@ QByteArray contentOf(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<cannot be read>");
 }
+
+// Nothing stops the superuser, whom CI runs as: while this lives, files are opened as a user without rights would.
+class Unprivileged
+{
+public:
+    explicit Unprivileged(const QString& folder)
+    {
+        if (::geteuid() != 0) return;
+        for (const QString& path : {folder, folder + "/taken", folder + "/locked", folder + "/taken/old.nc"})
+            if (::chown(qPrintable(path), nobody, nobody) != 0) qFatal("chown");
+        if (::seteuid(nobody) != 0) qFatal("seteuid");
+    }
+    ~Unprivileged()
+    {
+        if (::geteuid() == nobody && ::seteuid(0) != 0) qFatal("seteuid");
+    }
+    Unprivileged(const Unprivileged&) = delete;
+    Unprivileged& operator=(const Unprivileged&) = delete;
+
+private:
+    static constexpr uid_t nobody = 65534;
+};
+
+// While this lives, no file can grow beyond that size.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes)
+    {
+        ::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{std::min(bytes, before_.rlim_max), before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit before_{};
+};
 } // namespace
 
 class ReceivingTest : public QObject
@@ -160,24 +206,44 @@ void ReceivingTest::failedSaveIsToldAndHarmsNothing_data()
     QTest::addColumn<QString>("path");
     QTest::newRow("folder is gone") << "gone/O1.nc";
     QTest::newRow("a folder has that name") << "taken";
+    QTest::newRow("folder is read-only") << "locked/O1.nc";
+    QTest::newRow("disk is full") << "taken/old.nc";
 }
 
 void ReceivingTest::failedSaveIsToldAndHarmsNothing()
 {
     QFETCH(QString, path);
     const QTemporaryDir folder;
-    QVERIFY(QDir(folder.path()).mkdir("taken"));
+    QVERIFY(QDir(folder.path()).mkdir("taken") && QDir(folder.path()).mkdir("locked"));
+    const QByteArray old("O0 (the program of last week)\r\n");
+    QFile file(folder.filePath("taken/old.nc"));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(old) == old.size());
+    file.close();
+    QFile(folder.filePath("locked")).setPermissions(QFileDevice::ReadOwner | QFileDevice::ExeOwner);
     TransferRig rig;
     rig.start(false);
-    rig.deliver("O1\r\n");
+    const QByteArray received = QByteArray("O1 X1\r\n").repeated(20'000);
+    rig.deliver(received);
     MessageBoxes boxes("OK");
-    rig.view->saveFile(folder.filePath(path));
+    {
+        const Unprivileged user(folder.path());
+        const FullDisk full(path == "taken/old.nc" ? 100'000 : RLIM_INFINITY);
+        rig.view->saveFile(folder.filePath(path));
+    }
     QCOMPARE(boxes.texts.size(), 1);
     const QString expected = "Could not save file Optional(file://" + folder.filePath(path) + ")\n\n";
     QVERIFY2(boxes.texts[0].startsWith(expected), qPrintable(boxes.texts[0]));
     QVERIFY(boxes.texts[0].size() > expected.size()); // says why
-    QCOMPARE(rig.editor->wholeText(), QByteArray("O1\r\n"));
-    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"taken"});
+    QCOMPARE(rig.editor->wholeText(), received);
+    QCOMPARE(contentOf(folder.filePath("taken/old.nc")), old);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), (QStringList{"locked", "taken"}));
+    // Nothing half written stays behind.
+    QCOMPARE(QDir(folder.filePath("taken")).entryList(QDir::Files | QDir::Hidden), QStringList{"old.nc"});
+
+    QVERIFY(QDir(folder.path()).mkdir("other"));
+    rig.view->saveFile(folder.filePath("other/O1.nc")); // another place is the way out
+    QCOMPARE(contentOf(folder.filePath("other/O1.nc")), received);
+    QCOMPARE(boxes.texts.size(), 1);
 }
 
 QTEST_MAIN(ReceivingTest)
