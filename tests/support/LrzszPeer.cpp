@@ -9,7 +9,9 @@
 
 LrzszPeer::LrzszPeer()
 {
-    if (::pipe2(output_.data(), O_CLOEXEC | O_NONBLOCK) != 0) qFatal("no pipe");
+    if (::pipe(output_.data()) != 0) qFatal("no pipe");
+    for (const int end : output_)
+        ::fcntl(end, F_SETFD, FD_CLOEXEC);
 }
 
 LrzszPeer::~LrzszPeer()

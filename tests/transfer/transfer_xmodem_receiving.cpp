@@ -38,6 +38,8 @@ private Q_SLOTS:
     void repeatedBlockIsTold();
     void missingBlocksAreTold_data();
     void missingBlocksAreTold();
+    void nextProgramArrivesWhole_data();
+    void nextProgramArrivesWhole();
     void newProgramForgetsWhatWasTold();
     void bytesFromTheLineReachTheView();
 };
@@ -179,6 +181,49 @@ void XModemReceivingTest::missingBlocksAreTold()
         rig.deliver(step);
     const QString status = rig.text("lblStatus");
     QVERIFY2(told.isEmpty() ? !status.contains('\n') : status.contains(told), qPrintable(status));
+}
+
+void XModemReceivingTest::nextProgramArrivesWhole_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<bool>("isClosed");
+    const std::pair<const char*, QByteArray> stages[] = {{"idle", {}},
+                                                         {"block under way", blockA.left(60)},
+                                                         {"block refused", damaged(blockA)},
+                                                         {"between blocks", blockA}};
+    for (const auto& [stage, before] : stages) {
+        QTest::addRow("%s, new program", stage) << before << false;
+        QTest::addRow("%s, view closed", stage) << before << true;
+    }
+}
+
+void XModemReceivingTest::nextProgramArrivesWhole()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(bool, isClosed);
+    TransferRig rig;
+    rig.machine->MCFLOW = 3;
+    rig.start(false);
+    rig.deliver(before);
+    rig.readAll();
+    if (isClosed) {
+        rig.view.reset();
+        rig.child->port->Close();
+        QCOMPARE(rig.machine->activity, TransferActivity::Idle);
+        rig.start(false);
+    } else {
+        rig.click("btnNew");
+    }
+    for (const auto& piece : {blockA, blockB, EOT}) {
+        rig.deliver(piece);
+        if (rig.readAll() != NAK) continue; // with the beginning of a block that was given up
+        rig.deliver(piece);
+        QCOMPARE(rig.readAll(), ACK);
+    }
+    QCOMPARE(rig.editor->wholeText(), dataA + dataB);
+    rig.view->tmrXModem_Tick();
+    rig.view->tmrXModem_Tick();
+    QCOMPARE(rig.readAll(), NAK); // asks for the next program
 }
 
 void XModemReceivingTest::newProgramForgetsWhatWasTold()

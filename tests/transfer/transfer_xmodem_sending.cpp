@@ -69,7 +69,10 @@ private Q_SLOTS:
     void cancelIsTold();
     void endGivesTheEditorBack_data();
     void endGivesTheEditorBack();
+    void nextTransferWorksAfterAnyEnd_data();
+    void nextTransferWorksAfterAnyEnd();
     void repeatWaitsForTheNextNak();
+    void stopEndsARepeat();
     void repliesAfterStopAreIgnored();
     void selectorStaysHidden();
 };
@@ -250,6 +253,73 @@ void XModemSendingTest::endGivesTheEditorBack()
     QVERIFY(!rig.editor->isReadOnly());
     QVERIFY(!rig.isShown("boxWaitForCNC"));
     QCOMPARE(rig.editor->markersAtLine(0), 0U);
+}
+
+void XModemSendingTest::nextTransferWorksAfterAnyEnd_data()
+{
+    QTest::addColumn<QList<QByteArray>>("replies");
+    QTest::addColumn<QString>("end");
+    const std::pair<const char*, QList<QByteArray>> stages[] = {{"waiting for the start", {}},
+                                                                {"first block out", {NAK}},
+                                                                {"block refused", {NAK, NAK}},
+                                                                {"last block out", {NAK, ACK, ACK}},
+                                                                {"end sent", {NAK, ACK, ACK, ACK}}};
+    for (const auto& [stage, replies] : stages)
+        for (const char* end : {"stop", "close", "cancel"})
+            QTest::addRow("%s, %s", stage, end) << replies << QString::fromLatin1(end);
+}
+
+void XModemSendingTest::nextTransferWorksAfterAnyEnd()
+{
+    QFETCH(QList<QByteArray>, replies);
+    QFETCH(QString, end);
+    const QByteArray program = QByteArray(300, 'a') + "\nM30";
+    TransferRig rig;
+    rig.machine->MCTXEOB = "LF";
+    start(rig, program);
+    for (const auto& reply : std::as_const(replies)) {
+        rig.deliver(reply);
+        rig.readAll();
+    }
+    QVERIFY(rig.view->dncRunning());
+    if (end == "stop") rig.click("btnStop");
+    if (end == "cancel") rig.deliver(QByteArray(10, CAN[0]));
+    if (end == "close") {
+        rig.view.reset();
+        rig.child->port->Close();
+        QCOMPARE(rig.machine->activity, TransferActivity::Idle);
+        QVERIFY(rig.machine->hidden);
+        rig.start();
+        rig.open("O2");
+        rig.open(program);
+    }
+    QVERIFY(!rig.view->dncRunning());
+    QCOMPARE(rig.state(), viewTX::TxState::txState_idle);
+    QVERIFY(rig.isShown("btnSend") && rig.isShown("btnRewind") && !rig.isShown("btnStop"));
+    QVERIFY(!rig.isShown("boxWaitForCNC"));
+    QCOMPARE(rig.machine->activity, TransferActivity::Idle);
+    rig.deliver(ACK + NAK); // late
+    QCOMPARE(rig.readAll(), QByteArray());
+
+    rig.click("btnSend");
+    QVERIFY(rig.isShown("boxWaitForCNC"));
+    QCOMPARE(takeAll(rig), program.leftJustified(384, ' '));
+}
+
+void XModemSendingTest::stopEndsARepeat()
+{
+    TransferRig rig;
+    rig.machine->MCREPEAT = true;
+    start(rig, "G0");
+    for (const auto& reply : {NAK, ACK, ACK}) {
+        rig.deliver(reply);
+        rig.readAll();
+    }
+    QVERIFY(rig.view->dncRunning() && rig.isShown("boxWaitForCNC"));
+    rig.click("btnStop");
+    QVERIFY(!rig.view->dncRunning() && !rig.isShown("boxWaitForCNC"));
+    rig.deliver(NAK);
+    QCOMPARE(rig.readAll(), QByteArray());
 }
 
 void XModemSendingTest::repeatWaitsForTheNextNak()
