@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What large programs and many machines cost. Prints a table; run it from a release build.
+// What large programs and many machines cost. Prints a table; run it from a release build. Arguments choose: open,
+// send, receive, settings.
 #include "config/g.h"
 #include "transfer/ProgramEditor.h"
 #include "transfer/TransferHost.h"
@@ -10,7 +11,9 @@
 #include <QElapsedTimer>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTimer>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdio>
@@ -50,6 +53,7 @@ public:
         ended_ = true;
         [[maybe_unused]] const auto written = ::write(slave_, "", 1); // wakes the reader
         reader_.join();
+        if (puncher_.joinable()) puncher_.join();
         ::close(slave_);
         ::close(master_);
     }
@@ -57,6 +61,17 @@ public:
     FastControl& operator=(const FastControl&) = delete;
 
     QString path() const { return path_; }
+    void punch(const QByteArray& bytes)
+    {
+        puncher_ = std::thread([this, bytes] {
+            for (qsizetype at = 0; at < bytes.size();) {
+                const ssize_t count =
+                    ::write(master_, bytes.constData() + at, static_cast<std::size_t>(bytes.size() - at));
+                if (count <= 0) return;
+                at += count;
+            }
+        });
+    }
 
 private:
     int master_;
@@ -64,6 +79,7 @@ private:
     QString path_;
     std::atomic<bool> ended_ = false;
     std::thread reader_;
+    std::thread puncher_;
 };
 
 QByteArray program(int lines)
@@ -153,6 +169,48 @@ void benchSending(int lines)
     g::mcChildViews.clear();
 }
 
+// A control that punches as fast as the line takes it, 115200 baud many times over; how long the window stands still.
+void benchReceiving(int lines)
+{
+    const QByteArray text = program(lines);
+    FastControl control;
+    const auto child = std::make_shared<Child>();
+    const auto mc = std::make_shared<MachineRecord>();
+    mc->MCFLOW = 0;
+    g::mcIcons = {std::make_shared<MachineRecord>(), mc};
+    g::mcChildViews = {std::make_shared<ChildView>(), child};
+    child->port->Speed = 115200;
+    child->port->Parity = 0;
+    if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
+    {
+        viewTX view;
+        view.initialize(false, 1);
+        view.resize(900, 600);
+        view.show();
+        QApplication::processEvents();
+        auto* editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
+
+        QElapsedTimer beat; // stands for the operator's clicks and keys
+        qint64 longestGap = 0;
+        QTimer heart;
+        QObject::connect(&heart, &QTimer::timeout, [&] { longestGap = std::max(longestGap, beat.restart()); });
+        QElapsedTimer timer;
+        timer.start();
+        beat.start();
+        heart.start(1);
+        control.punch(text);
+        while (editor->textSize() < text.size() && timer.elapsed() < 600'000)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        const double whole = milliseconds(timer);
+        std::printf("receive %7d lines %6.1f MB   %8.1f ms   %6.2f MB/s   longest gap %5lld ms   %s\n", lines,
+                    static_cast<double>(text.size()) / 1e6, whole, static_cast<double>(text.size()) / 1e3 / whole,
+                    static_cast<long long>(longestGap), editor->wholeText() == text ? "same bytes" : "BYTES DIFFER");
+    }
+    child->port->Close();
+    g::mcIcons.clear();
+    g::mcChildViews.clear();
+}
+
 void benchSettings(int machines)
 {
     constexpr int rounds = 20;
@@ -180,10 +238,17 @@ int main(int argc, char* argv[])
     QApplication application(argc, argv);
     const QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
-    for (const int lines : {1000, 1'000'000})
-        benchOpening(lines);
-    for (const int lines : {1000, 100'000, 1'000'000})
-        benchSending(lines);
-    benchSettings(50);
+    const QStringList wanted = QApplication::arguments().mid(1);
+    const auto isWanted = [&](const char* name) { return wanted.isEmpty() || wanted.contains(QLatin1String(name)); };
+    if (isWanted("open"))
+        for (const int lines : {1000, 1'000'000})
+            benchOpening(lines);
+    if (isWanted("send"))
+        for (const int lines : {1000, 100'000, 1'000'000})
+            benchSending(lines);
+    if (isWanted("receive"))
+        for (const int lines : {10'000, 1'000'000})
+            benchReceiving(lines);
+    if (isWanted("settings")) benchSettings(50);
     return 0;
 }
