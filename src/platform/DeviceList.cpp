@@ -3,6 +3,16 @@
 
 #include <QSerialPortInfo>
 
+QString DeviceList::description(const QString& path)
+{
+    const QSerialPortInfo port(path);
+    if (port.isNull()) return {};
+    QStringList words = {port.manufacturer(), port.description()};
+    if (!port.serialNumber().isEmpty()) words.append(QStringLiteral("no. %1").arg(port.serialNumber()));
+    words.removeAll(QString());
+    return words.join(u' ');
+}
+
 std::optional<QStringList> DeviceList::serialDevices()
 {
     QStringList paths;

@@ -85,13 +85,17 @@ std::shared_ptr<Descriptor> SerialLine::openExclusive(const QString& path)
     };
     if (::stat(name.constData(), &device) != 0) return nullptr;
     // An open that meets a close of the same device would hang in the driver for as long as that close does.
-    if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) return nullptr;
+    if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) {
+        errno = EBUSY;
+        return nullptr;
+    }
 
     const int fd = ::open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) return nullptr;
     // The lock keeps out those who lock as well, TIOCEXCL those who do not; the lock also binds the superuser.
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
         ::close(fd);
+        errno = EBUSY;
         return nullptr;
     }
     ::ioctl(fd, TIOCEXCL);
@@ -102,7 +106,10 @@ bool SerialLine::setUp(int descriptor, const Settings& settings)
 {
     termios line{};
     if (::tcgetattr(descriptor, &line) != 0) return false;
-    if (!setSpeed(line, settings.speed)) return false;
+    if (!setSpeed(line, settings.speed)) {
+        errno = EINVAL;
+        return false;
+    }
     setInput(line, settings);
     line.c_oflag = 0; // no output processing
     line.c_lflag = 0; // no canonical mode, echo or signals

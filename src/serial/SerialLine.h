@@ -17,11 +17,11 @@ struct Settings {
     bool evenParity = false;
 };
 
-/// The device, or null when it is missing or held by somebody. Waits for a short while when we ourselves are still
-/// letting go of it.
+/// The device, or null when it is missing or held by somebody; errno then says why. Waits for a short while when we
+/// ourselves are still letting go of it.
 std::shared_ptr<Descriptor> openExclusive(const QString& path);
 
-/// Sets the whole line. False when the device refuses or has no such speed.
+/// Sets the whole line. False when the device refuses or has no such speed (errno EINVAL).
 bool setUp(int descriptor, const Settings& settings);
 
 /// Changes the flow control alone. False when the device refuses.

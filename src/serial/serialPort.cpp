@@ -10,6 +10,7 @@
 
 #include <array>
 #include <bit>
+#include <cerrno>
 #include <unistd.h>
 #include <utility>
 
@@ -36,6 +37,7 @@ serialPort::~serialPort()
 int serialPort::Open(const QString& path)
 {
     auto device = SerialLine::openExclusive(path);
+    openError = device ? 0 : errno;
     letGo(); // callers close first; a device that is still held must not leak
     if (!device) return hPort = failed;
     device_ = std::move(device);
@@ -44,7 +46,10 @@ int serialPort::Open(const QString& path)
         DataBits = 8;
         Parity = 0;
     }
-    if (!SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1})) return Close();
+    if (!SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1})) {
+        openError = errno;
+        return Close();
+    }
     startRxTimer(pollInterval);
     return hPort;
 }

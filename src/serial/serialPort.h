@@ -41,6 +41,7 @@ public:
     int FlowType = 0;        ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits
     int Parity = 1;          ///< 1 even parity in software, any other value none
     bool rxOnCommNotified = false;
+    int openError = 0; ///< why the last Open failed, as an errno value
     /// Abandons a write that waits for the line; every send clears it.
     std::atomic<bool>& stopButtonPressed = *stop_;
     bool XON = true;

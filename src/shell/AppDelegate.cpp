@@ -3,20 +3,12 @@
 #include "ui_mainWindow.h"
 
 #include "config/g.h"
-#include "resources/Images.h"
-#include "shell/AboutWindow.h"
 #include "shell/frmDncMenu.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-
-namespace
-{
-constexpr int smallLogoSize = 32;
-constexpr int largeLogoSize = 128;
-} // namespace
 
 AppDelegate::AppDelegate() : ui(std::make_unique<Ui::mainWindow>())
 {
@@ -37,28 +29,6 @@ AppDelegate::~AppDelegate()
     g::mcChildViews.clear();
     g::mcIcons.clear();
     g::msgBoxParent = nullptr;
-}
-
-void AppDelegate::setUpWindow()
-{
-    ui->setupUi(&window_);
-    window_.setWindowIcon(Images::icon(QStringLiteral("logo")));
-    window_.installEventFilter(this);
-    ui->imgSmallLogo->setPixmap(Images::icon(QStringLiteral("logo")).pixmap(smallLogoSize));
-    ui->imgLogo->setPixmap(Images::icon(QStringLiteral("logo")).pixmap(largeLogoSize));
-    ui->btnAddMC->setIcon(Images::icon(QStringLiteral("add")));
-    ui->btnUp->setIcon(Images::icon(QStringLiteral("up")));
-    ui->btnDn->setIcon(Images::icon(QStringLiteral("down")));
-    ui->btnAbout->setIcon(Images::icon(QStringLiteral("about")));
-    ui->btnExpand->setIcon(Images::icon(QStringLiteral("shrink")));
-    connect(ui->btnAddMC, &QPushButton::clicked, this, &AppDelegate::btnAddMC_Click);
-    connect(ui->btnUp, &QToolButton::clicked, this, &AppDelegate::btnUp_Click);
-    connect(ui->btnDn, &QToolButton::clicked, this, &AppDelegate::btnDown_Click);
-    connect(ui->btnAbout, &QToolButton::clicked, this, &AppDelegate::showAbout);
-    connect(ui->btnExpand, &QToolButton::clicked, this,
-            [this] { menuIsExpanded ? shrinkMainMenu() : expandMainMenu(); });
-    tmrMoveIconPanelToY.setSingleShot(true);
-    connect(&tmrMoveIconPanelToY, &QTimer::timeout, this, &AppDelegate::tmrMoveIconPanelToY_Tick);
 }
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -116,6 +86,9 @@ bool AppDelegate::mayQuit()
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
+        if (watched != &window_) showScrollButtons();
+    }
     if (watched != &window_ || event->type() != QEvent::Close) return QObject::eventFilter(watched, event);
     if (!mayQuit()) {
         event->ignore();
@@ -126,30 +99,4 @@ bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
         if (auto* child = childViewAt(index)) child->end();
     QApplication::quit();
     return false;
-}
-
-void AppDelegate::shrinkMainMenu()
-{
-    if (!menuIsExpanded) return;
-    menuIsExpanded = false;
-    expandedSize_ = window_.size();
-    ui->boxChildContainer->hide();
-    window_.setMaximumWidth(ui->menuStrip->width());
-    window_.resize(ui->menuStrip->width(), window_.height());
-    ui->btnExpand->setIcon(Images::icon(QStringLiteral("expand")));
-}
-
-void AppDelegate::expandMainMenu()
-{
-    if (menuIsExpanded) return;
-    menuIsExpanded = true;
-    window_.setMaximumWidth(QWIDGETSIZE_MAX);
-    ui->boxChildContainer->show();
-    window_.resize(expandedSize_);
-    ui->btnExpand->setIcon(Images::icon(QStringLiteral("shrink")));
-}
-
-void AppDelegate::showAbout()
-{
-    AboutWindow(&window_).exec();
 }

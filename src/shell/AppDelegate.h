@@ -56,7 +56,8 @@ public:
     void childGotFocus_Event();
     void dockedChildLeaving_Event();
 
-    // --- Window ----------------------------------------------------------------------------------------------------
+    // --- Window (AppDelegate_window.cpp) ---------------------------------------------------------------------------
+    /// From the strip of machines to the whole window, and back, in steps.
     void expandMainMenu();
     void shrinkMainMenu();
 
@@ -64,9 +65,15 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void setUpWindow();
     void registerObservers();
     bool mayQuit();
+
+    void setUpWindow();
+    void placeWindow();
+    void showExpandButton();
+    void resizeTo(const QRect& geometry);
+    void tmrResize_Tick();
+    void showScrollButtons();
     void showAbout();
 
     void addIconToPanel(viewMC* icon);
@@ -74,6 +81,9 @@ private:
     double panelY() const;
     void movePanelTo(double y);
     int usableIndex(const Notification& notification) const;
+    void goToMachine(const viewMC& from, int machines);
+    void makeTabStop(const viewMC& icon);
+    static bool isDocked(qsizetype mcIndex);
     void showDockedChild();
     void showLogos();
 
@@ -83,7 +93,11 @@ private:
     QTimer tmrMoveIconPanelToY;
     double fPanelTargetY = 0; // where the panel's top goes, in pixels scrolled away
     bool menuIsExpanded = true;
+    double scnLeft = 0, scnBottom = 0; // where the whole window stood before it shrank
     QSize expandedSize_;
+    QTimer tmrResize;
+    QRect resizeFrom_, resizeTo_;
+    int resizeStep_ = 0;
 };
 
 /// The icon of that machine; null for an index outside the list.

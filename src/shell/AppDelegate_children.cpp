@@ -7,14 +7,11 @@
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
 
-namespace
+bool AppDelegate::isDocked(qsizetype mcIndex)
 {
-bool isDocked(qsizetype index)
-{
-    const auto* child = childViewAt(index);
-    return child && child->isLoaded() && g::mcIcons[index]->MCISDOCKED;
+    const auto* child = childViewAt(mcIndex);
+    return child && child->isLoaded() && g::mcIcons[mcIndex]->MCISDOCKED;
 }
-} // namespace
 
 void AppDelegate::setupButton_Clicked()
 {
@@ -61,14 +58,6 @@ void AppDelegate::hideAllDockedViews()
         if (isDocked(index)) childViewAt(index)->hide();
     ui->imgBogLogo->show();
     ui->imgSmallLogo->hide();
-}
-
-// The small logo stands over a docked view, the large one where there is none.
-void AppDelegate::showLogos()
-{
-    const bool shown = isDocked(iCurrentMcIcon);
-    ui->imgSmallLogo->setHidden(!shown);
-    ui->imgBogLogo->setHidden(shown);
 }
 
 void AppDelegate::childGotFocus_Event()

@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "shell/frmDncMenu.h"
+#include "shell/MachineButton.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
 
@@ -41,6 +42,7 @@ void AppDelegate::showAllMcIcons()
 {
     for (qsizetype index = 1; index < g::mcIcons.size(); ++index)
         addIconToPanel(mcIconAt(index));
+    if (auto* first = mcIconAt(1)) makeTabStop(*first);
 }
 
 void AppDelegate::addIconToPanel(viewMC* icon)
@@ -48,6 +50,26 @@ void AppDelegate::addIconToPanel(viewMC* icon)
     ui->iconsLayout->insertWidget(ui->iconsLayout->count() - 1, icon); // above the spacer
     icon->refresh();
     icon->show();
+    connect(icon->button(), &MachineButton::moveWanted, this,
+            [this, icon](int machines) { goToMachine(*icon, machines); });
+    connect(icon->button(), &MachineButton::gotFocus, this, [this, icon] { makeTabStop(*icon); });
+}
+
+void AppDelegate::goToMachine(const viewMC& from, int machines)
+{
+    const auto last = static_cast<int>(g::mcIcons.size()) - 1;
+    const int index = std::clamp(static_cast<int>(from.MCINDEX) + machines, 1, std::max(1, last));
+    auto* icon = mcIconAt(index);
+    if (!icon) return;
+    icon->button()->setFocus(Qt::TabFocusReason);
+    ui->scrIcons->ensureWidgetVisible(icon, 0, 0);
+}
+
+// Tab passes the panel in one stop, however many machines there are; arrow keys move within it.
+void AppDelegate::makeTabStop(const viewMC& icon)
+{
+    for (qsizetype index = 1; index < g::mcIcons.size(); ++index)
+        mcIconAt(index)->setTabStop(mcIconAt(index) == &icon);
 }
 
 void AppDelegate::btnAddMC_Click()
@@ -58,7 +80,9 @@ void AppDelegate::btnAddMC_Click()
     g::mcIcons.append(machine);
     g::mcChildViews.append(g::makeMcChildView());
     addIconToPanel(mcIconAt(machine->MCINDEX));
+    mcIconAt(machine->MCINDEX)->button()->setFocus();
     g::saveAllMcSettings();
+    showLogos();
     // The panel takes its new height when the layout has run; only then is there a bottom to move to.
     QTimer::singleShot(0, this, [this] { movePanelTo(ui->scrIcons->verticalScrollBar()->maximum()); });
 }
@@ -90,6 +114,9 @@ void AppDelegate::removeMcIcon(int index)
         --iCurrentMcIcon;
     }
     renumberMachines();
+    const auto last = g::mcIcons.size() - 1;
+    if (auto* neighbour = mcIconAt(std::min<qsizetype>(index, last)); neighbour && last > 0)
+        neighbour->button()->setFocus();
     g::saveAllMcSettings();
     showLogos();
 }
@@ -110,7 +137,7 @@ void AppDelegate::MCIcon_Click(const Notification& notification)
     makeActiveIcon(index);
     showDockedChild();
     delete modalMenu;
-    modalMenu = new frmDncMenu(g::mcIcons[index]->MCNAME, &window_);
+    modalMenu = new frmDncMenu(*g::mcIcons[index], &window_);
     modalMenu->showBeside(*mcIconAt(index));
 }
 

@@ -7,12 +7,14 @@
 #include "shell/viewChild.h"
 
 #include <QCloseEvent>
+#include <QShortcut>
 
 frmChild::frmChild(int index) : ui(std::make_unique<Ui::frmChild>())
 {
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     initialize(index);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this, &frmChild::close);
 }
 
 frmChild::~frmChild() = default;

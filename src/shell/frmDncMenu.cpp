@@ -2,19 +2,24 @@
 #include "shell/frmDncMenu.h"
 #include "ui_frmDncMenu.h"
 
+#include "config/MachineRecord.h"
 #include "platform/NotificationCenter.h"
 #include "resources/Images.h"
 
+#include <QKeyEvent>
 #include <QScreen>
 
 #include <algorithm>
+#include <map>
 
-frmDncMenu::frmDncMenu(const QString& machineName, QWidget* parent)
+frmDncMenu::frmDncMenu(const MachineRecord& machine, QWidget* parent)
     : QFrame(parent, Qt::Popup), ui(std::make_unique<Ui::frmDncMenu>())
 {
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
-    ui->lblMachine->setText(machineName);
+    ui->lblMachine->setText(machine.MCNAME);
+    ui->lblLine->setText(machine.MCPORT);
+    ui->lblLine->setForegroundRole(QPalette::PlaceholderText);
     ui->btnTX->setIcon(Images::icon(QStringLiteral("send")));
     ui->btnRX->setIcon(Images::icon(QStringLiteral("receive")));
     ui->btnSetup->setIcon(Images::icon(QStringLiteral("setup")));
@@ -37,6 +42,20 @@ void frmDncMenu::showBeside(const QWidget& machineIcon)
     move(place);
     show();
     ui->btnTX->setFocus();
+}
+
+// As in any menu: arrows move, Enter and the underlined letters choose. Escape closes it, being a popup.
+void frmDncMenu::keyPressEvent(QKeyEvent* event)
+{
+    const std::map<int, QAbstractButton*> letters = {
+        {Qt::Key_S, ui->btnTX}, {Qt::Key_R, ui->btnRX}, {Qt::Key_U, ui->btnSetup}};
+    if (const auto letter = letters.find(event->key()); letter != letters.end()) {
+        letter->second->click();
+    } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        if (auto* button = qobject_cast<QAbstractButton*>(focusWidget())) button->click();
+    } else {
+        QFrame::keyPressEvent(event);
+    }
 }
 
 void frmDncMenu::choose(const QString& notification)

@@ -9,13 +9,14 @@ namespace Ui
 {
 class frmDncMenu;
 }
+struct MachineRecord;
 
 /// The small menu beside a machine's icon: Send, Receive, Setup. It goes away as soon as the operator clicks elsewhere.
 class frmDncMenu : public QFrame
 {
     Q_OBJECT
 public:
-    frmDncMenu(const QString& machineName, QWidget* parent);
+    frmDncMenu(const MachineRecord& machine, QWidget* parent);
     ~frmDncMenu() override;
 
     /// Shows the menu to the right of the icon, kept on the screen.
@@ -25,6 +26,9 @@ public:
     void btnTX_Click();
     void btnRX_Click();
     void btnCloseMenu_Click();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void choose(const QString& notification);

@@ -6,8 +6,17 @@
 #include "platform/NotificationCenter.h"
 #include "resources/Images.h"
 #include "shell/frmChild.h"
+#include "shell/PortProblem.h"
+#include "shell/TextSize.h"
 #include "shell/viewSetup.h"
 #include "transfer/viewTX.h"
+
+#include <QKeyEvent>
+
+namespace
+{
+constexpr int warningSize = 48;
+}
 
 viewChild* childViewAt(qsizetype mcIndex)
 {
@@ -18,6 +27,9 @@ viewChild* childViewAt(qsizetype mcIndex)
 viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewChild>())
 {
     ui->setupUi(this);
+    TextSize::enlarge(*ui->lblTitle, 1.1);
+    TextSize::enlarge(*ui->txtStartupError, 1.15);
+    Images::showIn(*ui->imgStartupError, QStringLiteral("warning"), warningSize);
     ui->btnUnDock->setIcon(Images::icon(QStringLiteral("undock")));
     ui->btnClose->setIcon(Images::icon(QStringLiteral("close")));
     ui->btnSetupFailed->setIcon(Images::icon(QStringLiteral("setup")));
@@ -25,6 +37,8 @@ viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
     connect(ui->btnClose, &QToolButton::clicked, this, &viewChild::btnClose_Click);
     connect(ui->btnCancel, &QPushButton::clicked, this, &viewChild::btnCancel_Click);
     connect(ui->btnSetupFailed, &QPushButton::clicked, this, [this] {
+        mode_ = SetupMode;
+        showTitle();
         showStartupError(false);
         loadSetup();
     });
@@ -49,6 +63,7 @@ void viewChild::configurePort()
 void viewChild::startMode(int mode, int mcIndex)
 {
     isLoaded_ = true;
+    mode_ = mode;
     machineChanged(mcIndex);
     configurePort();
     const bool isOpen = sp->Open(g::mcIcons[mcIndex]->MCPORT) >= 0;
@@ -60,13 +75,16 @@ void viewChild::startMode(int mode, int mcIndex)
 
 void viewChild::showStartupError(bool shown)
 {
-    if (shown)
+    if (shown) {
+        const QString port = g::mcIcons[iMcIndex]->MCPORT;
         ui->txtStartupError->setText(
-            QStringLiteral("The DNC process is configured to use port %1 but the port could not be opened")
-                .arg(g::mcIcons[iMcIndex]->MCPORT));
+            QStringLiteral("The DNC process is configured to use port %1 but the port could not be opened").arg(port));
+        ui->lblLikelyCause->setText(PortProblem::likelyCause(port, sp->openError));
+    }
     ui->boxStartupError->setHidden(!shown);
     ui->rootView->setHidden(shown);
     ui->boxControls->setHidden(shown || frm);
+    ui->lineControls->setHidden(shown || frm);
     if (shown) ui->btnSetupFailed->setFocus();
 }
 
@@ -90,15 +108,35 @@ void viewChild::loadTransfer(bool send)
 void viewChild::machineChanged(int mcIndex)
 {
     iMcIndex = mcIndex;
-    ui->lblTitle->setText(g::mcIcons[mcIndex]->MCNAME);
+    showTitle();
     if (frm) frm->initialize(mcIndex);
     if (vtx && !vtx->dncRunning()) vtx->machineChanged();
+}
+
+void viewChild::showTitle()
+{
+    static const QStringList modes = {QStringLiteral("Setup"), QStringLiteral("Send"), QStringLiteral("Receive")};
+    ui->lblTitle->setText(QStringLiteral("%1 \u2013 %2").arg(g::mcIcons[iMcIndex]->MCNAME, modes.value(mode_)));
+}
+
+void viewChild::keyPressEvent(QKeyEvent* event)
+{
+    const bool failed = !ui->boxStartupError->isHidden();
+    if (failed && event->key() == Qt::Key_Escape) {
+        btnCancel_Click();
+    } else if (failed && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+        // Outside a dialog no button is pressed by Enter, unless we do it.
+        (ui->btnCancel->hasFocus() ? ui->btnCancel : ui->btnSetupFailed)->click();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
 }
 
 void viewChild::btnUnDock_Click()
 {
     frm = new frmChild(iMcIndex);
     ui->boxControls->hide(); // the window has its own frame and title
+    ui->lineControls->hide();
     frm->resize(size().expandedTo(frm->minimumSizeHint()));
     frm->takeIn(this);
     frm->show();

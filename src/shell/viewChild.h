@@ -48,10 +48,14 @@ public:
     void end();
     bool isLoaded() const { return isLoaded_; }
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void loadSetup();
     void loadTransfer(bool send);
     void configurePort();
+    void showTitle();
     void showStartupError(bool shown);
 
     std::unique_ptr<Ui::viewChild> ui;
@@ -59,6 +63,7 @@ private:
     viewTX* vtx = nullptr;
     viewSetup* vSet = nullptr;
     bool isLoaded_ = false; // between startMode and end
+    int mode_ = SetupMode;
 };
 
 /// The child view of that machine; null for an index outside the list.

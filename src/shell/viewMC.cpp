@@ -4,26 +4,50 @@
 
 #include "platform/NotificationCenter.h"
 #include "resources/Images.h"
+#include "shell/MachineButton.h"
 
-#include <QEvent>
+#include <QEnterEvent>
 
 #include <algorithm>
 
 namespace
 {
 constexpr int barSteps = 1000; // the bar itself counts in int, a program may be longer
+constexpr int machineSize = 40, stateSize = 14;
+
+QString stateImage(TransferActivity activity)
+{
+    switch (activity) {
+    case TransferActivity::Waiting:
+        return QStringLiteral("state-waiting");
+    case TransferActivity::Sending:
+        return QStringLiteral("state-sending");
+    case TransferActivity::Receiving:
+        return QStringLiteral("state-receiving");
+    case TransferActivity::PortLost:
+        return QStringLiteral("state-lost");
+    default:
+        return QStringLiteral("state-idle");
+    }
 }
+} // namespace
 
 viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewMC>())
 {
     ui->setupUi(this);
-    ui->btnDeleteIcon->setIcon(Images::icon(QStringLiteral("delete")));
+    ui->boxFace->setAttribute(Qt::WA_TransparentForMouseEvents); // clicks are for the button under it
+    auto sizePolicy = ui->pBar->sizePolicy();
+    sizePolicy.setRetainSizeWhenHidden(true); // icons keep their height when a transfer begins
+    ui->pBar->setSizePolicy(sizePolicy);
     ui->pBar->setRange(0, barSteps);
-    connect(ui->btnMC, &QToolButton::clicked, this, &viewMC::btnMC_Click);
+    ui->lblPort->setForegroundRole(QPalette::PlaceholderText);
+    ui->btnDeleteIcon->installEventFilter(this);
+    ui->btnMC->installEventFilter(this);
+    connect(ui->btnMC, &MachineButton::clicked, this, &viewMC::btnMC_Click);
+    connect(ui->btnMC, &MachineButton::deleteWanted, this, &viewMC::btnDeleteIcon_click);
     connect(ui->btnDeleteIcon, &QToolButton::clicked, this, &viewMC::btnDeleteIcon_click);
     setPBarHidden(true);
     isActive(false);
-    showState();
 }
 
 viewMC::~viewMC() = default;
@@ -31,10 +55,8 @@ viewMC::~viewMC() = default;
 void viewMC::isActive(bool active)
 {
     _isActive = active;
-    ui->Box->setStyleSheet(active
-                               ? QStringLiteral("QFrame#Box { border: 2px solid palette(highlight); "
-                                                "border-radius: 6px; background: palette(base); }")
-                               : QStringLiteral("QFrame#Box { border: 1px solid palette(mid); border-radius: 6px; }"));
+    ui->btnMC->setActive(active);
+    showDeleteButton();
     showState();
 }
 
@@ -43,13 +65,23 @@ void viewMC::refresh()
     QString port = MCPORT;
     if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
     if (port.isEmpty()) port = QStringLiteral("no port");
-    const QFontMetrics metrics = ui->btnMC->fontMetrics();
-    const int room = std::max(40, ui->btnMC->width() - ui->btnMC->iconSize().width() - 16);
-    ui->btnMC->setText(metrics.elidedText(MCNAME, Qt::ElideRight, room) + u'\n' +
-                       metrics.elidedText(port, Qt::ElideMiddle, room));
-    ui->btnMC->setToolTip(QStringLiteral("%1 on %2").arg(MCNAME, MCPORT));
+    ui->lblName->setText(MCNAME);
+    ui->lblPort->setText(port);
+    ui->btnMC->setToolTip(QStringLiteral("%1 on %2\nEnter opens its menu, Del deletes it").arg(MCNAME, port));
     ui->btnMC->setAccessibleName(QStringLiteral("%1 on %2").arg(MCNAME, port));
     ui->btnDeleteIcon->setAccessibleName(QStringLiteral("Delete %1").arg(MCNAME));
+}
+
+MachineButton* viewMC::button() const
+{
+    return ui->btnMC;
+}
+
+void viewMC::setTabStop(bool stops)
+{
+    const auto policy = stops ? Qt::StrongFocus : Qt::ClickFocus;
+    ui->btnMC->setFocusPolicy(policy);
+    ui->btnDeleteIcon->setFocusPolicy(policy);
 }
 
 void viewMC::btnMC_Click()
@@ -116,20 +148,45 @@ void viewMC::showState()
         text = QStringLiteral("Port lost");
         break;
     }
-    ui->lblState->setText(text);
-    if (ui->btnMC->property("image") == image) return; // painting an SVG anew for every line would cost
-    ui->btnMC->setProperty("image", image);
-    ui->btnMC->setIcon(Images::icon(image));
+    if (ui->lblState->text() != text) {
+        ui->lblState->setText(text);
+        ui->btnMC->setAccessibleDescription(text);
+    }
+    showImages(image, stateImage(activity_));
 }
 
-void viewMC::resizeEvent(QResizeEvent* event)
+void viewMC::showImages(const QString& machine, const QString& state)
 {
-    QWidget::resizeEvent(event);
-    refresh();
+    // Only what changed: this runs for every line of a transfer.
+    if (machineImage_ != machine) Images::showIn(*ui->imgMC, machine, machineSize);
+    if (stateImage_ != state) Images::showIn(*ui->imgState, state, stateSize);
+    machineImage_ = machine;
+    stateImage_ = state;
 }
 
-void viewMC::changeEvent(QEvent* event)
+// Out of the way until the operator is at this machine, by pointer or keyboard.
+void viewMC::showDeleteButton()
 {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange) refresh();
+    const bool shown = _isActive || underMouse() || ui->btnDeleteIcon->hasFocus() || ui->btnMC->hasFocus();
+    ui->btnDeleteIcon->setIcon(shown ? Images::icon(QStringLiteral("delete")) : QIcon());
+}
+
+void viewMC::enterEvent(QEnterEvent* event)
+{
+    QWidget::enterEvent(event);
+    showDeleteButton();
+}
+
+void viewMC::leaveEvent(QEvent* event)
+{
+    QWidget::leaveEvent(event);
+    showDeleteButton();
+}
+
+bool viewMC::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool done = QWidget::eventFilter(watched, event);
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        QMetaObject::invokeMethod(this, &viewMC::showDeleteButton, Qt::QueuedConnection); // when the focus has moved
+    return done;
 }

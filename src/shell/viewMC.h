@@ -8,6 +8,7 @@
 
 #include <memory>
 
+class MachineButton;
 namespace Ui
 {
 class viewMC;
@@ -26,6 +27,10 @@ public:
 
     /// Shows the record's name and port.
     void refresh();
+    /// What the icon is clicked on: keys and focus of the machine are there.
+    MachineButton* button() const;
+    /// Whether the Tab key stops at this icon; in the panel one does, and arrow keys go on from there.
+    void setTabStop(bool stops);
 
     void btnMC_Click();
     void btnDeleteIcon_click();
@@ -37,14 +42,18 @@ public:
     void showActivity(TransferActivity activity) override;
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
-    void changeEvent(QEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void showState();
+    void showImages(const QString& machine, const QString& state);
+    void showDeleteButton();
 
     std::unique_ptr<Ui::viewMC> ui;
     double maximum_ = 0;
     double value_ = 0;
     TransferActivity activity_ = TransferActivity::Idle;
+    QString machineImage_, stateImage_;
 };

@@ -38,6 +38,7 @@ viewSetup::viewSetup(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
         if (box->isEditable()) box->setCompleter(nullptr);
     connect(ui->btnTXBrowse, &QPushButton::clicked, this, &viewSetup::btnTXBrowse);
     connect(ui->btnSave, &QPushButton::clicked, this, &viewSetup::btnSave_Click);
+    watchFields();
 }
 
 viewSetup::~viewSetup() = default;
@@ -48,6 +49,9 @@ void viewSetup::initialize(int mcIndex)
     populateModeCombo();
     populatePortsCombo();
     selectCurrentValues();
+    storedValues_ = shownValues();
+    showPort();
+    showLive();
 }
 
 void viewSetup::populateModeCombo()
@@ -136,6 +140,7 @@ void viewSetup::btnSave_Click()
     mc->MCREMOPFX.clear();
     mc->MCSAVEPFX = false;
     g::saveAllMcSettings();
+    storedValues_ = shownValues();
     ui->lblSaved->setText(QStringLiteral("Saved"));
     nc->post(QStringLiteral("setupSaveButton_Click"), nullptr, {{QStringLiteral("MC"), mc->MCINDEX}});
 }

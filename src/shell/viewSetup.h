@@ -5,6 +5,7 @@
 #include "platform/NotificationCenter.h"
 #include "serial/serialPort.h"
 
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
@@ -31,9 +32,23 @@ public:
     void btnTXBrowse();
     void btnSave_Click();
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    // --- As the operator types (viewSetup_live.cpp) ------------------------------------------------------------------
+    void watchFields();
+    void refreshPorts();
+    void showLive();
+    void showLine();
+    void showPort();
+    void showFraming();
+    QStringList shownValues() const;
+
     NotificationCenter* nc = &NotificationCenter::defaultCenter();
     std::shared_ptr<MachineRecord> mc;
     serialPort sp; // asked for the devices present, never opened
     std::unique_ptr<Ui::viewSetup> ui;
+    QStringList storedValues_; // what the fields showed when they agreed with the record
 };

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QLabel>
+
+/// One line of text that is shortened where it has no room; the whole text is then in its tool tip. text() is always
+/// whole, for screen readers too.
+class ElidedLabel : public QLabel
+{
+    Q_OBJECT
+    Q_PROPERTY(Qt::TextElideMode elideMode MEMBER elideMode_)
+public:
+    using QLabel::QLabel;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    QString shownText() const;
+
+    Qt::TextElideMode elideMode_ = Qt::ElideRight;
+};
