@@ -2,6 +2,7 @@
 #include "platform/Preferences.h"
 #include "platform/SingleInstance.h"
 #include "shell/AppDelegate.h"
+#include "shell/ClearStyle.h"
 
 #include <QApplication>
 
@@ -16,6 +17,7 @@ int main(int argc, char* argv[])
     if (!instance.claim()) return 0; // the running program has been asked to come to the front
     Preferences::dropLeftoverLock();
 
+    QApplication::setStyle(new ClearStyle);
     AppDelegate delegate;
     QObject::connect(&instance, &SingleInstance::activationRequested, &delegate,
                      [&delegate] { delegate.applicationShouldHandleReopen(); });

@@ -22,6 +22,7 @@ LONG_NAMES = [
     Control("Doppelspindel-Drehmaschine mit Gegenspindel", "", "",
             {"MCPORT": "/dev/serial/by-id/usb-Prolific_Technology_USB-Serial_Controller-if00-port0"}),
 ]
+SLOWLY = ["--rate", "1500"]  # bytes a second: there is time to look while a program is being sent
 MANY = [Control(f"Machine {n}", "", "", {"MCPORT": f"/dev/ttyS{n}"}) for n in range(1, 31)]
 
 # A dark desktop, and one with large text, as the desktop's own settings file tells Qt.
@@ -29,10 +30,17 @@ FONT = "DejaVu Sans,{size},-1,5,50,0,0,0,0,0"
 SETTINGS = "[General]\nfont={font}\nmenuFont={font}\ntoolBarFont={font}\n\n[KDE]\nwidgetStyle=Fusion\n"
 DARK_TEXT = "ForegroundNormal=239,240,241\nForegroundInactive=161,169,177\nForegroundLink=29,153,243\n" \
             "ForegroundVisited=155,89,182\n"
-DARK = "".join(f"\n[Colors:{part}]\nBackgroundNormal={normal}\nBackgroundAlternate={other}\n{DARK_TEXT}"
-               for part, normal, other in [("Button", "49,54,59", "77,77,77"), ("Selection", "61,120,190", "30,87,116"),
-                                           ("Tooltip", "49,54,59", "77,77,77"), ("View", "35,38,41", "49,54,59"),
-                                           ("Window", "42,46,50", "49,54,59")])
+LIGHT_TEXT = "ForegroundNormal=35,38,41\nForegroundInactive=112,125,138\nForegroundLink=41,128,185\n" \
+             "ForegroundVisited=155,89,182\n"
+GROUNDS = {"Button": ("252,252,252", "49,54,59"), "Selection": ("48,120,200", "61,120,190"),
+           "Tooltip": ("247,247,247", "49,54,59"), "View": ("255,255,255", "35,38,41"),
+           "Window": ("239,240,241", "42,46,50")}
+
+
+def colours(dark):
+    text = DARK_TEXT if dark else LIGHT_TEXT
+    return "".join(f"\n[Colors:{part}]\nBackgroundNormal={pair[dark]}\nBackgroundAlternate={pair[dark]}\n" +
+                   (DARK_TEXT if part == "Selection" else text) for part, pair in GROUNDS.items())
 
 
 @dataclass
@@ -48,7 +56,7 @@ class Desk:
 
     def environment(self, profile):
         (profile / "kdeglobals").write_text(SETTINGS.format(font=FONT.format(size=self.text)) +
-                                            (DARK if self.dark else ""))
+                                            colours(self.dark))
         return os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5",
                              "QT_SCALE_FACTOR": str(self.scale)}
 
@@ -192,7 +200,8 @@ def photograph(desk, build, output):
         for scene in desk.scenes:
             folder = scratch / f"{scene}-controls"
             folder.mkdir()
-            simulators = [Simulator(build / "simulator" / "cncsim", control, folder) for control in CONTROLS]
+            cncsim = build / "simulator" / "cncsim"
+            simulators = [Simulator(cncsim, control, folder, *SLOWLY) for control in CONTROLS]
             with program_at(desk, scene, build, scratch, simulators, log) as program:
                 photographer = Photographer(GalleryWindow(program, desk.scale), desk, output)
                 try:

@@ -3,7 +3,7 @@
 #include "ui_AboutWindow.h"
 
 #include "resources/Images.h"
-#include "shell/TextSize.h"
+#include "shell/TextLook.h"
 
 #include <Qsci/qsciglobal.h>
 
@@ -16,15 +16,15 @@ AboutWindow::AboutWindow(QWidget* parent) : QDialog(parent), ui(std::make_unique
 {
     ui->setupUi(this);
     Images::showIn(*ui->imgLogo, QStringLiteral("logo"), logoSize);
-    TextSize::enlarge(*ui->lblVersion, 1.5);
+    TextLook::enlarge(*ui->lblVersion, 1.5);
     ui->lblVersion->setText(QStringLiteral("Varnock %1").arg(QStringLiteral(VARNOCK_VERSION)));
     ui->lblAbout->setText(QStringLiteral("Sends NC programs to CNC controls and takes them in, over RS-232."));
     ui->lblLicence->setText(QStringLiteral("Free software under the GNU General Public License, version 3 or later. "
                                            "It comes without any warranty."));
     ui->lblLibraries->setText(QStringLiteral("Qt %1, QScintilla %2")
                                   .arg(QString::fromLatin1(qVersion()), QStringLiteral(QSCINTILLA_VERSION_STR)));
-    ui->lblLibraries->setForegroundRole(QPalette::PlaceholderText);
-    ui->lblLicence->setForegroundRole(QPalette::PlaceholderText);
+    TextLook::dim(*ui->lblLibraries);
+    TextLook::dim(*ui->lblLicence);
     connect(ui->buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 

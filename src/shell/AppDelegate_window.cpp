@@ -5,8 +5,9 @@
 #include "config/g.h"
 #include "resources/Images.h"
 #include "shell/AboutWindow.h"
-#include "shell/TextSize.h"
+#include "shell/TextLook.h"
 
+#include <QApplication>
 #include <QCursor>
 #include <QScreen>
 #include <QScrollBar>
@@ -17,7 +18,7 @@ namespace
 {
 constexpr int smallLogoSize = 28;
 constexpr int largeLogoSize = 160;
-constexpr int stripCharacters = 26; // of average width, beside an icon's picture
+constexpr int stripCharacters = 20; // of average width, beside an icon's picture
 constexpr int frameAllowance = 48;  // pixels of the screen that a window's frame may need
 constexpr int resizeSteps = 8;
 constexpr int resizeTick = 15; // ms
@@ -53,14 +54,14 @@ QRect between(const QRect& from, const QRect& to, int step)
 void AppDelegate::setUpWindow()
 {
     ui->setupUi(&window_);
-    window_.setWindowIcon(Images::applicationIcon());
+    QApplication::setWindowIcon(Images::applicationIcon());
     window_.installEventFilter(this);
     ui->scrIcons->installEventFilter(this);
     ui->pnlIcons->installEventFilter(this);
     Images::showIn(*ui->imgSmallLogo, QStringLiteral("logo-small"), smallLogoSize);
     Images::showIn(*ui->imgLogo, QStringLiteral("logo"), largeLogoSize);
-    TextSize::enlarge(*ui->lblApp, 1.25);
-    TextSize::enlarge(*ui->lblWelcome, 1.5);
+    TextLook::enlarge(*ui->lblApp, 1.25);
+    TextLook::enlarge(*ui->lblWelcome, 1.5);
     const int textWidth = ui->menuStrip->fontMetrics().averageCharWidth() * stripCharacters;
     ui->menuStrip->setFixedWidth(std::max(ui->menuStrip->sizeHint().width(), textWidth + 90));
     ui->btnAddMC->setIcon(Images::icon(QStringLiteral("add")));
@@ -85,8 +86,10 @@ void AppDelegate::setUpWindow()
 void AppDelegate::placeWindow()
 {
     const QRect area = screenArea(window_);
-    window_.resize(fullSize(area));
-    window_.move(area.center() - window_.rect().center());
+    const QSize size = fullSize(area);
+    window_.resize(size);
+    window_.move(area.left() + (area.width() - size.width()) / 2,
+                 area.top() + (area.height() - frameAllowance - size.height()) / 2);
 }
 
 void AppDelegate::showExpandButton()

@@ -5,6 +5,7 @@
 #include "config/MachineRecord.h"
 #include "platform/NotificationCenter.h"
 #include "resources/Images.h"
+#include "shell/TextLook.h"
 
 #include <QKeyEvent>
 #include <QScreen>
@@ -19,7 +20,7 @@ frmDncMenu::frmDncMenu(const MachineRecord& machine, QWidget* parent)
     setAttribute(Qt::WA_DeleteOnClose);
     ui->lblMachine->setText(machine.MCNAME);
     ui->lblLine->setText(machine.MCPORT);
-    ui->lblLine->setForegroundRole(QPalette::PlaceholderText);
+    TextLook::dim(*ui->lblLine);
     ui->btnTX->setIcon(Images::icon(QStringLiteral("send")));
     ui->btnRX->setIcon(Images::icon(QStringLiteral("receive")));
     ui->btnSetup->setIcon(Images::icon(QStringLiteral("setup")));

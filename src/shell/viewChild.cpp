@@ -7,16 +7,20 @@
 #include "resources/Images.h"
 #include "shell/frmChild.h"
 #include "shell/PortProblem.h"
-#include "shell/TextSize.h"
+#include "shell/TextLook.h"
 #include "shell/viewSetup.h"
 #include "transfer/viewTX.h"
 
 #include <QKeyEvent>
+#include <QScreen>
+
+#include <algorithm>
 
 namespace
 {
 constexpr int warningSize = 48;
-}
+constexpr QPoint undockedOffset(40, 40);
+} // namespace
 
 viewChild* childViewAt(qsizetype mcIndex)
 {
@@ -27,8 +31,8 @@ viewChild* childViewAt(qsizetype mcIndex)
 viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewChild>())
 {
     ui->setupUi(this);
-    TextSize::enlarge(*ui->lblTitle, 1.1);
-    TextSize::enlarge(*ui->txtStartupError, 1.15);
+    TextLook::enlarge(*ui->lblTitle, 1.1);
+    TextLook::enlarge(*ui->txtStartupError, 1.15);
     Images::showIn(*ui->imgStartupError, QStringLiteral("warning"), warningSize);
     ui->btnUnDock->setIcon(Images::icon(QStringLiteral("undock")));
     ui->btnClose->setIcon(Images::icon(QStringLiteral("close")));
@@ -94,6 +98,7 @@ void viewChild::loadSetup()
     ui->rootLayout->addWidget(vSet);
     vSet->initialize(iMcIndex);
     vSet->show();
+    vSet->setFocus();
 }
 
 void viewChild::loadTransfer(bool send)
@@ -138,6 +143,11 @@ void viewChild::btnUnDock_Click()
     ui->boxControls->hide(); // the window has its own frame and title
     ui->lineControls->hide();
     frm->resize(size().expandedTo(frm->minimumSizeHint()));
+    // A little to the side, so that it is seen to have come loose.
+    const QRect area = screen()->availableGeometry();
+    const QPoint place = mapToGlobal(undockedOffset);
+    frm->move(std::max(area.left(), std::min(place.x(), area.right() - frm->width())),
+              std::max(area.top(), std::min(place.y(), area.bottom() - frm->height() - undockedOffset.y())));
     frm->takeIn(this);
     frm->show();
     g::mcIcons[iMcIndex]->MCISDOCKED = false;

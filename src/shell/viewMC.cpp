@@ -5,6 +5,7 @@
 #include "platform/NotificationCenter.h"
 #include "resources/Images.h"
 #include "shell/MachineButton.h"
+#include "shell/TextLook.h"
 
 #include <QEnterEvent>
 
@@ -40,7 +41,7 @@ viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewM
     sizePolicy.setRetainSizeWhenHidden(true); // icons keep their height when a transfer begins
     ui->pBar->setSizePolicy(sizePolicy);
     ui->pBar->setRange(0, barSteps);
-    ui->lblPort->setForegroundRole(QPalette::PlaceholderText);
+    TextLook::dim(*ui->lblPort);
     ui->btnDeleteIcon->installEventFilter(this);
     ui->btnMC->installEventFilter(this);
     connect(ui->btnMC, &MachineButton::clicked, this, &viewMC::btnMC_Click);

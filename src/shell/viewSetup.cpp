@@ -38,6 +38,7 @@ viewSetup::viewSetup(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
         if (box->isEditable()) box->setCompleter(nullptr);
     connect(ui->btnTXBrowse, &QPushButton::clicked, this, &viewSetup::btnTXBrowse);
     connect(ui->btnSave, &QPushButton::clicked, this, &viewSetup::btnSave_Click);
+    setFocusProxy(ui->txtMCName);
     watchFields();
 }
 
@@ -74,6 +75,7 @@ void viewSetup::selectCurrentValues()
     showValue(*ui->cboMode, mc->MCMODE);
     showValue(*ui->cboPorts, mc->MCPORT);
     ui->txtTXDataFolder->setText(mc->MCOUTDIR);
+    ui->txtTXDataFolder->setCursorPosition(0);
     ui->cboFlow->setCurrentIndex(static_cast<int>(mc->MCFLOW));
     ui->chkWaitXOn->setChecked(mc->MCWAIT);
     ui->chkAutoRepeat->setChecked(mc->MCREPEAT);

@@ -7,6 +7,7 @@
 #include "config/g.h"
 #include "platform/DeviceList.h"
 #include "shell/LineSummary.h"
+#include "shell/TextLook.h"
 #include "transfer/Framing.h"
 
 #include <QEvent>
@@ -51,7 +52,7 @@ void viewSetup::watchFields()
     connect(ui->cboPorts, &PortBox::currentTextChanged, this, &viewSetup::showPort);
     for (auto* hint :
          {ui->lblPortHint, ui->lblFlowHint, ui->lblEOBBytes, ui->lblSOTBytes, ui->lblEOTBytes, ui->lblKept})
-        hint->setForegroundRole(QPalette::PlaceholderText);
+        TextLook::dim(*hint);
     QFont bold = ui->lblSummary->font();
     bold.setBold(true);
     ui->lblSummary->setFont(bold);

@@ -76,7 +76,8 @@ void Operator::answerFileDialog(const QString& path)
     if (path.isEmpty()) {
         QTest::keyClick(dialog, Qt::Key_Escape);
     } else {
-        name->setText(path); // typed keys would race with the dialog's completion, which reads folders in the background
+        name->setText(
+            path); // typed keys would race with the dialog's completion, which reads folders in the background
         QTest::keyClick(name, Qt::Key_Return);
     }
     QTRY_VERIFY(!QApplication::activeModalWidget());
