@@ -27,9 +27,10 @@ QString stateImage(TransferActivity activity)
         return QStringLiteral("state-receiving");
     case TransferActivity::PortLost:
         return QStringLiteral("state-lost");
-    default:
-        return QStringLiteral("state-idle");
+    case TransferActivity::Idle:
+        break;
     }
+    return QStringLiteral("state-idle");
 }
 } // namespace
 
@@ -136,6 +137,7 @@ void viewMC::showState()
         break;
     case TransferActivity::Waiting:
         text = QStringLiteral("Waiting");
+        image = QStringLiteral("machine-waiting");
         break;
     case TransferActivity::Sending:
         text = QStringLiteral("Sending %1 %").arg(ui->pBar->value() * 100 / barSteps);
@@ -147,6 +149,7 @@ void viewMC::showState()
         break;
     case TransferActivity::PortLost:
         text = QStringLiteral("Port lost");
+        image = QStringLiteral("machine-lost");
         break;
     }
     if (ui->lblState->text() != text) {

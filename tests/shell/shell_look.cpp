@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Images.h"
-#include "shell/ElidedLabel.h"
+#include "shell/ShortLabel.h"
 #include "shell/MachineButton.h"
 #include "shell/TextLook.h"
 #include "shell/viewMC.h"
@@ -137,7 +137,7 @@ void LookTest::deleteButtonShowsWhereTheOperatorIs()
 void LookTest::shortenedNameStaysWholeForScreenReaders()
 {
     const QString name = QStringLiteral("Doppelspindel-Drehmaschine mit Gegenspindel");
-    ElidedLabel label;
+    ShortLabel label;
     label.setText(name);
     label.resize(80, 20);
     QVERIFY(label.minimumSizeHint().width() < 80);

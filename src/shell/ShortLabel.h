@@ -5,7 +5,7 @@
 
 /// One line of text that is shortened where it has no room; the whole text is then in its tool tip. text() is always
 /// whole, for screen readers too.
-class ElidedLabel : public QLabel
+class ShortLabel : public QLabel
 {
     Q_OBJECT
     Q_PROPERTY(Qt::TextElideMode elideMode MEMBER elideMode_)

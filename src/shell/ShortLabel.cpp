@@ -1,29 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/ElidedLabel.h"
+#include "shell/ShortLabel.h"
 
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
 #include <QToolTip>
 
-QSize ElidedLabel::minimumSizeHint() const
+QSize ShortLabel::minimumSizeHint() const
 {
     return {fontMetrics().averageCharWidth() * 4, QLabel::minimumSizeHint().height()};
 }
 
-QString ElidedLabel::shownText() const
+QString ShortLabel::shownText() const
 {
     return fontMetrics().elidedText(text(), elideMode_, contentsRect().width());
 }
 
-void ElidedLabel::paintEvent(QPaintEvent*)
+void ShortLabel::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     style()->drawItemText(&painter, contentsRect(), static_cast<int>(alignment()), palette(), isEnabled(), shownText(),
                           foregroundRole());
 }
 
-bool ElidedLabel::event(QEvent* event)
+bool ShortLabel::event(QEvent* event)
 {
     if (event->type() != QEvent::ToolTip || shownText() == text()) return QLabel::event(event);
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text(), this);
