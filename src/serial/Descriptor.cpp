@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <map>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -45,13 +46,22 @@ Descriptor::WriteResult Descriptor::write(const char* bytes, std::size_t count, 
         taken += static_cast<std::size_t>(written);
         return WriteResult::Wrote;
     }
-    return written == 0 || errno == EAGAIN || errno == EINTR ? WriteResult::TryAgain : WriteResult::Failed;
+    if (written == 0 || errno == EAGAIN || errno == EINTR) return WriteResult::TryAgain;
+    lost_ = lost_ || errno == EIO || errno == ENXIO || errno == ENODEV;
+    return WriteResult::Failed;
 }
 
 bool Descriptor::isShut() const
 {
     const std::lock_guard lock(mutex_);
     return shut_;
+}
+
+bool Descriptor::isLost() const
+{
+    const std::lock_guard lock(mutex_);
+    pollfd device{fd_, 0, 0};
+    return lost_ || (::poll(&device, 1, 0) == 1 && (device.revents & (POLLHUP | POLLERR)) != 0);
 }
 
 void Descriptor::shut(Pending pending)

@@ -21,6 +21,8 @@ public:
     WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
 
     bool isShut() const;
+    /// The device is gone: the driver has hung up, or said so when it was written to.
+    bool isLost() const;
 
     /// What becomes of the driver's pending output.
     enum class Pending { Send, Discard };
@@ -35,4 +37,5 @@ private:
     const int fd_;
     const dev_t device_;
     bool shut_ = false;
+    bool lost_ = false; // a write met it
 };

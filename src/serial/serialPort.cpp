@@ -42,6 +42,7 @@ int serialPort::Open(const QString& path)
     if (!device) return hPort = failed;
     device_ = std::move(device);
     hPort = device_->get();
+    lostTold_ = false;
     if (FlowType == 3) {
         DataBits = 8;
         Parity = 0;
@@ -92,6 +93,10 @@ void serialPort::writeFinished(const std::shared_ptr<WriteTask>& task)
 {
     // Reported after a stop: it stays among the writes that the stop cut off, or was given up with them.
     if (stopButtonPressed || std::erase(writes_, task) == 0) return;
+    // A write to a device that is gone counts as complete. Its owner hears first why.
+    const std::weak_ptr<void> alive = alive_;
+    tellIfLost();
+    if (alive.expired()) return;
     nc->post(QStringLiteral("TxOnComm"), this);
 }
 
@@ -140,6 +145,13 @@ std::uint8_t serialPort::SetParityBit(std::uint8_t byte)
     return static_cast<std::uint8_t>(byte + 0x80);
 }
 
+void serialPort::tellIfLost()
+{
+    if (lostTold_ || !device_ || !device_->isLost()) return;
+    lostTold_ = true;
+    Q_EMIT lost();
+}
+
 void serialPort::startRxTimer(double interval)
 {
     tmrRxTimer.start(static_cast<int>(interval * 1000));
@@ -151,7 +163,8 @@ void serialPort::tmrRx_Tick()
     const bool wasEmpty = bytesRxBuffer.isEmpty();
     std::array<char, readSize> buffer{};
     const ssize_t count = ::read(hPort, buffer.data(), buffer.size());
-    if (count < 1) return;
+    // No bytes or an error: nothing to report of either, but an adapter that was unplugged reads like that for good.
+    if (count < 1) return tellIfLost();
     if (SerialLine::readerStripsParity(Parity == 1)) {
         for (char& byte : buffer)
             byte = static_cast<char>(byte & 0x7F);

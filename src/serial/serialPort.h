@@ -87,13 +87,20 @@ public:
     /// are.
     int findSerialDevices(QStringList& paths) const;
 
+Q_SIGNALS:
+    /// The open device is gone (the adapter was unplugged). Once for each Open; the port stays as it is until Close.
+    /// Until it is closed the system can't give the device's name to the adapter when it comes back.
+    void lost();
+
 private:
     void letGo();
+    void tellIfLost();
     QByteArray abandonWrites();
     void writeFinished(const std::shared_ptr<WriteTask>& task);
 
     QTimer nextRead_; // without waiting for the next poll
     std::shared_ptr<Descriptor> device_;
+    bool lostTold_ = false;
     std::vector<std::shared_ptr<WriteTask>> writes_;               // without "TxOnComm" so far, in the order of sending
     const std::shared_ptr<void> alive_ = std::make_shared<char>(); // gone when the port is gone
 };

@@ -143,6 +143,10 @@ void viewMC::showState()
         text = QStringLiteral("Sending %1 %").arg(ui->pBar->value() * 100 / barSteps);
         image = QStringLiteral("machine-transferring");
         break;
+    case TransferActivity::Held:
+        text = QStringLiteral("Held at %1 %").arg(ui->pBar->value() * 100 / barSteps);
+        image = QStringLiteral("machine-held");
+        break;
     case TransferActivity::Receiving:
         text = QStringLiteral("Receiving");
         image = QStringLiteral("machine-transferring");

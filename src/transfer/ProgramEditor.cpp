@@ -91,6 +91,11 @@ ProgramEditor::Line ProgramEditor::lineAt(qsizetype position) const
     return {start, start + ask(SCI_LINELENGTH, number)};
 }
 
+qsizetype ProgramEditor::lineNumber(qsizetype position) const
+{
+    return ask(SCI_LINEFROMPOSITION, position) + 1;
+}
+
 QString ProgramEditor::lineText(Line line) const
 {
     if (line.end <= line.start) return {};

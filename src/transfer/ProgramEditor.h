@@ -23,6 +23,8 @@ public:
     qsizetype textSize() const;
     qsizetype caret() const;
     Line lineAt(qsizetype position) const;
+    /// Number of the line that holds the position, the first being 1.
+    qsizetype lineNumber(qsizetype position) const;
     QString lineText(Line line) const;
     QByteArray wholeText() const;
 

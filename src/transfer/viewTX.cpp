@@ -7,6 +7,7 @@
 #include "resources/Images.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferHost.h"
+#include "transfer/TransferWords.h"
 
 namespace
 {
@@ -39,20 +40,6 @@ QString lineFormat(const MachineRecord& mc)
         return QStringLiteral("n,8,");
     }
 }
-
-QString flowName(qint64 flow)
-{
-    switch (flow) {
-    case 1:
-        return QStringLiteral("XON/XOFF");
-    case 2:
-        return QStringLiteral("RTS/CTS");
-    case 3:
-        return QStringLiteral("XModem");
-    default:
-        return QStringLiteral("No flow control");
-    }
-}
 } // namespace
 
 viewTX::viewTX(QWidget* parent)
@@ -73,9 +60,17 @@ viewTX::viewTX(QWidget* parent)
     connect(&tmrXModemTimer, &QTimer::timeout, this, &viewTX::tmrXModem_Tick);
     // A line that was stopped half-way is continued only where the operator left it.
     connect(ui->rt1, &ProgramEditor::operatorTouched, this, [this] {
-        if (!dncRunning()) resume_.reset();
+        if (dncRunning()) return;
+        resume_.reset();
+        readyAgain();
     });
-    connect(ui->rt1, &QsciScintilla::textChanged, this, [this] { resume_.reset(); });
+    connect(ui->rt1, &QsciScintilla::textChanged, this, [this] {
+        resume_.reset();
+        refreshStatusLater();
+    });
+    connect(ui->cbo1, &QComboBox::activated, this, &viewTX::readyAgain);
+    connect(&tmrStatus_, &QTimer::timeout, this, &viewTX::refreshStatus);
+    clock_.start();
     ui->boxPBOuter->installEventFilter(this);
     viewDidLoad();
 }
@@ -103,7 +98,9 @@ void viewTX::initialize(bool send, int mcIndex)
     setEOB();
     setSOT();
     setEOT();
-    icon().showActivity(send ? TransferActivity::Idle : TransferActivity::Receiving);
+    status_.enter(send ? TransferState::Ready : TransferState::Listening);
+    shownState_.reset(); // another machine's icon
+    refreshStatus();
 
     tmrXModemTimer.stop();
     if (!isXModem()) return;
@@ -122,11 +119,14 @@ void viewTX::machineChanged()
     setEOB();
     setSOT();
     setEOT();
+    refreshStatus();
 }
 
 void viewTX::observePort()
 {
     nc->removeObserver(this);
+    disconnect(lostConnection_);
+    lostConnection_ = connect(sp.get(), &serialPort::lost, this, &viewTX::portVanished);
     // A sending view listens too: the control's start signal and XModem replies drive it.
     nc->addObserver(this, rxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
     if (booModeTX) nc->addObserver(this, txOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
@@ -139,13 +139,7 @@ QString viewTX::machineSummary() const
     if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
     const QString line =
         port + u',' + QString::number(mc->MCBAUD) + u',' + lineFormat(*mc) + QString::number(mc->MCSBITS);
-    return line + QStringLiteral("\r\n") + flowName(mc->MCFLOW);
-}
-
-void viewTX::showMachine()
-{
-    const QString summary = mc->MCNAME + QStringLiteral("\r\n") + machineSummary();
-    ui->lblMcParas->setText(QString(summary).replace(QLatin1String("\r\n"), QStringLiteral("  \u00B7  ")));
+    return line + QStringLiteral("\r\n") + TransferWords::flow(mc->MCFLOW);
 }
 
 MachineProgress& viewTX::icon() const

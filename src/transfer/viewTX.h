@@ -4,6 +4,7 @@
 #include "config/MachineRecord.h"
 #include "platform/NotificationCenter.h"
 #include "serial/serialPort.h"
+#include "transfer/TransferStatus.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -22,7 +23,8 @@ class viewTX;
 /// The transfer view of one machine: sends the program in its editor to the control, or takes in what the control
 /// sends. Lives in a child view, which owns the port. Main thread only.
 ///
-/// The class is spread over viewTX.cpp (controller), _sending, _xmodem, _receiving and _editor.
+/// The class is spread over viewTX.cpp (controller), _sending, _xmodem, _receiving, _editor and
+/// _status.
 class viewTX : public QWidget
 {
     Q_OBJECT
@@ -139,6 +141,7 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     // Where a stopped transfer goes on, as long as the operator leaves caret and text alone.
@@ -159,7 +162,6 @@ private:
     bool isXModem() const;
     void continueSend();
     void endedByItself();
-    void portLost();
     void applyLock();
     void showPercent(double percent);
     void showWaitBox(const QString& text, bool canSendNow);
@@ -173,11 +175,27 @@ private:
     void finishBlock();
     void forgetSender();
     void noticeNumber();
-    void showCancelled();
+    void noteCancelled();
     void sendPlainNak();
 
     void appendReceived(const QByteArray& bytes);
-    void showReceived();
+
+    qint64 now() const;
+    qsizetype programLines() const;
+    TransferClock::Send plainSend(qsizetype from) const;
+    void beginClock();
+    void beginXModemClock();
+    void send(const QByteArray& bytes);
+    void readyAgain();
+    QString noticeFor(TransferState state) const;
+    TransferFacts facts(TransferState state) const;
+    void refreshStatus();
+    void refreshStatusLater();
+    void showProgramName();
+    void setUpFonts();
+    void portVanished();
+    void portLost();
+    bool portIsBack();
 
     std::unique_ptr<Ui::viewTX> ui;
     bool booModeTX = true;
@@ -201,4 +219,14 @@ private:
     int xmodemLastNumber_ = -1;
     QString repeatNotice_;
     QString missingNotice_;
+
+    // What the operator is told.
+    TransferStatus status_;
+    std::optional<TransferState> shownState_;
+    QElapsedTimer clock_;
+    QTimer tmrStatus_;
+    qsizetype firstLine_ = 1;
+    QString lostNotice_;
+    QString cancelNotice_;
+    QMetaObject::Connection lostConnection_;
 };

@@ -45,7 +45,9 @@ void viewTX::viewDidLoad()
     setTextLocked(false);
     ui->lblWaitForMC->setText(waitForStart().replace(u'\r', u'\n'));
     ui->boxWaitForCNC->hide();
-    ui->lblStatus->hide();
+    ui->imgWait->setPixmap(Images::icon(QStringLiteral("state-waiting")).pixmap(32));
+    setUpFonts();
+    showProgramName();
 }
 
 void viewTX::btnNew_Click()
@@ -57,7 +59,8 @@ void viewTX::btnNew_Click()
     xmodemBlocks_ = xmodemRepeats_ = 0;
     repeatNotice_.clear(); // they speak of what stood in the editor
     missingNotice_.clear();
-    showReceived();
+    showProgramName();
+    readyAgain();
 }
 
 void viewTX::btnFolder_Click()
@@ -93,7 +96,8 @@ void viewTX::openFile(const QString& path)
     ui->txtPath->setText(path);
     btnRewind_Click();
     setTextLocked(true);
-    showReceived();
+    showProgramName();
+    refreshStatus();
 }
 
 void viewTX::btnLock_Click()

@@ -7,7 +7,6 @@
 #include "transfer/LineEnds.h"
 
 #include <QFileDialog>
-#include <QLocale>
 #include <QSaveFile>
 #include <QUrl>
 
@@ -35,20 +34,8 @@ void viewTX::RxOnComm()
 void viewTX::appendReceived(const QByteArray& bytes)
 {
     ui->rt1->appendReceived(bytes);
-    showReceived();
-}
-
-void viewTX::showReceived()
-{
-    if (booModeTX) return;
-    const QLocale locale;
-    QString status =
-        QStringLiteral("%1 bytes, %2 lines")
-            .arg(locale.toString(static_cast<qlonglong>(ui->rt1->textSize())), locale.toString(ui->rt1->lines()));
-    for (const auto& notice : {missingNotice_, repeatNotice_})
-        if (!notice.isEmpty()) status += u'\n' + notice;
-    ui->lblStatus->setText(status);
-    ui->lblStatus->show();
+    status_.received(now());
+    refreshStatusLater();
 }
 
 void viewTX::btnSave_Click()

@@ -31,6 +31,7 @@ void viewTX::btnSend_Click()
                   QStringLiteral("OK"), {});
         return;
     }
+    if (!portIsBack()) return portLost();
     txEOF = false;
     txState.State = TxState::txState_idle;
     setDncRunning(true);
@@ -48,7 +49,9 @@ void viewTX::btnSend_Click()
         if (!sp->setFlow(0)) return portLost();
         booWaitingForStartSignal = true;
         showWaitBox(waitForStart(), true);
-        icon().showActivity(TransferActivity::Waiting);
+        if (!resume_) status_.clock = {};
+        status_.enter(TransferState::WaitingForStart);
+        refreshStatus();
         return;
     }
     beginSend();
@@ -71,14 +74,17 @@ void viewTX::beginSend()
     if (isXModem()) return startXModem();
     if (mc->MCFLOW == 1 && !sp->setFlow(1)) return portLost();
     booWaitingForStartSignal = false;
-    icon().showActivity(TransferActivity::Sending);
     setComboHidden(true);
+    const bool isRest = selectedStart() != fromTheTop && resume_;
+    isRest ? status_.clock.resume(now()) : beginClock();
+    status_.enter(TransferState::Sending);
+    refreshStatus();
     if (selectedStart() != fromTheTop) return continueSend();
 
     const auto type = Framing::controlType(mc->MCMODE);
     if (type == ControlType::Okuma) doneOkumaNulls = false;
     txState.State = TxState::txState_sending_header;
-    sp->sendBytes(Framing::header(type, SOT, EOB));
+    send(Framing::header(type, SOT, EOB));
 }
 
 void viewTX::continueSend()
@@ -117,7 +123,7 @@ void viewTX::sendLine()
         }
     }
     // Also when nothing is left to send: the completion leads on to the trailer.
-    sp->sendBytes(g::getBytes(out));
+    send(g::getBytes(out));
     movePBars();
     ui->rt1->markLineOut(line);
     if (txEOF) showPercent(100);
@@ -125,13 +131,14 @@ void viewTX::sendLine()
 
 void viewTX::sendTrailer()
 {
-    sp->sendBytes(Framing::trailer(Framing::controlType(mc->MCMODE), EOT, EOB));
+    send(Framing::trailer(Framing::controlType(mc->MCMODE), EOT, EOB));
 }
 
 void viewTX::TxOnComm()
 {
     if (!dncRunning() || booWaitingForStartSignal) return;        // reported late, after a stop
     if (txState.State == TxState::txState_sending_xmodem) return; // the control's replies drive XModem
+    status_.clock.completed(now(), nextLine_);
     if (!txEOF) return sendLine();
     if (txState.State == TxState::txState_sending_body) {
         txState.State = TxState::txState_sending_trailer;
@@ -147,6 +154,9 @@ void viewTX::endedByItself()
     txState.State = TxState::txState_idle;
     btnStop_Click();
     ui->cbo1->setCurrentIndex(fromTheTop);
+    status_.clock.stop(now());
+    status_.enter(TransferState::Sent);
+    refreshStatus();
     if (mc->MCREPEAT) btnSend_Click();
 }
 
@@ -154,6 +164,10 @@ void viewTX::btnStop_Click()
 {
     const bool ownsCaret = dncRunning() && !isXModem();
     if (ownsCaret && underWay()) resume_ = ResumePoint{txState.State, txEOF, nextLine_};
+    if (dncRunning()) {
+        status_.clock.stop(now());
+        status_.enter(TransferState::Stopped);
+    }
     ui->boxWaitForCNC->hide();
     setDncRunning(false);
     if (!isXModem()) {
@@ -165,7 +179,7 @@ void viewTX::btnStop_Click()
     sp->stopButtonPressed = true;
     if (ownsCaret) ui->rt1->moveCaretTo(nextLine_); // clicks during wait and transfer may have taken it elsewhere
     ui->rt1->clearLineOut();
-    icon().showActivity(booModeTX ? TransferActivity::Idle : TransferActivity::Receiving);
+    refreshStatus();
 }
 
 void viewTX::btnRewind_Click()
@@ -179,13 +193,5 @@ void viewTX::btnRewind_Click()
     setPBarsHidden(true);
     if (!isXModem()) setComboHidden(false);
     ui->cbo1->setCurrentIndex(fromTheTop);
-}
-
-void viewTX::portLost()
-{
-    btnStop_Click();
-    icon().showActivity(TransferActivity::PortLost);
-    g::msgBox(QStringLiteral("The port %1 of %2 no longer answers\r\rCheck the adapter and choose Send again")
-                  .arg(mc->MCPORT, mc->MCNAME),
-              QStringLiteral("OK"), {});
+    readyAgain();
 }

@@ -55,21 +55,26 @@ void viewTX::startXModem()
     movePBars();
     txState.State = TxState::txState_sending_xmodem;
     showWaitBox(QStringLiteral("Waiting for XModem start command from CNC"), false);
-    icon().showActivity(TransferActivity::Waiting);
+    status_.clock = {};
+    status_.enter(TransferState::WaitingForXModem);
+    refreshStatus();
 }
 
 void viewTX::sendXModemPacket(bool next)
 {
     if (booSentXModemEOT) {
         if (mc->MCREPEAT && txState.State == TxState::txState_sending_xmodem) return startXModem();
-        return btnStop_Click();
+        const bool wasCancelled = status_.entered() == TransferState::Cancelled;
+        btnStop_Click();
+        status_.enter(wasCancelled ? TransferState::Cancelled : TransferState::Sent);
+        return refreshStatus();
     }
     if (!next && booSentXModemBOF) { // refused: the same block, number and data
-        sp->sendBytes(bPacket);
+        send(bPacket);
         return;
     }
     if (booSentXModemEOF) {
-        sp->sendBytes(QByteArray(1, static_cast<char>(iEOT)));
+        send(QByteArray(1, static_cast<char>(iEOT)));
         booSentXModemEOT = true;
         return;
     }
@@ -81,11 +86,15 @@ void viewTX::sendNextBlock()
 {
     const QByteArray part = bBuffer.mid(xmodemSent_, XModemBlock::dataSize);
     bPacket = XModemBlock::build(iXModemPacketNo, part);
-    sp->sendBytes(bPacket);
+    if (status_.entered() == TransferState::WaitingForXModem) beginXModemClock();
+    send(bPacket);
     iXModemPacketNo = XModemBlock::nextNumber(iXModemPacketNo);
     xmodemSent_ += part.size();
     followBlocks();
-    icon().showActivity(TransferActivity::Sending);
+    if (status_.entered() != TransferState::Sending) {
+        status_.enter(TransferState::Sending);
+        refreshStatus();
+    }
     if (xmodemSent_ < bBuffer.size()) return;
     booSentXModemEOF = true;
     showPercent(100);
@@ -106,13 +115,11 @@ void viewTX::followBlocks()
 }
 
 // The buttons alone look as after a whole transfer.
-void viewTX::showCancelled()
+void viewTX::noteCancelled()
 {
-    const qsizetype total = (bBuffer.size() + XModemBlock::dataSize - 1) / XModemBlock::dataSize;
-    const qsizetype sent = (xmodemSent_ + XModemBlock::dataSize - 1) / XModemBlock::dataSize;
-    ui->lblStatus->setText(
-        QStringLiteral("The control cancelled the transfer: %1 of %2 blocks sent").arg(sent).arg(total));
-    ui->lblStatus->show();
+    status_.enter(TransferState::Cancelled);
+    const auto blocks = [](qsizetype bytes) { return (bytes + XModemBlock::dataSize - 1) / XModemBlock::dataSize; };
+    cancelNotice_ = QStringLiteral("%1 of %2 blocks sent").arg(blocks(xmodemSent_)).arg(blocks(bBuffer.size()));
 }
 
 void viewTX::actOnXModemReplies(const QByteArray& bytes)
@@ -120,14 +127,16 @@ void viewTX::actOnXModemReplies(const QByteArray& bytes)
     for (const char reply : bytes) {
         switch (reply) {
         case iACK:
+            status_.clock.completed(now(), xmodemSent_);
             sendXModemPacket(true);
             break;
         case CAN:
-            if (txState.State == TxState::txState_sending_xmodem) showCancelled(); // several come
+            if (txState.State == TxState::txState_sending_xmodem) noteCancelled(); // several come
             booSentXModemEOT = true;
             sendXModemPacket(true);
             break;
         case iNAK:
+            status_.clock.completed(now(), xmodemSent_);
             ui->boxWaitForCNC->hide();
             sendXModemPacket(false);
             break;
@@ -186,6 +195,8 @@ void viewTX::gatherXModem(const QByteArray& bytes)
         if (!booGotXModemSOH && byte == iEOT) {
             sp->sendByte(iACK);
             setDncRunning(false);
+            status_.enter(TransferState::Received);
+            refreshStatus();
             forgetSender();
         } else if (!booGotXModemSOH && byte == iSOH) {
             booGotXModemSOH = true;
@@ -207,7 +218,7 @@ void viewTX::gatherXModem(const QByteArray& bytes)
     forgetSender();
     missingNotice_ =
         QStringLiteral("The control cancelled after block %1: the program is not whole").arg(xmodemBlocks_);
-    showReceived();
+    refreshStatus();
 }
 
 // What comes next is another program.
@@ -254,5 +265,5 @@ void viewTX::noticeNumber()
         ++xmodemBlocks_;
     }
     xmodemLastNumber_ = number;
-    showReceived();
+    refreshStatus();
 }

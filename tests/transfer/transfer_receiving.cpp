@@ -92,7 +92,7 @@ void ReceivingTest::punchedProgramAppearsAsItArrives()
         program += "N" + QByteArray::number(line) + " G1 X1.5\r\n";
     rig.pty.write(program);
     QTRY_COMPARE(rig.editor->wholeText(), program);
-    QVERIFY(rig.text("lblStatus").contains("501 lines"));
+    QTRY_VERIFY(rig.text("lblStatus").contains("501 lines"));
     QCOMPARE(rig.editor->caret(), program.size()); // the view went along
     QCOMPARE(rig.readAll(), QByteArray());
 }

@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/TransferStatus.h"
+
+#include "transfer/TransferWords.h"
+
+#include <algorithm>
+#include <iterator>
+
+using TransferWords::number;
+
+namespace
+{
+// At the slowest speeds a tick of the port brings a byte or two; beyond this nothing is arriving.
+constexpr qint64 quietTime = 2000; // ms
+constexpr qint64 xmodem = 3;
+const QString dot = QStringLiteral("  \u00B7  ");
+
+struct Look {
+    TransferState state;
+    TransferActivity activity;
+    const char* image;
+    const char* headline; // none where it says more
+};
+constexpr Look looks[] = {
+    {TransferState::Ready, TransferActivity::Idle, "state-ready", nullptr},
+    {TransferState::WaitingForStart, TransferActivity::Waiting, "state-waiting", "Waiting for the start signal"},
+    {TransferState::WaitingForXModem, TransferActivity::Waiting, "state-waiting",
+     "Waiting for the control's first request"},
+    {TransferState::Sending, TransferActivity::Sending, "send", "Sending"},
+    {TransferState::Held, TransferActivity::Held, "state-held", nullptr},
+    {TransferState::Stopped, TransferActivity::Idle, "stop", nullptr},
+    {TransferState::Sent, TransferActivity::Idle, "state-done", nullptr},
+    {TransferState::Cancelled, TransferActivity::Idle, "stop", nullptr},
+    {TransferState::Listening, TransferActivity::Receiving, "state-waiting", "Waiting for bytes"},
+    {TransferState::Receiving, TransferActivity::Receiving, "receive", "Receiving"},
+    {TransferState::Received, TransferActivity::Receiving, "state-done", nullptr},
+    {TransferState::PortLost, TransferActivity::PortLost, "state-lost", "Port lost"},
+};
+
+const Look& lookOf(TransferState state)
+{
+    return *std::find_if(std::begin(looks), std::end(looks), [state](const Look& l) { return l.state == state; });
+}
+
+QString programSize(const TransferFacts& facts)
+{
+    return TransferWords::count(facts.lines, "line") + QStringLiteral(", ") + TransferWords::count(facts.bytes, "byte");
+}
+} // namespace
+
+void TransferStatus::received(qint64 now)
+{
+    entered_ = TransferState::Receiving;
+    lastByteAt_ = now;
+}
+
+void TransferStatus::forgetReceived()
+{
+    lastByteAt_.reset();
+    if (entered_ == TransferState::Received) entered_ = TransferState::Listening;
+}
+
+TransferState TransferStatus::state(qint64 now) const
+{
+    if (entered_ == TransferState::Sending && clock.isHeld(now)) return TransferState::Held;
+    if (entered_ == TransferState::Receiving && (!lastByteAt_ || now - *lastByteAt_ >= quietTime))
+        return TransferState::Listening;
+    return entered_;
+}
+
+QString TransferStatus::headline(qint64 now, const TransferFacts& facts) const
+{
+    const auto current = state(now);
+    if (const char* text = lookOf(current).headline) return QString::fromLatin1(text);
+    switch (current) {
+    case TransferState::Held:
+        if (facts.flow == xmodem) return QStringLiteral("Waiting for the control's answer");
+        // Without flow control it can't be the control that holds the line.
+        return facts.flow == 0 ? QStringLiteral("Held: the line takes no bytes")
+                               : QStringLiteral("Held by the control");
+    case TransferState::Stopped:
+        return QStringLiteral("Stopped at line %1, Send %2")
+            .arg(number(facts.line), facts.flow == xmodem ? QStringLiteral("starts again from the top")
+                                                          : QStringLiteral("continues there"));
+    case TransferState::Sent:
+        return QStringLiteral("Sent: %1, %2 in %3")
+            .arg(TransferWords::count(facts.lines, "line"), TransferWords::count(clock.bytesSent(), "byte"),
+                 TransferWords::clockTime(clock.elapsed(now)));
+    case TransferState::Cancelled:
+        return QStringLiteral("Cancelled by the control at line %1").arg(number(facts.line));
+    case TransferState::Received:
+        return QStringLiteral("Received: %1").arg(programSize(facts));
+    default:
+        return facts.bytes > 0 ? QStringLiteral("Ready to send") : QStringLiteral("No program yet");
+    }
+}
+
+QString TransferStatus::details(qint64 now, const TransferFacts& facts)
+{
+    QString text;
+    switch (state(now)) {
+    case TransferState::Ready:
+        if (facts.bytes == 0) return QStringLiteral("Open a program file or type one, then choose Send.");
+        [[fallthrough]];
+    case TransferState::WaitingForStart:
+    case TransferState::WaitingForXModem:
+        text = programSize(facts);
+        if (!facts.isFromTop) text += dot + QStringLiteral("from line %1").arg(number(facts.line));
+        if (facts.lineTime > 0)
+            text +=
+                dot +
+                QStringLiteral("%1 at %2 baud").arg(TransferWords::about(facts.lineTime), QString::number(facts.baud));
+        break;
+    case TransferState::Sending:
+    case TransferState::Held:
+        text = sendingDetails(now, facts);
+        break;
+    case TransferState::Stopped:
+    case TransferState::Cancelled:
+        text = QStringLiteral("%1 sent in %2")
+                   .arg(TransferWords::count(clock.bytesSent(), "byte"), TransferWords::clockTime(clock.elapsed(now)));
+        break;
+    case TransferState::Sent:
+        text = QStringLiteral("Send starts it again from the top.");
+        break;
+    case TransferState::PortLost:
+        text = QStringLiteral("The port no longer answers. Check the adapter, then choose Send or Receive again.");
+        break;
+    default:
+        text = receivingDetails(now, facts);
+    }
+    return facts.notice.isEmpty() ? text : text + u'\n' + facts.notice;
+}
+
+QString TransferStatus::sendingDetails(qint64 now, const TransferFacts& facts)
+{
+    QString text = QStringLiteral("Line %1 of %2").arg(number(facts.line), number(facts.lines)) + dot +
+                   TransferWords::count(clock.bytesSent(), "byte") + dot +
+                   TransferWords::clockTime(clock.elapsed(now)) + QStringLiteral(" elapsed");
+    const auto left = clock.remaining(now);
+    if (clock.isHeld(now))
+        text += dot + (facts.flow == xmodem ? QStringLiteral("waiting for %1") : QStringLiteral("held for %1"))
+                          .arg(TransferWords::clockTime(clock.waitingFor(now)));
+    else if (left)
+        text += dot + TransferWords::about(static_cast<double>(*left)) + QStringLiteral(" left");
+    return text;
+}
+
+QString TransferStatus::receivingDetails(qint64 now, const TransferFacts& facts) const
+{
+    if (facts.bytes == 0 && !lastByteAt_) return QStringLiteral("Start the output at the control.");
+    QString blocks;
+    if (facts.flow == xmodem) {
+        blocks = TransferWords::count(facts.blocks, "block");
+        if (facts.repeats > 0) blocks += QStringLiteral(", %1 repeated").arg(number(facts.repeats));
+    }
+    if (state(now) == TransferState::Received) return blocks; // the headline has the rest
+    QString text = programSize(facts);
+    if (!blocks.isEmpty()) text += dot + blocks;
+    if (state(now) == TransferState::Listening && lastByteAt_)
+        text += dot + QStringLiteral("last byte %1 ago").arg(TransferWords::ago(now - *lastByteAt_));
+    return text;
+}
+
+TransferActivity TransferStatus::activity(TransferState state)
+{
+    return lookOf(state).activity;
+}
+
+QString TransferStatus::image(TransferState state)
+{
+    return QString::fromLatin1(lookOf(state).image);
+}
+
+bool TransferStatus::isLive(TransferState state)
+{
+    return state == TransferState::Sending || state == TransferState::Held || state == TransferState::Listening ||
+           state == TransferState::Receiving;
+}

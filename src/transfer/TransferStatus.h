@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "transfer/MachineProgress.h"
+#include "transfer/TransferClock.h"
+
+#include <QString>
+
+#include <optional>
+
+/// Where a transfer stands, as the operator is told.
+enum class TransferState {
+    Ready,
+    WaitingForStart,
+    WaitingForXModem,
+    Sending,
+    Held,
+    Stopped,
+    Sent,
+    Cancelled,
+    Listening, ///< receiving, but nothing arrives
+    Receiving,
+    Received,
+    PortLost
+};
+
+/// What is true of the program and the line when the status is told.
+struct TransferFacts {
+    qint64 line = 0; ///< the line going out, or where a send would start; the first is 1
+    qint64 lines = 0;
+    qint64 bytes = 0; ///< of the program's text
+    bool isFromTop = true;
+    qint64 flow = 0; ///< as in the machine record
+    unsigned long baud = 0;
+    double lineTime = 0; ///< ms that the line takes for what a send would send
+    int blocks = 0;      ///< received with XModem
+    int repeats = 0;
+    QString notice; ///< stands below the rest
+};
+
+/// Names the state of a transfer and puts it into words. No window; times are ms of one monotonic clock.
+class TransferStatus
+{
+public:
+    TransferClock clock;
+
+    /// The transfer has come to this state. Held and Listening are found out by themselves, from Sending and Receiving.
+    void enter(TransferState state) { entered_ = state; }
+    TransferState entered() const { return entered_; }
+    /// Bytes have arrived.
+    void received(qint64 now);
+    /// What was received is not in the editor any more.
+    void forgetReceived();
+
+    TransferState state(qint64 now) const;
+    /// The state in a few words.
+    QString headline(qint64 now, const TransferFacts& facts) const;
+    /// How far, how much, how long. May be two lines.
+    QString details(qint64 now, const TransferFacts& facts);
+
+    static TransferActivity activity(TransferState state);
+    /// The image that shows the state; each differs in shape, not in colour alone.
+    static QString image(TransferState state);
+    /// It changes with time alone.
+    static bool isLive(TransferState state);
+
+private:
+    QString sendingDetails(qint64 now, const TransferFacts& facts);
+    QString receivingDetails(qint64 now, const TransferFacts& facts) const;
+
+    TransferState entered_ = TransferState::Ready;
+    std::optional<qint64> lastByteAt_;
+};
