@@ -37,6 +37,10 @@ viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
     ui->btnUnDock->setIcon(Images::icon(QStringLiteral("undock")));
     ui->btnClose->setIcon(Images::icon(QStringLiteral("close")));
     ui->btnSetupFailed->setIcon(Images::icon(QStringLiteral("setup")));
+    // A transfer view sees to a lost port itself. In setup too the system needs it closed to give the name out again.
+    connect(sp.get(), &serialPort::lost, this, [this] {
+        if (!vtx) sp->Close();
+    });
     connect(ui->btnUnDock, &QToolButton::clicked, this, &viewChild::btnUnDock_Click);
     connect(ui->btnClose, &QToolButton::clicked, this, &viewChild::btnClose_Click);
     connect(ui->btnCancel, &QPushButton::clicked, this, &viewChild::btnCancel_Click);

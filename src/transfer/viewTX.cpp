@@ -13,7 +13,6 @@ namespace
 {
 const QString txOnComm = QStringLiteral("TxOnComm");
 const QString rxOnComm = QStringLiteral("RxOnComm");
-constexpr int imageSize = 40;
 
 // Stands in for the icon of a record that no icon carries.
 class NoIcon : public MachineProgress
@@ -92,15 +91,13 @@ void viewTX::initialize(bool send, int mcIndex)
 
     showMachine();
     ui->txtTXorRX->setText(send ? QStringLiteral("Send to CNC") : QStringLiteral("Receive"));
-    ui->imgCell->setPixmap(Images::icon(send ? QStringLiteral("send") : QStringLiteral("receive")).pixmap(imageSize));
     ui->boxTxButtons->setHidden(!send); // a receive view cannot send
     observePort();
     setEOB();
     setSOT();
     setEOT();
     status_.enter(send ? TransferState::Ready : TransferState::Listening);
-    shownState_.reset(); // another machine's icon
-    refreshStatus();
+    showPictures();
 
     tmrXModemTimer.stop();
     if (!isXModem()) return;

@@ -193,6 +193,7 @@ private:
     void refreshStatusLater();
     void showProgramName();
     void setUpFonts();
+    void showPictures();
     void portVanished();
     void portLost();
     bool portIsBack();

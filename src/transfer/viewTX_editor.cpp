@@ -38,6 +38,7 @@ void viewTX::viewDidLoad()
     ui->btnSend->setIcon(Images::icon(QStringLiteral("send")));
     ui->btnStop->setIcon(Images::icon(QStringLiteral("stop")));
     ui->btnRewind->setIcon(Images::icon(QStringLiteral("rewind")));
+    ui->btnHideWaitBox->setIcon(Images::icon(QStringLiteral("close")));
     ui->btnSendNow->setIcon(Images::icon(QStringLiteral("sendnow")));
     ui->cbo1->setCurrentIndex(0);
     setDncRunning(false);
@@ -45,7 +46,6 @@ void viewTX::viewDidLoad()
     setTextLocked(false);
     ui->lblWaitForMC->setText(waitForStart().replace(u'\r', u'\n'));
     ui->boxWaitForCNC->hide();
-    ui->imgWait->setPixmap(Images::icon(QStringLiteral("state-waiting")).pixmap(32));
     setUpFonts();
     showProgramName();
 }

@@ -16,8 +16,7 @@
 namespace
 {
 constexpr int refreshInterval = 250; // ms
-constexpr int stateImageSize = 32;
-constexpr int onLostLine = 1; // item of cbo1: from the caret
+constexpr int onLostLine = 1;        // item of cbo1: from the caret
 } // namespace
 
 qint64 viewTX::now() const
@@ -111,7 +110,7 @@ void viewTX::refreshStatus()
     if (shownState_ != state) {
         shownState_ = state;
         const auto image = Images::icon(TransferStatus::image(state));
-        ui->imgTransferState->setPixmap(image.pixmap(QSize(stateImageSize, stateImageSize), devicePixelRatioF()));
+        ui->imgTransferState->setPixmap(image.pixmap(ui->imgTransferState->minimumSize(), devicePixelRatioF()));
         icon().showActivity(TransferStatus::activity(state));
     }
     if (!TransferStatus::isLive(state))
@@ -147,10 +146,23 @@ void viewTX::setUpFonts()
     ui->lblProgram->setFont(scaled(1));
 }
 
+// Pixmaps are painted in the theme's colours once; buttons paint their icons themselves.
+void viewTX::showPictures()
+{
+    const auto show = [this](QLabel* label, const QString& name) {
+        label->setPixmap(Images::icon(name).pixmap(label->minimumSize(), devicePixelRatioF()));
+    };
+    show(ui->imgCell, booModeTX ? QStringLiteral("send") : QStringLiteral("receive"));
+    show(ui->imgWait, QStringLiteral("state-waiting"));
+    shownState_.reset();
+    refreshStatus();
+}
+
 void viewTX::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange) setUpFonts();
+    if (event->type() == QEvent::PaletteChange) showPictures();
 }
 
 void viewTX::showProgramName()
