@@ -16,7 +16,7 @@
 namespace
 {
 constexpr int refreshInterval = 250; // ms
-constexpr int onLostLine = 1;        // item of cbo1: from the caret
+constexpr int fromTheCaret = 1;      // item of cbo1
 } // namespace
 
 qint64 viewTX::now() const
@@ -187,7 +187,7 @@ void viewTX::portVanished()
             // How much of this line reached the control nobody knows, so its rest is not sent on its own.
             nextLine_ = iIndexCurrentLine;
             ui->rt1->moveCaretTo(nextLine_);
-            ui->cbo1->setCurrentIndex(onLostLine);
+            ui->cbo1->setCurrentIndex(fromTheCaret);
             lostNotice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
                               .arg(TransferWords::number(ui->rt1->lineNumber(nextLine_)));
         }
