@@ -11,11 +11,16 @@ if(VARNOCK_SANITIZE)
     target_link_options(varnock_options INTERFACE -fsanitize=${VARNOCK_SANITIZE})
 endif()
 
-# A layer of the program: varnock_layer(name SOURCES ... LINKS ...). LINKS is all that the layer may include from.
+# A layer of the program: varnock_layer(name SOURCES ... LINKS ...). LINKS is all that the layer may include from: each
+# layer's folder is seen through a link of its own, not through src/, where every include would be found.
 function(varnock_layer name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
-    target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+    set(root ${PROJECT_BINARY_DIR}/layers/${name}/src)
+    cmake_path(GET CMAKE_CURRENT_SOURCE_DIR FILENAME folder)
+    file(MAKE_DIRECTORY ${root})
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${folder} SYMBOLIC)
+    target_include_directories(${name} PUBLIC ${root})
     target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE varnock_options)
 endfunction()
 
