@@ -36,7 +36,7 @@ void Preferences::dropLeftoverLock()
 
 QString Preferences::folder()
 {
-    const QString path = QFileInfo(open().fileName()).absolutePath();
+    QString path = QFileInfo(open().fileName()).absolutePath();
     QDir().mkpath(path);
     return path;
 }
