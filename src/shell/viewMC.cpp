@@ -23,6 +23,8 @@ QString stateImage(TransferActivity activity)
         return QStringLiteral("state-waiting");
     case TransferActivity::Sending:
         return QStringLiteral("state-sending");
+    case TransferActivity::Held:
+        return QStringLiteral("state-held");
     case TransferActivity::Receiving:
         return QStringLiteral("state-receiving");
     case TransferActivity::PortLost:
