@@ -114,6 +114,26 @@ void benchOpening(int lines)
                 static_cast<double>(text.size()) / 1e6, filled, milliseconds(timer));
 }
 
+// A file without line ends is one line of the editor: laying it out must not hold the window up.
+void benchOneLine(int megabytes)
+{
+    const QByteArray text = QByteArray("G1 X-123.456 Y78.901 Z-2.5 F1200 (A) ").repeated(megabytes * 27'000);
+    ProgramEditor editor;
+    editor.resize(900, 600);
+    editor.show();
+    QApplication::processEvents();
+    QElapsedTimer timer;
+    timer.start();
+    editor.setProgram(text);
+    QApplication::processEvents();
+    const double opened = milliseconds(timer);
+    timer.restart();
+    editor.markLineOut(editor.lineAt(0));
+    QApplication::processEvents();
+    std::printf("open  one line of %4.1f MB   fill and paint %8.1f ms   mark and paint %8.1f ms\n",
+                static_cast<double>(text.size()) / 1e6, opened, milliseconds(timer));
+}
+
 // Sends from the middle of the program, where a cost that grows with the position would show.
 void benchSending(int lines)
 {
@@ -243,6 +263,9 @@ int main(int argc, char* argv[])
     if (isWanted("open"))
         for (const int lines : {1000, 1'000'000})
             benchOpening(lines);
+    if (isWanted("line"))
+        for (const int megabytes : {1, 40})
+            benchOneLine(megabytes);
     if (isWanted("send"))
         for (const int lines : {1000, 100'000, 1'000'000})
             benchSending(lines);

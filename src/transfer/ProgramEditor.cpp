@@ -1,13 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/ProgramEditor.h"
 
+#include "transfer/EditorAccess.h"
+#include "transfer/EditorColours.h"
+#include "transfer/GCodeColouring.h"
 #include "transfer/LineEnds.h"
 
+#include <Qsci/qscicommandset.h>
+
+#include <QAccessible>
 #include <QEvent>
 #include <QFontDatabase>
-#include <QPalette>
+#include <QInputMethodEvent>
+#include <QLocale>
+#include <QPainter>
 
 #include <algorithm>
+#include <array>
 
 namespace
 {
@@ -17,15 +26,32 @@ constexpr int lineOutArrow = 0; // marker numbers
 constexpr int lineOutBackground = 1;
 constexpr qsizetype pieceSize = 1 << 20; // bytes converted at a time, so that a huge file is not held twice
 
-// A colour between two others: 0 gives the first, 1 the second.
-QColor between(const QColor& from, const QColor& to, double share)
-{
-    const auto mix = [share](int a, int b) { return static_cast<int>(a + (b - a) * share); };
-    return {mix(from.red(), to.red()), mix(from.green(), to.green()), mix(from.blue(), to.blue())};
-}
+constexpr int placeIndicator = 8; // the first that is not kept for lexers
+
+// The keys of the editor. The library knows more, some of them also ours (Ctrl+L cuts a line), some that change a
+// program by a slip without showing (Insert).
+constexpr std::array keptCommands{QsciCommand::LineDown,       QsciCommand::LineDownExtend,
+                                  QsciCommand::LineUp,         QsciCommand::LineUpExtend,
+                                  QsciCommand::LineScrollDown, QsciCommand::LineScrollUp,
+                                  QsciCommand::CharLeft,       QsciCommand::CharLeftExtend,
+                                  QsciCommand::CharRight,      QsciCommand::CharRightExtend,
+                                  QsciCommand::WordLeft,       QsciCommand::WordLeftExtend,
+                                  QsciCommand::WordRight,      QsciCommand::WordRightExtend,
+                                  QsciCommand::VCHome,         QsciCommand::VCHomeExtend,
+                                  QsciCommand::LineEnd,        QsciCommand::LineEndExtend,
+                                  QsciCommand::DocumentStart,  QsciCommand::DocumentStartExtend,
+                                  QsciCommand::DocumentEnd,    QsciCommand::DocumentEndExtend,
+                                  QsciCommand::PageUp,         QsciCommand::PageUpExtend,
+                                  QsciCommand::PageDown,       QsciCommand::PageDownExtend,
+                                  QsciCommand::Delete,         QsciCommand::DeleteBack,
+                                  QsciCommand::DeleteWordLeft, QsciCommand::DeleteWordRight,
+                                  QsciCommand::Newline,        QsciCommand::Undo,
+                                  QsciCommand::Redo,           QsciCommand::SelectionCut,
+                                  QsciCommand::SelectionCopy,  QsciCommand::Paste,
+                                  QsciCommand::SelectAll};
 } // namespace
 
-ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent)
+ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring_(new GCodeColouring(this))
 {
     setUtf8(true);
     setEolMode(EolUnix);
@@ -43,30 +69,52 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent)
     setMarginMarkerMask(lineOutMargin, 1 << lineOutArrow);
     markerDefine(RightArrow, lineOutArrow);
     markerDefine(Background, lineOutBackground);
-    connect(this, &QsciScintilla::linesChanged, this,
-            [this] { setMarginWidth(lineNumberMargin, QString(QStringLiteral("0%1")).arg(std::max(lines(), 1000))); });
-    setMarginWidth(lineNumberMargin, QStringLiteral("01000"));
+    ask(SCI_INDICSETSTYLE, placeIndicator, INDIC_FULLBOX);
+    ask(SCI_INDICSETUNDER, placeIndicator, 1);
+    ask(SCI_INDICSETALPHA, placeIndicator, 255);
+    ask(SCI_INDICSETOUTLINEALPHA, placeIndicator, 255);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    setUpKeys();
     setUpLook();
+    connect(this, &QsciScintilla::linesChanged, this, &ProgramEditor::fitLineNumbers);
+    connect(this, &QsciScintilla::SCN_ZOOM, this, &ProgramEditor::fitLineNumbers);
+    connect(this, &QsciScintilla::textChanged, colouring_, &GCodeColouring::hideLongTails);
+    connect(this, &QsciScintilla::SCN_UPDATEUI, this, &ProgramEditor::tellCaret);
+    EditorAccess::install();
+}
+
+void ProgramEditor::setUpKeys()
+{
+    for (auto* command : standardCommands()->commands()) {
+        if (std::find(keptCommands.begin(), keptCommands.end(), command->command()) != keptCommands.end()) continue;
+        command->setKey(0);
+        command->setAlternateKey(0);
+    }
 }
 
 void ProgramEditor::setUpLook()
 {
-    const QPalette colours = palette();
-    const QColor paper = colours.color(QPalette::Base);
-    const QColor ink = colours.color(QPalette::Text);
-    const QColor accent = colours.color(QPalette::Highlight);
+    const EditorColours colours(palette());
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     setMarginsFont(font());
-    setPaper(paper);
-    setColor(ink);
-    setCaretForegroundColor(ink);
-    setSelectionBackgroundColor(between(paper, accent, 0.35));
+    setPaper(colours.paper);
+    setColor(colours.ink);
+    setCaretForegroundColor(colours.ink);
+    setSelectionBackgroundColor(colours.selection);
     resetSelectionForegroundColor();
-    setMarginsBackgroundColor(between(paper, ink, 0.06));
-    setMarginsForegroundColor(between(paper, ink, 0.55));
-    setMarkerBackgroundColor(accent, lineOutArrow);
-    setMarkerForegroundColor(accent, lineOutArrow);
-    setMarkerBackgroundColor(between(paper, accent, 0.25), lineOutBackground);
+    setMarginsBackgroundColor(colours.margin);
+    setMarginsForegroundColor(colours.lineNumber);
+    setMarkerBackgroundColor(colours.accent, lineOutArrow);
+    setMarkerForegroundColor(colours.accent, lineOutArrow);
+    setMarkerBackgroundColor(colours.lineOut, lineOutBackground);
+    SendScintilla(SCI_INDICSETFORE, placeIndicator, colours.match);
+    colouring_->setColours(colours);
+    fitLineNumbers();
+}
+
+void ProgramEditor::fitLineNumbers()
+{
+    setMarginWidth(lineNumberMargin, QString(QStringLiteral("0%1")).arg(std::max(lines(), 1000)));
 }
 
 qsizetype ProgramEditor::ask(unsigned message, qsizetype first, qsizetype second) const
@@ -103,21 +151,43 @@ QString ProgramEditor::lineText(Line line) const
     return QString::fromUtf8(text, line.end - line.start);
 }
 
-QByteArray ProgramEditor::wholeText() const
+std::string_view ProgramEditor::view() const
 {
     const auto* text = static_cast<const char*>(SendScintillaPtrResult(SCI_GETCHARACTERPOINTER));
-    return {text, textSize()};
+    return {text, static_cast<std::size_t>(textSize())};
+}
+
+QByteArray ProgramEditor::wholeText() const
+{
+    const auto text = view();
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+ProgramEditor::Line ProgramEditor::selection() const
+{
+    return {ask(SCI_GETSELECTIONSTART), ask(SCI_GETSELECTIONEND)};
+}
+
+qsizetype ProgramEditor::firstVisible() const
+{
+    return ask(SCI_POSITIONFROMLINE, ask(SCI_DOCLINEFROMVISIBLE, ask(SCI_GETFIRSTVISIBLELINE)));
 }
 
 template <typename Change> void ProgramEditor::changeText(Change change)
 {
     const bool wasReadOnly = isReadOnly();
+    const qsizetype notices = ask(SCI_GETMODEVENTMASK);
     ask(SCI_SETREADONLY, 0);
     ask(SCI_SETUNDOCOLLECTION, 0);
+    // The library answers each notice of a change by counting all characters before it, for assistive technology.
+    ask(SCI_SETMODEVENTMASK, 0);
     change();
+    ask(SCI_SETMODEVENTMASK, notices);
     ask(SCI_EMPTYUNDOBUFFER);
     ask(SCI_SETUNDOCOLLECTION, 1);
     ask(SCI_SETREADONLY, wasReadOnly);
+    Q_EMIT linesChanged();
+    Q_EMIT textChanged();
 }
 
 void ProgramEditor::setProgram(const QByteArray& fileBytes)
@@ -154,7 +224,22 @@ void ProgramEditor::appendReceived(const QByteArray& bytes)
 
 void ProgramEditor::moveCaretTo(qsizetype position)
 {
-    ask(SCI_GOTOPOS, position);
+    select({position, position});
+}
+
+// The caret goes to the end. Without scrolling where laying out the line would take too long.
+void ProgramEditor::select(Line line)
+{
+    if (isShown()) {
+        ask(SCI_SETSEL, line.start, line.end);
+    } else {
+        ask(SCI_SETSELECTION, line.end, line.start);
+    }
+}
+
+bool ProgramEditor::isShown() const
+{
+    return colouring_->unshownLine() == 0;
 }
 
 void ProgramEditor::markLineOut(Line line)
@@ -163,7 +248,11 @@ void ProgramEditor::markLineOut(Line line)
     lineOut_ = static_cast<int>(ask(SCI_LINEFROMPOSITION, line.start));
     markerAdd(lineOut_, lineOutArrow);
     markerAdd(lineOut_, lineOutBackground);
-    ask(SCI_SETSEL, line.start, line.end);
+    // Without scrolling when the operator looks at another place.
+    if (isCaretHeld() && shownPlace_.end > 0)
+        ask(SCI_SETSELECTION, line.end, line.start);
+    else
+        select(line);
 }
 
 void ProgramEditor::clearLineOut()
@@ -175,10 +264,43 @@ void ProgramEditor::clearLineOut()
 
 template <typename Handle> void ProgramEditor::watch(Handle handle)
 {
+    if (!isShown()) return; // not blindly
     const qsizetype caretBefore = caret();
     const qsizetype sizeBefore = textSize();
     handle();
     if (caret() != caretBefore || textSize() != sizeBefore) Q_EMIT operatorTouched();
+}
+
+void ProgramEditor::setCaretHeld(bool held)
+{
+    if (held != caretHeld_) leavePlace();
+    caretHeld_ = held;
+}
+
+void ProgramEditor::showPlace(Line place)
+{
+    if (!caretHeld_) return watch([&] { select(place); });
+    leavePlace();
+    shownPlace_ = place;
+    ask(SCI_SETINDICATORCURRENT, placeIndicator);
+    ask(SCI_INDICATORFILLRANGE, place.start, place.end - place.start);
+    ask(SCI_SCROLLRANGE, place.end, place.start);
+}
+
+void ProgramEditor::leavePlace()
+{
+    ask(SCI_SETINDICATORCURRENT, placeIndicator);
+    ask(SCI_INDICATORCLEARRANGE, 0, textSize());
+    shownPlace_ = {};
+}
+
+void ProgramEditor::tellCaret(int updated)
+{
+    if (!(updated & SC_UPDATE_SELECTION) || !QAccessible::isActive()) return;
+    auto* access = QAccessible::queryAccessibleInterface(this);
+    if (!access || !access->textInterface()) return;
+    QAccessibleTextCursorEvent event(this, access->textInterface()->cursorPosition());
+    QAccessible::updateAccessibility(&event);
 }
 
 void ProgramEditor::keyPressEvent(QKeyEvent* event)
@@ -188,7 +310,12 @@ void ProgramEditor::keyPressEvent(QKeyEvent* event)
 
 void ProgramEditor::inputMethodEvent(QInputMethodEvent* event)
 {
-    watch([&] { QsciScintilla::inputMethodEvent(event); });
+    // No way of typing brings in a CR: it would be a line end that no end of block takes the place of.
+    QInputMethodEvent typed(event->preeditString(), event->attributes());
+    typed.setCommitString(QString(event->commitString()).remove(u'\r'), event->replacementStart(),
+                          event->replacementLength());
+    watch([&] { QsciScintilla::inputMethodEvent(&typed); });
+    event->setAccepted(typed.isAccepted());
 }
 
 void ProgramEditor::mousePressEvent(QMouseEvent* event)
@@ -205,4 +332,24 @@ void ProgramEditor::changeEvent(QEvent* event)
 {
     QsciScintilla::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) setUpLook();
+}
+
+void ProgramEditor::paintEvent(QPaintEvent* event)
+{
+    if (!isShown()) return paintNotice();
+    colouring_->beforePaint();
+    QsciScintilla::paintEvent(event);
+}
+
+void ProgramEditor::paintNotice()
+{
+    constexpr int space = 24;
+    const EditorColours colours(palette());
+    QPainter painter(viewport());
+    painter.fillRect(viewport()->rect(), colours.paper);
+    painter.setPen(colours.ink);
+    painter.drawText(viewport()->rect().adjusted(space, space, -space, -space), Qt::AlignCenter | Qt::TextWordWrap,
+                     QStringLiteral("This program has a line of %1 characters, which is too long to show.\n"
+                                    "It can be sent and saved as it is.")
+                         .arg(QLocale().toString(colouring_->unshownLine())));
 }

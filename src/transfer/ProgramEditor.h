@@ -6,6 +6,10 @@
 #include <QByteArray>
 #include <QString>
 
+#include <string_view>
+
+class GCodeColouring;
+
 /// The editor that holds the NC program. Positions and lengths are bytes of its UTF-8 text, everywhere; the editor
 /// answers them from its own index, so nothing here costs more in a long program.
 class ProgramEditor : public QsciScintilla
@@ -27,6 +31,10 @@ public:
     qsizetype lineNumber(qsizetype position) const;
     QString lineText(Line line) const;
     QByteArray wholeText() const;
+    /// The whole text in place, until it changes.
+    std::string_view view() const;
+    Line selection() const;
+    qsizetype firstVisible() const;
 
     /// Replaces the text by a program file's bytes, line ends converted. The caret goes to the top.
     void setProgram(const QByteArray& fileBytes);
@@ -39,6 +47,19 @@ public:
     void markLineOut(Line line);
     void clearLineOut();
 
+    /// A program with an endless line is not shown, nor can it be edited; it is sent and saved as any other.
+    bool isShown() const;
+
+    /// A transfer runs and owns the caret: finding and going to a line only show the place.
+    void setCaretHeld(bool held);
+    bool isCaretHeld() const { return caretHeld_; }
+    /// Selects the place; with the caret held, scrolls there and marks it, and stays there while lines go out.
+    void showPlace(Line place);
+    /// The place that is marked, empty without one.
+    Line shownPlace() const { return shownPlace_; }
+    /// Takes the mark off and follows the transfer again.
+    void leavePlace();
+
 Q_SIGNALS:
     /// The operator moved the caret or changed the text.
     void operatorTouched();
@@ -49,14 +70,25 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void changeEvent(QEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    /// Tab always moves on: a tab character has no place in a block, and who works without a mouse must get out again.
+    bool focusNextPrevChild(bool next) override { return QAbstractScrollArea::focusNextPrevChild(next); }
 
 private:
     void setUpLook();
+    void setUpKeys();
+    void paintNotice();
+    void select(Line line);
+    void tellCaret(int updated);
+    void fitLineNumbers();
     qsizetype ask(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
     // Lets Scintilla handle an event of the operator's and tells when that moved the caret or changed the text.
     template <typename Handle> void watch(Handle handle);
     // Changes the text whatever the lock; the change can't be undone.
     template <typename Change> void changeText(Change change);
 
+    GCodeColouring* colouring_;
     int lineOut_ = -1;
+    bool caretHeld_ = false;
+    Line shownPlace_;
 };
