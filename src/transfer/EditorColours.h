@@ -21,6 +21,7 @@ struct EditorColours {
     QColor selection;
     QColor lineOut;
     QColor match;
+    QColor alarm; ///< ground of a field that holds something wrong
     QColor margin;
     QColor lineNumber;
     std::array<QColor, GCode::styleCount> text; ///< by GCodeStyle

@@ -25,14 +25,14 @@ qsizetype GCodeColouring::ask(unsigned message, qsizetype first, qsizetype secon
 
 void GCodeColouring::setColours(const EditorColours& colours)
 {
+    const auto paint = [this](int style, const QColor& text, const QColor& ground) {
+        editor_->SendScintilla(QsciScintilla::SCI_STYLESETFORE, static_cast<unsigned long>(style), text);
+        editor_->SendScintilla(QsciScintilla::SCI_STYLESETBACK, static_cast<unsigned long>(style), ground);
+    };
     for (int style = 0; style < GCode::styleCount; ++style)
-        editor_->SendScintilla(QsciScintilla::SCI_STYLESETFORE, static_cast<unsigned long>(style),
-                               colours.text[static_cast<std::size_t>(style)]);
-    for (const auto style : {GCodeStyle::ProgramNumber, GCodeStyle::Percent})
-        ask(QsciScintilla::SCI_STYLESETBOLD, static_cast<int>(style), 1);
+        paint(style, colours.text[static_cast<std::size_t>(style)], colours.paper);
+    paint(noteStyle, colours.lineNumber, colours.margin);
     ask(QsciScintilla::SCI_STYLESETVISIBLE, static_cast<int>(GCodeStyle::Hidden), 0);
-    editor_->SendScintilla(QsciScintilla::SCI_STYLESETFORE, noteStyle, colours.lineNumber);
-    editor_->SendScintilla(QsciScintilla::SCI_STYLESETBACK, noteStyle, colours.margin);
 }
 
 void GCodeColouring::beforePaint()

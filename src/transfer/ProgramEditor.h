@@ -11,7 +11,8 @@
 class GCodeColouring;
 
 /// The editor that holds the NC program. Positions and lengths are bytes of its UTF-8 text, everywhere; the editor
-/// answers them from its own index, so nothing here costs more in a long program.
+/// answers them from its own index, so nothing here costs more in a long program. Look and keys are in
+/// ProgramEditor_look.cpp.
 class ProgramEditor : public QsciScintilla
 {
     Q_OBJECT
@@ -27,8 +28,9 @@ public:
     qsizetype textSize() const;
     qsizetype caret() const;
     Line lineAt(qsizetype position) const;
-    /// Number of the line that holds the position, the first being 1.
-    qsizetype lineNumber(qsizetype position) const;
+    /// Lines are numbered from 1, as in the margin.
+    int lineNumber(qsizetype position) const;
+    Line lineNumbered(int number) const;
     QString lineText(Line line) const;
     QByteArray wholeText() const;
     /// The whole text in place, until it changes.
@@ -75,6 +77,10 @@ protected:
     bool focusNextPrevChild(bool next) override { return QAbstractScrollArea::focusNextPrevChild(next); }
 
 private:
+    static constexpr int lineOutArrow = 0; // markers
+    static constexpr int lineOutBackground = 1;
+    static constexpr int placeIndicator = 8; // the first that is not kept for lexers
+
     void setUpLook();
     void setUpKeys();
     void paintNotice();

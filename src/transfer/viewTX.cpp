@@ -5,6 +5,7 @@
 #include "config/ControlCodes.h"
 #include "config/g.h"
 #include "resources/Images.h"
+#include "transfer/EditorActions.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferHost.h"
 #include "transfer/TransferWords.h"
@@ -71,6 +72,7 @@ viewTX::viewTX(QWidget* parent)
     connect(&tmrStatus_, &QTimer::timeout, this, &viewTX::refreshStatus);
     clock_.start();
     ui->boxPBOuter->installEventFilter(this);
+    new EditorActions(this, ui->rt1, ui->findBar);
     viewDidLoad();
 }
 
@@ -92,6 +94,7 @@ void viewTX::initialize(bool send, int mcIndex)
     showMachine();
     ui->txtTXorRX->setText(send ? QStringLiteral("Send to CNC") : QStringLiteral("Receive"));
     ui->boxTxButtons->setHidden(!send); // a receive view cannot send
+    setAcceptDrops(send);
     observePort();
     setEOB();
     setSOT();

@@ -142,6 +142,9 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
+    // One program file dropped on a send view is opened, whenever Open could.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     // Where a stopped transfer goes on, as long as the operator leaves caret and text alone.
@@ -163,6 +166,8 @@ private:
     void continueSend();
     void endedByItself();
     void applyLock();
+    QString droppedFile(const QDropEvent& event) const;
+    QString programFolder() const;
     void showPercent(double percent);
     void showWaitBox(const QString& text, bool canSendNow);
     static QString waitForStart();
@@ -204,6 +209,7 @@ private:
     qsizetype nextLine_ = 0; // position of the line that goes out next; belongs to the transfer while it runs
     std::optional<ResumePoint> resume_;
     double percent_ = 0;
+    QString lastFolder_; // of the file opened or saved last in this view
 
     // XModem sending: how far blocks have used up the program, and the editor's line that this is in.
     qsizetype xmodemSent_ = 0;

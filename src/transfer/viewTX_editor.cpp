@@ -7,10 +7,12 @@
 #include "transfer/FileDialogs.h"
 #include "transfer/MachineProgress.h"
 
+#include <QDropEvent>
 #include <QEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QMimeData>
 
 #include <algorithm>
 #include <cmath>
@@ -65,13 +67,44 @@ void viewTX::btnNew_Click()
 
 void viewTX::btnFolder_Click()
 {
-    auto* dialog = FileDialogs::make(this, QStringLiteral("Open program"), mc->MCOUTDIR);
+    auto* dialog = FileDialogs::make(this, QStringLiteral("Open program"), programFolder());
     dialog->setObjectName(QStringLiteral("openDialog"));
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setOption(QFileDialog::ReadOnly);
     dialog->setLabelText(QFileDialog::Accept, QStringLiteral("SelectFile"));
     connect(dialog, &QFileDialog::fileSelected, this, &viewTX::openFile);
     dialog->open();
+}
+
+QString viewTX::programFolder() const
+{
+    return mc->MCOUTDIR.isEmpty() ? lastFolder_ : mc->MCOUTDIR;
+}
+
+// Path of the one file, empty when it can't be opened now.
+QString viewTX::droppedFile(const QDropEvent& event) const
+{
+    const auto urls = event.mimeData()->urls();
+    if (!booModeTX || !ui->btnFolder->isEnabled() || urls.size() != 1) return {};
+    if (!(event.possibleActions() & Qt::CopyAction)) return {}; // after a move, the file would be gone
+    const QString path = urls.first().toLocalFile();
+    return QFileInfo(path).isFile() ? path : QString();
+}
+
+void viewTX::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (droppedFile(*event).isEmpty()) return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void viewTX::dropEvent(QDropEvent* event)
+{
+    const QString path = droppedFile(*event); // asked again: a transfer may have started since
+    if (path.isEmpty()) return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    openFile(path);
 }
 
 void viewTX::openFile(const QString& path)
@@ -94,6 +127,7 @@ void viewTX::openFile(const QString& path)
     ui->btnSendNow->setHidden(isXModem());
     if (!isWhole) return;
     ui->txtPath->setText(path);
+    lastFolder_ = QFileInfo(path).absolutePath();
     btnRewind_Click();
     setTextLocked(true);
     showProgramName();
@@ -122,6 +156,7 @@ void viewTX::applyLock()
     ui->btnNew->setEnabled(open);
     ui->btnFolder->setEnabled(open);
     ui->rt1->setReadOnly(!open);
+    ui->rt1->setCaretHeld(dncRunning());
     ui->cbo1->setEnabled(!dncRunning());
 }
 

@@ -7,6 +7,7 @@
 #include "transfer/LineEnds.h"
 
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QUrl>
 
@@ -40,7 +41,7 @@ void viewTX::appendReceived(const QByteArray& bytes)
 
 void viewTX::btnSave_Click()
 {
-    auto* dialog = FileDialogs::make(this, QStringLiteral("Save program"), mc->MCOUTDIR);
+    auto* dialog = FileDialogs::make(this, QStringLiteral("Save program"), programFolder());
     dialog->setObjectName(QStringLiteral("saveDialog"));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Save File"));
@@ -53,7 +54,10 @@ void viewTX::saveFile(const QString& path)
     QSaveFile file(path);
     const QByteArray text = ui->rt1->wholeText();
     const bool isSaved = file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
-    if (isSaved) return;
+    if (isSaved) {
+        lastFolder_ = QFileInfo(path).absolutePath();
+        return;
+    }
     // The file is named in this printed form because operators' notes and calls for help quote it so.
     g::msgBox(QStringLiteral("Could not save file Optional(%1)\r\r%2")
                   .arg(QUrl::fromLocalFile(path).toString(), file.errorString()),
