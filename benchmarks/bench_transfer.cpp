@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What large programs and many machines cost. Prints a table; run it from a release build. Arguments choose: open,
-// send, receive, settings.
+// line, search, send, receive, settings.
 #include "config/g.h"
 #include "transfer/ProgramEditor.h"
+#include "transfer/ProgramSearch.h"
 #include "transfer/TransferHost.h"
 #include "transfer/viewTX.h"
 
@@ -17,6 +18,7 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
+#include <ctime>
 #include <fcntl.h>
 #include <termios.h>
 #include <thread>
@@ -107,11 +109,13 @@ void benchOpening(int lines)
     QApplication::processEvents();
     QElapsedTimer timer;
     timer.start();
+    const auto cpu = std::clock(); // what others on the machine do counts only in the other figures
     editor.setProgram(text);
     const double filled = milliseconds(timer);
     QApplication::processEvents();
-    std::printf("open  %9d lines %6.1f MB   fill %8.1f ms   fill and paint %8.1f ms\n", lines,
-                static_cast<double>(text.size()) / 1e6, filled, milliseconds(timer));
+    std::printf("open  %9d lines %6.1f MB   fill %8.1f ms   fill and paint %8.1f ms, of the processor %8.1f ms\n",
+                lines, static_cast<double>(text.size()) / 1e6, filled, milliseconds(timer),
+                static_cast<double>(std::clock() - cpu) * 1000.0 / CLOCKS_PER_SEC);
 }
 
 // A file without line ends is one line of the editor: laying it out must not hold the window up.
@@ -134,31 +138,93 @@ void benchOneLine(int megabytes)
                 static_cast<double>(text.size()) / 1e6, opened, milliseconds(timer));
 }
 
+// One machine with its view, on a line to a control that takes everything at once.
+struct Station {
+    explicit Station(const QByteArray& text)
+    {
+        const auto mc = std::make_shared<MachineRecord>();
+        mc->MCFLOW = 0;
+        g::mcIcons = {std::make_shared<MachineRecord>(), mc};
+        g::mcChildViews = {std::make_shared<ChildView>(), child};
+        child->port->Speed = 115200;
+        child->port->Parity = 0;
+        if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
+        view.initialize(true, 1);
+        view.resize(900, 600);
+        view.show();
+        editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
+        editor->setProgram(text);
+        QApplication::processEvents();
+    }
+    ~Station()
+    {
+        child->port->Close();
+        g::mcIcons.clear();
+        g::mcChildViews.clear();
+    }
+    Station(const Station&) = delete;
+    Station& operator=(const Station&) = delete;
+
+    const FastControl control;
+    const std::shared_ptr<Child> child = std::make_shared<Child>();
+    viewTX view;
+    ProgramEditor* editor = nullptr;
+};
+
+void benchSendingOneLine(int megabytes)
+{
+    Station station(QByteArray(megabytes * 1'000'000LL, 'X'));
+    QElapsedTimer timer;
+    timer.start();
+    station.view.btnSend_Click();
+    qint64 longest = 0; // ns that the window answered nothing
+    while (station.view.dncRunning()) {
+        QElapsedTimer turn;
+        turn.start();
+        QApplication::processEvents();
+        longest = std::max(longest, turn.nsecsElapsed());
+    }
+    std::printf("send  one line of %4d MB   whole %8.1f ms   longest without an answer %8.1f ms\n", megabytes,
+                milliseconds(timer), static_cast<double>(longest) / 1e6);
+}
+
+// Looks for what is not there, which takes longest.
+void benchSearching(int lines)
+{
+    ProgramEditor editor;
+    editor.setProgram(program(lines));
+    ProgramSearch search(&editor);
+    for (const QString& pattern : {QStringLiteral("?"), QStringLiteral("N77777777")}) {
+        bool ended = false;
+        QObject::connect(&search, &ProgramSearch::notFound, &search, [&ended] { ended = true; });
+        qint64 longest = 0; // ns
+        QElapsedTimer timer;
+        QElapsedTimer turn;
+        timer.start();
+        turn.start();
+        search.start(pattern, SearchDirection::Forward, 0);
+        longest = turn.nsecsElapsed();
+        while (!ended) {
+            turn.restart();
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            longest = std::max(longest, turn.nsecsElapsed());
+        }
+        search.disconnect();
+        std::printf("find  %9d lines of program   %-10s whole %8.1f ms   longest slice %8.1f ms\n", lines,
+                    qPrintable(pattern), milliseconds(timer), static_cast<double>(longest) / 1e6);
+    }
+}
+
 // Sends from the middle of the program, where a cost that grows with the position would show.
 void benchSending(int lines)
 {
     constexpr int sent = 500;
-    const FastControl control;
-    const auto child = std::make_shared<Child>();
-    const auto mc = std::make_shared<MachineRecord>();
-    mc->MCFLOW = 0;
-    g::mcIcons = {std::make_shared<MachineRecord>(), mc};
-    g::mcChildViews = {std::make_shared<ChildView>(), child};
-    child->port->Speed = 115200;
-    child->port->Parity = 0;
-    if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
-
-    viewTX view;
-    view.initialize(true, 1);
-    view.resize(900, 600);
-    view.show();
-    auto* editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
-    editor->setProgram(program(lines));
-    QApplication::processEvents();
-
+    Station station(program(lines));
+    viewTX& view = station.view;
+    ProgramEditor* editor = station.editor;
     int completions = 0;
     QObject observer;
-    view.nc->addObserver(&observer, QStringLiteral("TxOnComm"), child->port.get(),
+    view.nc->addObserver(&observer, QStringLiteral("TxOnComm"), station.child->port.get(),
                          [&completions](const Notification&) { ++completions; });
     editor->moveCaretTo(editor->textSize() / 2);
     view.findChild<QWidget*>(QStringLiteral("cbo1"))->setProperty("currentIndex", 1);
@@ -184,9 +250,6 @@ void benchSending(int lines)
     }
     std::printf("send  %9d lines of program   %8.3f ms a line on a free line   sendLine alone %8.3f ms\n", lines,
                 whole / sent, static_cast<double>(call) / 1e6 / sent);
-    child->port->Close();
-    g::mcIcons.clear();
-    g::mcChildViews.clear();
 }
 
 // A control that punches as fast as the line takes it, 115200 baud many times over; how long the window stands still.
@@ -259,19 +322,17 @@ int main(int argc, char* argv[])
     const QTemporaryDir settings;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settings.path());
     const QStringList wanted = QApplication::arguments().mid(1);
-    const auto isWanted = [&](const char* name) { return wanted.isEmpty() || wanted.contains(QLatin1String(name)); };
-    if (isWanted("open"))
-        for (const int lines : {1000, 1'000'000})
-            benchOpening(lines);
-    if (isWanted("line"))
-        for (const int megabytes : {1, 40})
-            benchOneLine(megabytes);
-    if (isWanted("send"))
-        for (const int lines : {1000, 100'000, 1'000'000})
-            benchSending(lines);
-    if (isWanted("receive"))
-        for (const int lines : {10'000, 1'000'000})
-            benchReceiving(lines);
-    if (isWanted("settings")) benchSettings(50);
+    const auto each = [&](const char* name, std::initializer_list<int> sizes, void (*bench)(int)) {
+        if (!wanted.isEmpty() && !wanted.contains(QLatin1String(name))) return;
+        for (const int size : sizes)
+            bench(size);
+    };
+    each("open", {1000, 1'000'000}, benchOpening);
+    each("line", {1, 40}, benchOneLine);
+    each("line", {1, 40}, benchSendingOneLine);
+    each("search", {1000, 1'000'000}, benchSearching);
+    each("send", {1000, 100'000, 1'000'000, 2'500'000}, benchSending);
+    each("receive", {10'000, 1'000'000}, benchReceiving);
+    each("settings", {50}, benchSettings);
     return 0;
 }

@@ -76,7 +76,8 @@ double EditorColours::contrast(const QColor& one, const QColor& other)
 EditorColours::EditorColours(const QPalette& palette)
     : paper(palette.color(QPalette::Base)), accent(palette.color(QPalette::Highlight)),
       selection(tint(paper, accent, 0.35)), lineOut(tint(paper, accent, 0.25)),
-      match(tint(paper, QColor(255, 180, 0), 0.35)), alarm(tint(paper, QColor(220, 40, 40), 0.3))
+      match(tint(paper, QColor(255, 180, 0), luminance(paper) > 0.18 ? 0.35 : 0.2)),
+      alarm(tint(paper, QColor(220, 40, 40), 0.3))
 {
     const QList<QColor> grounds{paper, selection, lineOut, match};
     ink = readable(palette.color(QPalette::Text), grounds);

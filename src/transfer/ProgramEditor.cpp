@@ -191,6 +191,7 @@ void ProgramEditor::showPlace(Line place)
 
 void ProgramEditor::leavePlace()
 {
+    if (shownPlace_.end == 0) return;
     ask(SCI_SETINDICATORCURRENT, placeIndicator);
     ask(SCI_INDICATORCLEARRANGE, 0, textSize());
     shownPlace_ = {};
