@@ -6,6 +6,7 @@
 #include <QContextMenuEvent>
 #include <QInputMethodEvent>
 #include <QMenu>
+#include <QWheelEvent>
 
 class EditingTest : public QObject
 {
@@ -106,6 +107,12 @@ void EditingTest::zoomKeys()
     QCOMPARE(height(), normal);
     QTest::keyClick(rig.editor, Qt::Key_Minus, Qt::ControlModifier);
     QVERIFY(height() < normal);
+    QTest::keyClick(rig.editor, Qt::Key_0, Qt::ControlModifier);
+    const QPoint at(50, 50);
+    QWheelEvent wheel(at, rig.editor->viewport()->mapToGlobal(at), {}, QPoint(0, 120), Qt::NoButton,
+                      Qt::ControlModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(rig.editor->viewport(), &wheel);
+    QVERIFY(height() > normal);
 }
 
 void EditingTest::noWayInForACarriageReturn()
@@ -137,6 +144,9 @@ void EditingTest::menuOffersWhatCanBeDone()
     start(rig);
     QApplication::clipboard()->setText("G9");
     QCOMPARE(enabledItems(rig), (Texts{"Select all", "Find", "Go to line"}));
+    rig.editor->moveCaretTo(12);
+    QTest::mouseClick(rig.editor->viewport(), Qt::RightButton, {}, QPoint(200, 5));
+    QCOMPARE(rig.editor->caret(), 12); // asking for the menu does not choose where to continue
     rig.editor->selectAll();
     QCOMPARE(enabledItems(rig), (Texts{"Copy", "Select all", "Find", "Go to line"}));
     rig.click("btnLock");
