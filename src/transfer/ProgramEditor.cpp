@@ -48,20 +48,21 @@ ProgramEditor::Line ProgramEditor::lineNumbered(int number) const
 
 QString ProgramEditor::lineText(Line line) const
 {
-    if (line.end <= line.start) return {};
-    const auto* text = reinterpret_cast<const char*>(ask(SCI_GETRANGEPOINTER, line.start, line.end - line.start));
-    return QString::fromUtf8(text, line.end - line.start);
+    const auto text = view(line);
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-std::string_view ProgramEditor::view() const
+std::string_view ProgramEditor::view(Line range) const
 {
-    const auto* text = static_cast<const char*>(SendScintillaPtrResult(SCI_GETCHARACTERPOINTER));
-    return {text, static_cast<std::size_t>(textSize())};
+    // Not the pointer to the whole text: to give it, the editor moves the text together.
+    if (range.end <= range.start) return {};
+    const auto* text = reinterpret_cast<const char*>(ask(SCI_GETRANGEPOINTER, range.start, range.end - range.start));
+    return {text, static_cast<std::size_t>(range.end - range.start)};
 }
 
 QByteArray ProgramEditor::wholeText() const
 {
-    const auto text = view();
+    const auto text = view({0, textSize()});
     return {text.data(), static_cast<qsizetype>(text.size())};
 }
 

@@ -33,8 +33,8 @@ public:
     Line lineNumbered(int number) const;
     QString lineText(Line line) const;
     QByteArray wholeText() const;
-    /// The whole text in place, until it changes.
-    std::string_view view() const;
+    /// The text of the range in place, until the text changes.
+    std::string_view view(Line range) const;
     Line selection() const;
     qsizetype firstVisible() const;
 

@@ -76,14 +76,14 @@ qsizetype ProgramSearch::searchSlice()
 
 qsizetype ProgramSearch::findForward(qsizetype from, qsizetype end) const
 {
-    const auto text = editor_->view().substr(static_cast<std::size_t>(from), static_cast<std::size_t>(end - from));
+    const auto text = editor_->view({from, end});
     const qsizetype at = firstMatch(text.begin(), text.end(), pattern_.begin(), pattern_.end());
     return at < 0 ? -1 : from + at;
 }
 
 qsizetype ProgramSearch::findBackward(qsizetype from, qsizetype end) const
 {
-    const auto text = editor_->view().substr(static_cast<std::size_t>(from), static_cast<std::size_t>(end - from));
+    const auto text = editor_->view({from, end});
     const qsizetype at = firstMatch(text.rbegin(), text.rend(), pattern_.rbegin(), pattern_.rend());
     return at < 0 ? -1 : end - at - pattern_.size();
 }

@@ -13,7 +13,7 @@ class ProgramSearch : public QObject
 {
     Q_OBJECT
 public:
-    static constexpr qsizetype sliceSize = 4 << 20; // bytes; a few milliseconds
+    static constexpr qsizetype sliceSize = 1 << 20; // bytes; a few milliseconds
 
     explicit ProgramSearch(ProgramEditor* editor);
 
