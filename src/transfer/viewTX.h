@@ -178,6 +178,7 @@ private:
     void actOnXModemReplies(const QByteArray& bytes);
     void gatherXModem(const QByteArray& bytes);
     void finishBlock();
+    bool hasMissedBlock() const;
     void forgetSender();
     void noticeNumber();
     void noteCancelled();
@@ -219,7 +220,7 @@ private:
 
     // XModem reception.
     bool xmodemOpened_ = false; // the first SOH of this program has come
-    bool xmodemNoise_ = false;  // bytes have come since the last block that belong to none
+    int xmodemNoise_ = 0;       // bytes since the last block that belong to none
     int xmodemPolls_ = 0;       // polls in a row that brought no SOH
     int xmodemBlocks_ = 0;      // blocks taken, repeats not counted
     int xmodemRepeats_ = 0;

@@ -17,8 +17,8 @@ constexpr int refusedSilence = 2;    // after a refused block, before a plain NA
 constexpr int refusedRepeat = 5;     // and between further ones
 constexpr int stalledSilence = 5;    // until a block that stays incomplete is dropped
 constexpr int pollsBeforePlain = 3;  // the opening ones
-constexpr int pollsAfterNoise = 1;   // a block has come, but could not be told from noise
-constexpr int pollsAfterSilence = 5; // XModem's ten seconds
+constexpr int pollsAfterNoise = 1;    // a block has come whose SOH was lost
+constexpr int pollsAfterSilence = 30; // a minute: longer than a sender takes its time
 } // namespace
 
 // --- Sending ---------------------------------------------------------------------------------------------------------
@@ -163,11 +163,11 @@ void viewTX::tmrXModem_Tick()
             sp->sendByte(iNAK);
         } else if (!xmodemOpened_ && xmodemPolls_ >= pollsBeforePlain) {
             sendPlainNak();
-        } else if (xmodemOpened_ && xmodemPolls_ >= (xmodemNoise_ ? pollsAfterNoise : pollsAfterSilence)) {
+        } else if (xmodemOpened_ && xmodemPolls_ >= (hasMissedBlock() ? pollsAfterNoise : pollsAfterSilence)) {
             // A plain peer waits for an answer for as long as our marked NAKs keep coming. It repeats a block that we
-            // have if our ACK was lost, so it is called late unless its block was.
+            // have if our ACK was lost, so it is called very late unless its block was.
             xmodemPolls_ = 0;
-            xmodemNoise_ = false;
+            xmodemNoise_ = 0;
             sendPlainNak();
         }
         return;
@@ -201,11 +201,11 @@ void viewTX::gatherXModem(const QByteArray& bytes)
         } else if (!booGotXModemSOH && byte == iSOH) {
             booGotXModemSOH = true;
             xmodemOpened_ = true;
-            xmodemNoise_ = false;
+            xmodemNoise_ = 0;
             xmodemPolls_ = 0;
             bytesXModemPacket.clear();
         } else if (!booGotXModemSOH) {
-            xmodemNoise_ = true;
+            ++xmodemNoise_;
             if (byte == CAN) ++cancels;
         }
         if (booGotXModemSOH) {
@@ -221,10 +221,17 @@ void viewTX::gatherXModem(const QByteArray& bytes)
     refreshStatus();
 }
 
+// Without its SOH a block is noise, but so much of it that it can be nothing else.
+bool viewTX::hasMissedBlock() const
+{
+    return xmodemNoise_ >= XModemBlock::dataSize;
+}
+
 // What comes next is another program.
 void viewTX::forgetSender()
 {
-    xmodemOpened_ = xmodemNoise_ = false;
+    xmodemOpened_ = false;
+    xmodemNoise_ = 0;
     xmodemPolls_ = 0;
     xmodemLastNumber_ = -1;
 }

@@ -61,8 +61,10 @@ void XModemReceivingTest::bytesInRepliesOut_data()
     const QByteArray headless = '\x03' + blockB.mid(1); // its SOH is damaged
     row("plain NAK when a block came as noise", Script{blockA, headless} + ticks(4) + Script{blockB},
         ACK + ".." + NAK + plainNAK + NAK + ACK, dataA + dataB);
-    row("plain NAK after ten silent seconds between blocks", Script{blockA} + ticks(12),
-        ACK + "." + NAK + "." + NAK + "." + NAK + "." + NAK + "." + NAK + plainNAK + NAK, dataA);
+    row("plain NAK after a silent minute between blocks", Script{blockA} + ticks(62),
+        ACK + QByteArray("." + NAK).repeated(30) + plainNAK + NAK, dataA);
+    row("a glitch between blocks brings no plain NAK", Script{blockA, "\x03\x7F"} + ticks(6),
+        ACK + ".." + NAK + "." + NAK + "." + NAK, dataA);
     row("noise before a block", {"\x06G\x15", blockA}, "." + ACK, dataA);
     row("two blocks and the end", {blockA, blockB, EOT}, ACK + ACK + ACK, dataA + dataB);
     row("bytes put the next poll off", {tick, blockA, tick, tick}, "." + ACK + "." + NAK, dataA);
