@@ -12,6 +12,7 @@
 namespace
 {
 constexpr qsizetype pieceSize = 1 << 20; // bytes converted at a time, so that a huge file is not held twice
+constexpr int paintInterval = 80;        // ms, while lines go out
 } // namespace
 
 qsizetype ProgramEditor::ask(unsigned message, qsizetype first, qsizetype second) const
@@ -145,8 +146,17 @@ bool ProgramEditor::isShown() const
     return colouring_->unshownLine() == 0;
 }
 
+// Lines may go out faster than anyone can read them: painting each would cost more than sending it.
+void ProgramEditor::paintSoon()
+{
+    if (paintPause_.isActive()) return;
+    viewport()->setUpdatesEnabled(false);
+    paintPause_.start(paintInterval);
+}
+
 void ProgramEditor::markLineOut(Line line)
 {
+    paintSoon();
     clearLineOut();
     lineOut_ = static_cast<int>(ask(SCI_LINEFROMPOSITION, line.start));
     markerAdd(lineOut_, lineOutArrow);

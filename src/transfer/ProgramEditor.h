@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QTimer>
 
 #include <string_view>
 
@@ -84,6 +85,7 @@ private:
     void setUpLook();
     void setUpKeys();
     void paintNotice();
+    void paintSoon();
     void select(Line line);
     void tellCaret(int updated);
     void fitLineNumbers();
@@ -97,4 +99,5 @@ private:
     int lineOut_ = -1;
     bool caretHeld_ = false;
     Line shownPlace_;
+    QTimer paintPause_;
 };

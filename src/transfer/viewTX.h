@@ -163,6 +163,7 @@ private:
 
     bool underWay() const;
     bool isXModem() const;
+    void sendHeader();
     void continueSend();
     void endedByItself();
     void applyLock();

@@ -75,12 +75,15 @@ void viewTX::beginSend()
     if (mc->MCFLOW == 1 && !sp->setFlow(1)) return portLost();
     booWaitingForStartSignal = false;
     setComboHidden(true);
-    const bool isRest = selectedStart() != fromTheTop && resume_;
+    const bool isRest = selectedStart() != fromTheTop && resume_ && resume_->state != TxState::txState_idle;
     isRest ? status_.clock.resume(now()) : beginClock();
     status_.enter(TransferState::Sending);
     refreshStatus();
-    if (selectedStart() != fromTheTop) return continueSend();
+    selectedStart() == fromTheTop ? sendHeader() : continueSend();
+}
 
+void viewTX::sendHeader()
+{
     const auto type = Framing::controlType(mc->MCMODE);
     if (type == ControlType::Okuma) doneOkumaNulls = false;
     txState.State = TxState::txState_sending_header;
@@ -90,6 +93,10 @@ void viewTX::beginSend()
 void viewTX::continueSend()
 {
     if (!resume_) return sendLine();
+    if (resume_->state == TxState::txState_idle) {
+        resume_.reset();
+        return sendHeader();
+    }
     // What the stop cut off goes out first; its completion then leads on as if there had been no stop.
     txState.State = resume_->state;
     txEOF = resume_->txEOF;
@@ -164,6 +171,8 @@ void viewTX::btnStop_Click()
 {
     const bool ownsCaret = dncRunning() && !isXModem();
     if (ownsCaret && underWay()) resume_ = ResumePoint{txState.State, txEOF, nextLine_};
+    // Stopped in the wait, nothing has gone out: the header is still to come.
+    if (ownsCaret && booWaitingForStartSignal && selectedStart() == fromTheTop) resume_ = ResumePoint{};
     if (dncRunning()) {
         status_.clock.stop(now());
         status_.enter(TransferState::Stopped);

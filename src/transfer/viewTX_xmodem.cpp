@@ -13,10 +13,10 @@ constexpr char CAN = 24; // the receiver cancels
 
 // Ticks of the one-second timer.
 constexpr int pollTicks = 2;
-constexpr int refusedSilence = 2;    // after a refused block, before a plain NAK
-constexpr int refusedRepeat = 5;     // and between further ones
-constexpr int stalledSilence = 5;    // until a block that stays incomplete is dropped
-constexpr int pollsBeforePlain = 3;  // the opening ones
+constexpr int refusedSilence = 2;     // after a refused block, before a plain NAK
+constexpr int refusedRepeat = 5;      // and between further ones
+constexpr int stalledSilence = 5;     // until a block that stays incomplete is dropped
+constexpr int pollsBeforePlain = 3;   // the opening ones
 constexpr int pollsAfterNoise = 1;    // a block has come whose SOH was lost
 constexpr int pollsAfterSilence = 30; // a minute: longer than a sender takes its time
 } // namespace

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void laterStartSignalsChangeNothing();
     void sendNowAndHideBox();
     void stopInTheWaitEndsTheWait();
+    void stopInTheWaitDoesNotLoseTheHeader();
     void clicksDuringTheWaitDoNotChooseTheLine();
     void everyRepeatWaitsAgain();
     void continuedSendEndsTheWaitAndTurnsFlowControlOn();
@@ -121,6 +122,21 @@ void WaitingTest::stopInTheWaitEndsTheWait()
     rig.deliver(startSignal);
     QVERIFY(!rig.view->dncRunning());
     QCOMPARE(rig.readAll(), QByteArray());
+}
+
+void WaitingTest::stopInTheWaitDoesNotLoseTheHeader()
+{
+    TransferRig rig;
+    rig.machine->MCTXSOT = "37,13,10";
+    startWaiting(rig, 1);
+    for (int stop = 0; stop < 2; ++stop) {
+        rig.click("btnStop");
+        rig.click("btnSend"); // waits again
+        QVERIFY(rig.isShown("boxWaitForCNC"));
+    }
+    rig.pty.write(startSignal);
+    QTRY_VERIFY(!rig.isShown("boxWaitForCNC"));
+    QCOMPARE(rig.readUntilIdle(), "%\r\n" + onTheLine);
 }
 
 void WaitingTest::clicksDuringTheWaitDoNotChooseTheLine()
