@@ -164,7 +164,7 @@ void ReceivingTest::savedFileHoldsEveryByte()
     const QString path = folder.filePath("O1.nc");
     TransferRig rig;
     rig.start(false);
-    const QByteArray chunk("%\r\n\0O1\x7F\t\r\n\x1A\x13%", 15);
+    const QByteArray chunk("%\r\n\0O1\x7F\t\r\n\x1A\x13%", 13);
     rig.deliver(chunk);
     rig.view->saveFile(path);
     QCOMPARE(contentOf(path), chunk);
