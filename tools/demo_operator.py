@@ -45,10 +45,10 @@ class Operator:
     def meet_failed_port(self, control):
         self._open_menu(control)
         self._choose("Send")
-        self._window.wait_for("Start-up error")
+        self._window.wait_for("Setup...")
         self._picture("failed-port")
         self._window.click("Cancel", MAIN_WINDOW)
-        self._window.wait_until_gone("Start-up error")
+        self._window.wait_until_gone("Setup...")
 
     def send(self, simulator):
         """Sends the control's program from the menu to the end and closes the view again."""

@@ -127,10 +127,10 @@ class Photographer:
 
     def _failed_port(self):
         self._choose(UNPLUGGED, "Send")
-        self._window.wait_for("Start-up error")
+        self._window.wait_for("Setup...")
         self._take("failed-port")
         self._window.press("Escape")
-        self._window.wait_until_gone("Start-up error")
+        self._window.wait_until_gone("Setup...")
 
     def _wait_box(self, control):
         self._open_program(control)

@@ -38,8 +38,11 @@ QString sends(const QByteArray& bytes)
 void viewSetup::watchFields()
 {
     for (auto* box : findChildren<QComboBox*>()) {
-        // Typing "/dev/ttyUSB1" must not become "/dev/ttyUSB10" because that is in the list.
-        if (box->isEditable()) box->setCompleter(nullptr);
+        if (box->isEditable()) {
+            // Typing "/dev/ttyUSB1" must not become "/dev/ttyUSB10" because that is in the list.
+            box->setCompleter(nullptr);
+            box->lineEdit()->setAccessibleName(box->accessibleName()); // the form's name is that of the box alone
+        }
         box->installEventFilter(this);
         connect(box, &QComboBox::currentTextChanged, this, &viewSetup::showLive);
         connect(box, &QComboBox::currentIndexChanged, this, &viewSetup::showLive);
