@@ -13,12 +13,9 @@ class GalleryWindow(window.Window):
         super().__init__(process, "Varnock")
         self._scale = scale
 
-    def click(self, name, inside=None):
-        # Positions are told before scaling.
-        control = self.wait_for(name, inside)
-        box = window._settled_box(control)
-        x, y = ((edge + length // 2) * self._scale for edge, length in ((box.x, box.width), (box.y, box.height)))
-        window._xdotool("mousemove", "--sync", str(x), str(y), "click", "1")
+    def _middle(self, name, inside):
+        middle = super()._middle(name, inside)
+        return middle and tuple(position * self._scale for position in middle)  # told before scaling
 
     def wait_until_still(self, seconds=3):
         """Until two looks in a row see the same, or some time has passed: progress goes on."""
