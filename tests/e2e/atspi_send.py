@@ -61,7 +61,9 @@ def accessible_window(process):
             box = self._wait_until(lambda: self._labelled(label), f'a list labelled "{label}"')
             _act(box, "ShowMenu")
             self._wait_until(lambda: _has(box, Atspi.StateType.EXPANDED), f'the list of "{label}" to open')
-            self.type(item[0].lower())  # moves to the item that begins with it
+            items = [_name(entry) for entry in _children(_children(box)[0])]
+            for key in ["Home"] + ["Down"] * items.index(item):
+                self.press(key)
             self.press("Return")
             self._wait_until(chosen, f'"{label}" to show "{item}"')
 
