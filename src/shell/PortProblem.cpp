@@ -21,6 +21,7 @@ QString PortProblem::likelyCause(const QString& path, int error)
         return QStringLiteral("The port is in use by another program or by another machine's view. Close it there, "
                               "then try again.");
     case ENOTTY:
+    case EISDIR:
         return QStringLiteral("This is not a serial port.");
     case EINVAL:
         return QStringLiteral("The port does not take these line settings, most likely the speed.");
