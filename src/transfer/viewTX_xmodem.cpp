@@ -34,7 +34,6 @@ void viewTX::startXModem()
 {
     setEOB();
     ui->rt1->setReadOnly(true);
-    ui->lblStatus->hide();
     booSentXModemBOF = booSentXModemEOF = booSentXModemEOT = false;
     iXModemPacketNo = 1;
     bPacket.clear();
