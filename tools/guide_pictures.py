@@ -21,10 +21,10 @@ from controls import Control, Simulator
 
 PICTURES = controls.SOURCE / "docs" / "images"
 PROGRAMS = Path(tempfile.gettempdir()) / "nc-programs"  # seen in the pictures
-LARGEST = 150_000  # bytes of a picture
+LARGEST = 160 * 1024  # bytes of a picture
 MENU = "DNC menu"
 MENU_KEYS = {"Send": "s", "Receive": "r", "Setup": "u"}
-SCREEN = (1120, 760)
+SCREEN = (1024, 700)
 FREE_CORNER = (SCREEN[0] - 2, SCREEN[1] - 2)
 
 MILL = Control("Mill 1", "", "O3000-surface.nc", {"MCMODE": "Fanuc", "MCFLOW": 1, "MCBAUD": 19200, "MCDBPAR": 2},
