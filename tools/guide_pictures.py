@@ -33,8 +33,8 @@ LATHE = Control("Lathe 2", "", "shaft.min", {"MCMODE": "Okuma", "MCFLOW": 1},
                 ["--type", "okuma", "--xon-xoff", "--rate", "20"])
 WAITING = Control("Mill 3", "", "pocket.nc", {"MCFLOW": 1, "MCWAIT": "true", "MCTXSOT": "%,13,10",
                                               "MCTXEOT": "%,13,10"}, ["--type", "plain"])
-XMODEM = Control("Mill 4", "", "O2500-cam.nc", {"MCFLOW": controls.XMODEM, "MCBAUD": 38400}, ["--xmodem-receive"])
-DRILL = Control("Drill 5", "", "O0042-bolt-circle.nc", {"MCFLOW": 1, "MCBAUD": 1200, "MCDBPAR": 2},
+XMODEM = Control("Mill 4", "", "O3000-surface.nc", {"MCFLOW": controls.XMODEM, "MCBAUD": 38400}, ["--xmodem-receive"])
+DRILL = Control("Drill 5", "", "O1001-bracket.nc", {"MCFLOW": 1, "MCBAUD": 1200, "MCDBPAR": 2},
                 ["--even-parity", "--xon-xoff", "--punch-rate", "60"], punches=True)
 SAW = Control("Saw 6", "", "", {"MCPORT": "/dev/ttyUSB9"})
 SHOP = [MILL, LATHE, WAITING, XMODEM, DRILL, SAW]
@@ -99,9 +99,7 @@ class Photographer:
         self._send(LATHE)
         self._window.wait_for("Held by the control")
         self._take("drip-feed")
-        self._choose(MILL.name, "Send")
-        self._window.choose_file(PROGRAMS / MILL.program, "Open program")
-        self._press_send()
+        self._send(MILL)
         self._until(lambda: self._window.share("Transfer progress", "Varnock") >= 0.2, "some of the program to go")
         self._take("main-window")
         self._window.click("Stop", "Varnock")
@@ -123,9 +121,6 @@ class Photographer:
     def _send(self, control):
         self._choose(control.name, "Send")
         self._window.choose_file(PROGRAMS / control.program, "Open program")
-        self._press_send()
-
-    def _press_send(self):
         self._window.wait_for("Ready to send")
         self._window.click("Send", "Varnock")
         self._window.wait_for("Stop", "Varnock")
