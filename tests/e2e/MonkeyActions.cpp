@@ -17,6 +17,12 @@
 
 #include <algorithm>
 
+namespace
+{
+constexpr auto stoppedAt = "monkeyStoppedAt"; // caret's place when a send was stopped
+constexpr qlonglong nowhere = -1;
+} // namespace
+
 // What would change the bytes on the line, or the line itself, would make every check meaningless.
 bool MonkeyTest::isHarmless(const QWidget& widget)
 {
@@ -29,7 +35,7 @@ bool MonkeyTest::isHarmless(const QWidget& widget)
 
 int MonkeyTest::weight(const QWidget& widget)
 {
-    static const QHash<QString, int> weights = {{"btnMC", 4},     {"btnTX", 12},      {"btnSend", 25}, {"btnStop", 4},
+    static const QHash<QString, int> weights = {{"btnMC", 4},     {"btnTX", 12},      {"btnSend", 25}, {"btnStop", 12},
                                                 {"btnRewind", 3}, {"btnAddMC", 2},    {"rt1", 8},      {"btnSave", 3},
                                                 {"btnUnDock", 4}, {"btnSendNow", 12}, {"btnClose", 3}, {"cbo1", 4}};
     if (widget.objectName() == QLatin1String("btnAddMC") && g::mcIcons.size() > 6) return 0;
@@ -53,27 +59,50 @@ QList<QWidget*> MonkeyTest::touchable() const
     return found;
 }
 
-// What a send began with is known before it does: its first byte may arrive at once.
+// Where a stopped send goes on by itself as long as nobody touches caret or text, and nothing may be lost or doubled.
+void MonkeyTest::watchStops(viewTX* view)
+{
+    if (view->property(stoppedAt).isValid()) return;
+    view->setProperty(stoppedAt, nowhere);
+    auto* editor = view->findChild<ProgramEditor*>("rt1");
+    const auto forget = [view] { view->setProperty(stoppedAt, nowhere); };
+    connect(editor, &ProgramEditor::operatorTouched, view, forget);
+    connect(editor, &QsciScintilla::textChanged, view, forget);
+}
+
+// What a send begins with is known before it does: its first byte may arrive at once.
 template <typename Action> void MonkeyTest::recordSends(Action action)
 {
     struct Before {
         QPointer<viewTX> view;
         Place* place;
         QByteArray line;
+        bool wasSending;
     };
+    const auto isFromTop = [](const viewTX& view) { return view.findChild<QComboBox*>("cbo1")->currentIndex() == 0; };
     QList<Before> before;
     for (auto* view : transfers()) {
         auto* editor = view->findChild<ProgramEditor*>("rt1");
         auto* place = placeOf(*view->mc);
-        if (!place || !editor || view->dncRunning()) continue;
-        const bool isTop = view->findChild<QComboBox*>("cbo1")->currentIndex() == 0;
+        if (!place || !editor) continue;
+        watchStops(view);
+        const bool wasSending = view->dncRunning() && view->txState.State != viewTX::TxState::txState_idle;
+        const bool isTop = isFromTop(*view);
+        if (isTop) view->setProperty(stoppedAt, nowhere);
+        const bool goesOn = view->property(stoppedAt).toLongLong() == editor->caret();
         QString line = editor->lineText(editor->lineAt(isTop ? 0 : editor->caret()));
         if (line.isEmpty()) line = editor->lineText(editor->lineAt(0)); // behind the last: a repeat begins at the top
-        before << Before{view, place, line.toLatin1()};
+        const bool mayBegin = !view->dncRunning() && !goesOn;
+        before << Before{view, place, mayBegin ? line.toLatin1() : QByteArray(), wasSending};
     }
     action();
-    for (const auto& one : before)
-        if (one.view && one.view->dncRunning()) one.place->wire.sendBegins(one.line);
+    for (const auto& one : before) {
+        viewTX* view = one.view;
+        if (!view) continue;
+        if (view->dncRunning() && !one.line.isEmpty()) one.place->wire.sendBegins(one.line);
+        const bool isStopped = one.wasSending && !view->dncRunning() && !isFromTop(*view);
+        if (isStopped) view->setProperty(stoppedAt, qlonglong(view->findChild<ProgramEditor*>("rt1")->caret()));
+    }
 }
 
 void MonkeyTest::clickSomething()

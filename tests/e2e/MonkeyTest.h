@@ -31,6 +31,7 @@ private:
     };
 
     void buildShop();
+    void watchStops(viewTX* view);
     template <typename Action> void recordSends(Action action);
     void act();
     void chooseSomething();
