@@ -147,6 +147,10 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    // Items of cbo1.
+    static constexpr int fromTheTop = 0;
+    static constexpr int fromTheCaret = 1;
+
     // Where a stopped transfer goes on, as long as the operator leaves caret and text alone.
     struct ResumePoint {
         int state = TxState::txState_idle;
@@ -202,6 +206,7 @@ private:
     void setUpFonts();
     void showPictures();
     void portVanished();
+    void goBackToLineOut();
     void portLost();
     bool portIsBack();
 

@@ -7,12 +7,6 @@
 #include "transfer/LineFilter.h"
 #include "transfer/MachineProgress.h"
 
-namespace
-{
-constexpr int fromTheTop = 0;
-constexpr int fromTheCaret = 1;
-} // namespace
-
 int viewTX::selectedStart() const
 {
     return ui->cbo1->currentIndex();

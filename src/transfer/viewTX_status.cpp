@@ -16,7 +16,6 @@
 namespace
 {
 constexpr int refreshInterval = 250; // ms
-constexpr int fromTheCaret = 1;      // item of cbo1
 } // namespace
 
 qint64 viewTX::now() const
@@ -90,7 +89,7 @@ TransferFacts viewTX::facts(TransferState state) const
     facts.repeats = xmodemRepeats_;
     facts.notice = noticeFor(state);
     if (!booModeTX) return facts;
-    facts.isFromTop = isXModem() || selectedStart() == 0;
+    facts.isFromTop = isXModem() || selectedStart() == fromTheTop;
     const bool isRunning = dncRunning();
     const bool isOut = state == TransferState::Sending || state == TransferState::Held || isXModem();
     const qsizetype next = isRunning || state == TransferState::Stopped ? nextLine_ : ui->rt1->caret();
@@ -179,24 +178,33 @@ void viewTX::portVanished()
 {
     if (status_.entered() == TransferState::PortLost) return;
     lostNotice_.clear();
-    if (dncRunning()) {
-        const bool hasLinesOut =
-            txState.State == TxState::txState_sending_body || txState.State == TxState::txState_sending_trailer;
-        btnStop_Click();
-        if (hasLinesOut) {
-            // How much of this line reached the control nobody knows, so its rest is not sent on its own.
-            nextLine_ = iIndexCurrentLine;
-            ui->rt1->moveCaretTo(nextLine_);
-            ui->cbo1->setCurrentIndex(fromTheCaret);
-            lostNotice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
-                              .arg(TransferWords::number(ui->rt1->lineNumber(nextLine_)));
-        }
+    const bool isRunning = dncRunning();
+    if (isRunning || resume_) {
+        // A stop may have come before; what it cut off went with the port.
+        const int reached = resume_ ? resume_->state : txState.State;
+        const bool isFromTop = isRunning && selectedStart() == fromTheTop;
+        const bool hasNoLinesOut = reached == TxState::txState_sending_header || resume_;
+        if (isRunning) btnStop_Click();
+        if (reached == TxState::txState_sending_body || reached == TxState::txState_sending_trailer)
+            goBackToLineOut();
+        else if (isFromTop || hasNoLinesOut)
+            ui->cbo1->setCurrentIndex(fromTheTop);
         resume_.reset();
     }
     tmrXModemTimer.stop();
     sp->Close();
     status_.enter(TransferState::PortLost);
     refreshStatus();
+}
+
+// How much of this line reached the control nobody knows, so its rest is not sent on its own.
+void viewTX::goBackToLineOut()
+{
+    nextLine_ = iIndexCurrentLine;
+    ui->rt1->moveCaretTo(nextLine_);
+    ui->cbo1->setCurrentIndex(fromTheCaret);
+    lostNotice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
+                      .arg(TransferWords::number(ui->rt1->lineNumber(nextLine_)));
 }
 
 void viewTX::portLost()

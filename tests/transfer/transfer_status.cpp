@@ -40,6 +40,8 @@ private Q_SLOTS:
     void lostPortIsToldInEveryState();
     void nothingGoesOnBehindALostPort();
     void sendGoesOnWhenTheAdapterIsBack();
+    void lostPortTakesNothingOfTheProgramAway_data();
+    void lostPortTakesNothingOfTheProgramAway();
     void sendWithoutTheAdapterKeepsThePlace();
     void nothingIsCutOff_data();
     void nothingIsCutOff();
@@ -270,6 +272,53 @@ void StatusTest::sendGoesOnWhenTheAdapterIsBack()
     QCOMPARE(rig.machine->activity, TransferActivity::Idle);
     again.hangUp(); // noticed again
     QTRY_COMPARE(headline(rig), QString("Port lost"));
+}
+
+// The port keeps what a stop cut off; with the port that is gone, and no part of the program may go with it.
+void StatusTest::lostPortTakesNothingOfTheProgramAway_data()
+{
+    QTest::addColumn<bool>("waits");
+    QTest::addColumn<int>("writesOut");
+    QTest::addColumn<bool>("stops");
+    QTest::addColumn<QByteArray>("rest");
+    const QByteArray whole = "%\r\n" + onTheLine;
+    const QByteArray lines = "G2 X2\r\nM30\r\n";
+    QTest::newRow("in the wait") << true << 0 << false << whole;
+    QTest::newRow("after a stop in the wait") << true << 0 << true << whole;
+    QTest::newRow("in the header") << false << 0 << false << whole;
+    QTest::newRow("after a stop in the header") << false << 0 << true << whole;
+    QTest::newRow("in a line") << false << 3 << false << lines;
+    QTest::newRow("after a stop in a line") << false << 3 << true << lines;
+}
+
+void StatusTest::lostPortTakesNothingOfTheProgramAway()
+{
+    QFETCH(bool, waits);
+    QFETCH(int, writesOut);
+    QFETCH(bool, stops);
+    QFETCH(QByteArray, rest);
+    const QTemporaryDir folder;
+    TransferRig rig;
+    rig.machine->MCPORT = folder.filePath("adapter");
+    rig.machine->MCTXSOT = "37,13,10";
+    rig.machine->MCWAIT = waits;
+    rig.start();
+    rig.open(program);
+    if (writesOut > 0) rig.holdLineAfter(writesOut);
+    if (writesOut == 0) rig.holdLine();
+    rig.click("btnSend");
+    QTRY_VERIFY(rig.isHeld());
+    if (stops) rig.click("btnStop");
+    rig.pty.hangUp();
+    QTRY_COMPARE(headline(rig), QString("Port lost"));
+
+    PtyPair again;
+    linkTo(again.devicePath(), rig.machine->MCPORT);
+    rig.click("btnSend");
+    if (waits) rig.click("btnSendNow");
+    QByteArray got;
+    QTRY_VERIFY((got += again.read()).endsWith("M30\r\n"));
+    QCOMPARE(got, rest);
 }
 
 void StatusTest::sendWithoutTheAdapterKeepsThePlace()
