@@ -140,7 +140,7 @@ void benchOneLine(int megabytes)
 
 // One machine with its view, on a line to a control that takes everything at once.
 struct Station {
-    explicit Station(const QByteArray& text)
+    explicit Station(const QByteArray& text, bool sends = true)
     {
         const auto mc = std::make_shared<MachineRecord>();
         mc->MCFLOW = 0;
@@ -149,7 +149,7 @@ struct Station {
         child->port->Speed = 115200;
         child->port->Parity = 0;
         if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
-        view.initialize(true, 1);
+        view.initialize(sends, 1);
         view.resize(900, 600);
         view.show();
         editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
@@ -165,7 +165,7 @@ struct Station {
     Station(const Station&) = delete;
     Station& operator=(const Station&) = delete;
 
-    const FastControl control;
+    FastControl control;
     const std::shared_ptr<Child> child = std::make_shared<Child>();
     viewTX view;
     ProgramEditor* editor = nullptr;
@@ -256,42 +256,23 @@ void benchSending(int lines)
 void benchReceiving(int lines)
 {
     const QByteArray text = program(lines);
-    FastControl control;
-    const auto child = std::make_shared<Child>();
-    const auto mc = std::make_shared<MachineRecord>();
-    mc->MCFLOW = 0;
-    g::mcIcons = {std::make_shared<MachineRecord>(), mc};
-    g::mcChildViews = {std::make_shared<ChildView>(), child};
-    child->port->Speed = 115200;
-    child->port->Parity = 0;
-    if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
-    {
-        viewTX view;
-        view.initialize(false, 1);
-        view.resize(900, 600);
-        view.show();
-        QApplication::processEvents();
-        auto* editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
-
-        QElapsedTimer beat; // stands for the operator's clicks and keys
-        qint64 longestGap = 0;
-        QTimer heart;
-        QObject::connect(&heart, &QTimer::timeout, [&] { longestGap = std::max(longestGap, beat.restart()); });
-        QElapsedTimer timer;
-        timer.start();
-        beat.start();
-        heart.start(1);
-        control.punch(text);
-        while (editor->textSize() < text.size() && timer.elapsed() < 600'000)
-            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        const double whole = milliseconds(timer);
-        std::printf("receive %7d lines %6.1f MB   %8.1f ms   %6.2f MB/s   longest gap %5lld ms   %s\n", lines,
-                    static_cast<double>(text.size()) / 1e6, whole, static_cast<double>(text.size()) / 1e3 / whole,
-                    static_cast<long long>(longestGap), editor->wholeText() == text ? "same bytes" : "BYTES DIFFER");
-    }
-    child->port->Close();
-    g::mcIcons.clear();
-    g::mcChildViews.clear();
+    Station station({}, false);
+    QElapsedTimer beat; // stands for the operator's clicks and keys
+    qint64 longestGap = 0;
+    QTimer heart;
+    QObject::connect(&heart, &QTimer::timeout, [&] { longestGap = std::max(longestGap, beat.restart()); });
+    QElapsedTimer timer;
+    timer.start();
+    beat.start();
+    heart.start(1);
+    station.control.punch(text);
+    while (station.editor->textSize() < text.size() && timer.elapsed() < 600'000)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const double whole = milliseconds(timer);
+    std::printf("receive %7d lines %6.1f MB   %8.1f ms   %6.2f MB/s   longest gap %5lld ms   %s\n", lines,
+                static_cast<double>(text.size()) / 1e6, whole, static_cast<double>(text.size()) / 1e3 / whole,
+                static_cast<long long>(longestGap),
+                station.editor->wholeText() == text ? "same bytes" : "BYTES DIFFER");
 }
 
 void benchSettings(int machines)

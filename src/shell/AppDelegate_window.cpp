@@ -179,7 +179,7 @@ void AppDelegate::showLogos()
     const bool isEmpty = g::mcIcons.size() <= 1;
     ui->lblWelcome->setText(isEmpty ? QStringLiteral("No machines yet") : QStringLiteral("Varnock"));
     ui->lblHint->setText(
-        isEmpty ? QStringLiteral("Press \"Add machine\" (Ctrl+N), then click the new machine and choose Setup.")
+        isEmpty ? QStringLiteral("Press \"Add machine\" (Ctrl+Shift+N), then click the new machine and choose Setup.")
                 : QStringLiteral("Click a machine to send a program, receive one, or set it up."));
 }
 

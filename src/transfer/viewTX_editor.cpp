@@ -144,6 +144,9 @@ void viewTX::btnFont_Click() {}
 void viewTX::setTextLocked(bool locked)
 {
     ui->btnLock->setIcon(Images::icon(locked ? QStringLiteral("locked") : QStringLiteral("unlocked")));
+    const auto keys = ui->btnLock->shortcut();
+    ui->btnLock->setText(locked ? QStringLiteral("Unlock") : QStringLiteral("Lock"));
+    ui->btnLock->setShortcut(keys); // a new text takes it away
     ui->btnLock->setAccessibleDescription(locked ? QStringLiteral("Locked") : QStringLiteral("Unlocked"));
     vTextLocked = locked;
     applyLock();

@@ -16,6 +16,11 @@
 namespace
 {
 constexpr int refreshInterval = 250; // ms
+
+void showImage(QLabel& label, const QString& image)
+{
+    Images::showIn(label, image, label.minimumWidth());
+}
 } // namespace
 
 qint64 viewTX::now() const
@@ -108,8 +113,7 @@ void viewTX::refreshStatus()
     ui->lblStatus->setText(status_.details(now(), current));
     if (shownState_ != state) {
         shownState_ = state;
-        const auto image = Images::icon(TransferStatus::image(state));
-        ui->imgTransferState->setPixmap(image.pixmap(ui->imgTransferState->minimumSize(), devicePixelRatioF()));
+        showImage(*ui->imgTransferState, TransferStatus::image(state));
         icon().showActivity(TransferStatus::activity(state));
     }
     if (!TransferStatus::isLive(state))
@@ -145,15 +149,10 @@ void viewTX::setUpFonts()
     ui->lblProgram->setFont(scaled(1));
 }
 
-// Pixmaps are painted in the theme's colours once; buttons paint their icons themselves.
 void viewTX::showPictures()
 {
-    const auto show = [this](QLabel* label, const QString& name) {
-        label->setPixmap(Images::icon(name).pixmap(label->minimumSize(), devicePixelRatioF()));
-    };
-    show(ui->imgCell, booModeTX ? QStringLiteral("send") : QStringLiteral("receive"));
-    show(ui->imgWait, QStringLiteral("state-waiting"));
-    shownState_.reset();
+    showImage(*ui->imgCell, booModeTX ? QStringLiteral("send") : QStringLiteral("receive"));
+    showImage(*ui->imgWait, QStringLiteral("state-waiting"));
     refreshStatus();
 }
 
@@ -161,7 +160,6 @@ void viewTX::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange) setUpFonts();
-    if (event->type() == QEvent::PaletteChange) showPictures();
 }
 
 void viewTX::showProgramName()

@@ -85,7 +85,7 @@ void ShellTest::panelIsWorkedByKeyboard()
 
     op.window().activateWindow();
     QTRY_COMPARE(QApplication::activeWindow(), &op.window());
-    QTest::keyClick(&op.window(), Qt::Key_N, Qt::ControlModifier);
+    QTest::keyClick(&op.window(), Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
     QTRY_COMPARE(g::mcIcons.size(), 5);
     QVERIFY(focused(4));
 }

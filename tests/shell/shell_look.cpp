@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "resources/Images.h"
-#include "shell/ShortLabel.h"
+#include "transfer/ShortLabel.h"
 #include "shell/MachineButton.h"
 #include "shell/TextLook.h"
 #include "shell/viewMC.h"

@@ -63,6 +63,15 @@ void TransferRig::open(const QByteArray& program)
     view->openFile(file.fileName());
 }
 
+void TransferRig::startTyping(const QByteArray& program)
+{
+    start();
+    open(program);
+    view->activateWindow();
+    editor->setFocus();
+    QVERIFY(QTest::qWaitForWindowActive(view.get()));
+}
+
 void TransferRig::click(const char* button)
 {
     auto* found = view->findChild<QAbstractButton*>(button);

@@ -46,6 +46,9 @@ public:
     ~TransferRig();
     void start(bool send = true);
 
+    /// Starts with the program open in the active window, ready for keys.
+    void startTyping(const QByteArray& program);
+
     /// Opens a program file of these bytes in the view.
     void open(const QByteArray& program);
     void click(const char* button);

@@ -14,15 +14,6 @@ class DroppingTest : public QObject
 
     static constexpr auto program = "N1 G0 X1\nN2 G1 X2\nN3 G1 X3\nN4 M30\n";
 
-    // A view with the program, ready for keys.
-    static void start(TransferRig& rig, const QByteArray& text = program)
-    {
-        rig.start();
-        rig.open(text);
-        rig.view->activateWindow();
-        rig.editor->setFocus();
-        QVERIFY(QTest::qWaitForWindowActive(rig.view.get()));
-    }
     static bool drop(QWidget* target, const QMimeData& data, Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction);
 
 private Q_SLOTS:
@@ -85,7 +76,7 @@ void DroppingTest::whatIsNotOneFileIsRefused()
     QFETCH(QList<QUrl>, urls);
     QFETCH(bool, copy);
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     rig.click("btnLock");
     rig.editor->moveCaretTo(5);
     QMimeData data;
@@ -100,7 +91,7 @@ void DroppingTest::whatIsNotOneFileIsRefused()
 void DroppingTest::lockedOrRunningViewRefusesDrops()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(rig.view->findChild<QLineEdit*>("txtPath")->text())});
     QVERIFY(!drop(rig.editor->viewport(), data));
@@ -124,7 +115,7 @@ void DroppingTest::dialogStartsWhereTheLastFileWas()
 {
     const QTemporaryDir folder;
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     rig.click("btnLock");
     const auto directory = [&](const char* button, const char* name) {
         rig.click(button);

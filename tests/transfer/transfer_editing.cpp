@@ -14,15 +14,6 @@ class EditingTest : public QObject
 
     static constexpr auto program = "N1 G0 X1\nN2 G1 X2\nN3 G1 X3\nN4 M30\n";
 
-    // A view with the program, ready for keys.
-    static void start(TransferRig& rig, const QByteArray& text = program)
-    {
-        rig.start();
-        rig.open(text);
-        rig.view->activateWindow();
-        rig.editor->setFocus();
-        QVERIFY(QTest::qWaitForWindowActive(rig.view.get()));
-    }
     static QSet<QString> enabledItems(TransferRig& rig);
 
 private Q_SLOTS:
@@ -63,7 +54,7 @@ void EditingTest::shortcutsReachTheButtons()
     QFETCH(int, key);
     QFETCH(QByteArray, text);
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     rig.click("btnLock");
     rig.editor->setFocus();
     rig.editor->moveCaretTo(12);
@@ -80,7 +71,7 @@ void EditingTest::shortcutsReachTheButtons()
 void EditingTest::tabNeverTraps()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     for (const bool locked : {true, false}) {
         rig.view->setTextLocked(locked);
         rig.editor->setFocus();
@@ -95,7 +86,7 @@ void EditingTest::tabNeverTraps()
 void EditingTest::zoomKeys()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     const auto height = [&] { return rig.editor->textHeight(0); };
     const int normal = height();
     const int margin = rig.editor->marginWidth(0);
@@ -118,7 +109,7 @@ void EditingTest::zoomKeys()
 void EditingTest::noWayInForACarriageReturn()
 {
     TransferRig rig;
-    start(rig, "");
+    rig.startTyping("");
     rig.click("btnLock");
     QApplication::clipboard()->setText("G0\r\nG1\rG2\n");
     QTest::keyClick(rig.editor, Qt::Key_V, Qt::ControlModifier);
@@ -141,7 +132,7 @@ void EditingTest::menuOffersWhatCanBeDone()
 {
     using Texts = QSet<QString>;
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     QApplication::clipboard()->setText("G9");
     QCOMPARE(enabledItems(rig), (Texts{"Select all", "Find", "Go to line"}));
     rig.editor->moveCaretTo(12);

@@ -13,19 +13,10 @@ class FindingTest : public QObject
 
     static constexpr auto program = "N1 G0 X1\nN2 G1 X2\nN3 G1 X3\nN4 M30\n";
 
-    // A view with the program, ready for keys.
-    static void start(TransferRig& rig, const QByteArray& text = program)
-    {
-        rig.start();
-        rig.open(text);
-        rig.view->activateWindow();
-        rig.editor->setFocus();
-        QVERIFY(QTest::qWaitForWindowActive(rig.view.get()));
-    }
     // The send is under way and the line takes nothing more.
     static void startHeld(TransferRig& rig, const QByteArray& text)
     {
-        start(rig, text);
+        rig.startTyping(text);
         rig.holdLineAfter(3);
         rig.click("btnSend");
         QTRY_VERIFY(rig.isHeld());
@@ -51,7 +42,7 @@ private Q_SLOTS:
 void FindingTest::findGoesAroundTheProgram()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     QTest::keyClick(rig.editor, Qt::Key_F, Qt::ControlModifier);
     QTRY_VERIFY(field(rig)->hasFocus());
     QTest::keyClicks(field(rig), "g1");
@@ -76,7 +67,7 @@ void FindingTest::findGoesAroundTheProgram()
 void FindingTest::whatIsTypedIsFoundAtOnce()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     rig.editor->moveCaretTo(10);
     QTest::keyClick(rig.editor, Qt::Key_F, Qt::ControlModifier);
     QTest::keyClicks(field(rig), "X3"); // each letter goes on from where the first was found
@@ -89,7 +80,7 @@ void FindingTest::whatIsTypedIsFoundAtOnce()
 void FindingTest::missIsToldAndMovesNothing()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     rig.editor->moveCaretTo(10);
     const QColor before = field(rig)->palette().color(QPalette::Base);
     QTest::keyClick(rig.editor, Qt::Key_F, Qt::ControlModifier);
@@ -106,7 +97,7 @@ void FindingTest::missIsToldAndMovesNothing()
 void FindingTest::escapeClosesTheBarAndGoesBack()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     for (const bool byKey : {true, false}) {
         QTest::keyClick(rig.editor, Qt::Key_F, Qt::ControlModifier);
         QTRY_VERIFY(field(rig)->hasFocus());
@@ -219,7 +210,7 @@ void FindingTest::findingLeavesARunningTransferAlone()
 void FindingTest::goToLine()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     QTest::keyClick(rig.editor, Qt::Key_G, Qt::ControlModifier);
     auto* dialog = rig.view->findChild<QInputDialog*>("goToLineDialog");
     QVERIFY(dialog && dialog->isVisible());
@@ -250,7 +241,7 @@ void FindingTest::goToLineLeavesARunningTransferAlone()
 void FindingTest::continuesWhereFindWent()
 {
     TransferRig rig;
-    start(rig);
+    rig.startTyping(program);
     QTest::keyClick(rig.editor, Qt::Key_F, Qt::ControlModifier);
     QTest::keyClicks(field(rig), "N3");
     rig.chooseStart(1);

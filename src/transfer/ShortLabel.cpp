@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "shell/ShortLabel.h"
+#include "transfer/ShortLabel.h"
 
 #include <QHelpEvent>
 #include <QPainter>
