@@ -12,7 +12,7 @@
 namespace
 {
 constexpr qsizetype pieceSize = 1 << 20; // bytes converted at a time, so that a huge file is not held twice
-constexpr int paintInterval = 80;        // ms, while lines go out
+constexpr int markInterval = 80;         // ms, while lines go out
 } // namespace
 
 qsizetype ProgramEditor::ask(unsigned message, qsizetype first, qsizetype second) const
@@ -146,18 +146,19 @@ bool ProgramEditor::isShown() const
     return colouring_->unshownLine() == 0;
 }
 
-// Lines may go out faster than anyone can read them: painting each would cost more than sending it.
-void ProgramEditor::paintSoon()
-{
-    if (paintPause_.isActive()) return;
-    viewport()->setUpdatesEnabled(false);
-    paintPause_.start(paintInterval);
-}
-
+// Lines may go out faster than anyone can read them: showing each would cost more than sending it.
 void ProgramEditor::markLineOut(Line line)
 {
-    paintSoon();
+    lineToMark_ = line;
+    if (!markPause_.isActive()) showLineOut();
+}
+
+void ProgramEditor::showLineOut()
+{
+    if (!lineToMark_) return;
+    const Line line = *lineToMark_;
     clearLineOut();
+    markPause_.start(markInterval);
     lineOut_ = static_cast<int>(ask(SCI_LINEFROMPOSITION, line.start));
     markerAdd(lineOut_, lineOutArrow);
     markerAdd(lineOut_, lineOutBackground);
@@ -166,10 +167,12 @@ void ProgramEditor::markLineOut(Line line)
         ask(SCI_SETSELECTION, line.end, line.start);
     else
         select(line);
+    Q_EMIT lineOutShown();
 }
 
 void ProgramEditor::clearLineOut()
 {
+    lineToMark_.reset();
     if (lineOut_ < 0) return;
     markerDelete(lineOut_);
     lineOut_ = -1;

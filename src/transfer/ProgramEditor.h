@@ -7,6 +7,7 @@
 #include <QString>
 #include <QTimer>
 
+#include <optional>
 #include <string_view>
 
 class GCodeColouring;
@@ -46,7 +47,8 @@ public:
     void appendReceived(const QByteArray& bytes);
 
     void moveCaretTo(qsizetype position);
-    /// Marks the line as the one going out and leaves the caret behind it, where the next line begins.
+    /// Marks the line as the one going out and leaves the caret behind it, where the next line begins. When lines
+    /// follow each other fast, only every so often, the latest one then.
     void markLineOut(Line line);
     void clearLineOut();
 
@@ -66,6 +68,8 @@ public:
 Q_SIGNALS:
     /// The operator moved the caret or changed the text.
     void operatorTouched();
+    /// The mark of the line going out has moved.
+    void lineOutShown();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -85,7 +89,7 @@ private:
     void setUpLook();
     void setUpKeys();
     void paintNotice();
-    void paintSoon();
+    void showLineOut();
     void select(Line line);
     void tellCaret(int updated);
     void fitLineNumbers();
@@ -99,5 +103,6 @@ private:
     int lineOut_ = -1;
     bool caretHeld_ = false;
     Line shownPlace_;
-    QTimer paintPause_;
+    std::optional<Line> lineToMark_;
+    QTimer markPause_;
 };

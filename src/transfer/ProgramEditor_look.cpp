@@ -72,8 +72,8 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring
     connect(this, &QsciScintilla::SCN_ZOOM, this, &ProgramEditor::fitLineNumbers);
     connect(this, &QsciScintilla::textChanged, colouring_, &GCodeColouring::hideLongTails);
     connect(this, &QsciScintilla::SCN_UPDATEUI, this, &ProgramEditor::tellCaret);
-    paintPause_.setSingleShot(true);
-    connect(&paintPause_, &QTimer::timeout, this, [this] { viewport()->setUpdatesEnabled(true); });
+    markPause_.setSingleShot(true);
+    connect(&markPause_, &QTimer::timeout, this, &ProgramEditor::showLineOut);
     EditorAccess::install();
 }
 

@@ -64,6 +64,7 @@ viewTX::viewTX(QWidget* parent)
         resume_.reset();
         readyAgain();
     });
+    connect(ui->rt1, &ProgramEditor::lineOutShown, this, &viewTX::movePBars);
     connect(ui->rt1, &QsciScintilla::textChanged, this, [this] {
         resume_.reset();
         refreshStatusLater();

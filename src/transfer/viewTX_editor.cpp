@@ -187,8 +187,9 @@ void viewTX::movePBars()
 {
     const double unit = std::max(icon().pBarMaximum() / 100.0, 0.1);
     const double percent = static_cast<double>(iIndexCurrentLine) / unit;
+    const bool isAllOut = isXModem() ? booSentXModemEOF : txEOF;
     icon().setPBarValue(unit * percent);
-    showPercent(percent);
+    showPercent(isAllOut ? 100 : percent);
 }
 
 void viewTX::showPercent(double percent)

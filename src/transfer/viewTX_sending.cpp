@@ -125,9 +125,8 @@ void viewTX::sendLine()
     }
     // Also when nothing is left to send: the completion leads on to the trailer.
     send(g::getBytes(out));
-    movePBars();
-    ui->rt1->markLineOut(line);
-    if (txEOF) showPercent(100);
+    ui->rt1->markLineOut(line); // the progress bars move with the mark, but are full at once
+    if (txEOF) movePBars();
 }
 
 void viewTX::sendTrailer()
@@ -164,6 +163,7 @@ void viewTX::endedByItself()
 void viewTX::btnStop_Click()
 {
     const bool ownsCaret = dncRunning() && !isXModem();
+    if (underWay()) movePBars(); // the mark may lag a little behind
     if (ownsCaret && underWay()) resume_ = ResumePoint{txState.State, txEOF, nextLine_};
     // Stopped in the wait, nothing has gone out: the header is still to come.
     if (ownsCaret && booWaitingForStartSignal && selectedStart() == fromTheTop) resume_ = ResumePoint{};

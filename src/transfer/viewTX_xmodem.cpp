@@ -89,14 +89,11 @@ void viewTX::sendNextBlock()
     send(bPacket);
     iXModemPacketNo = XModemBlock::nextNumber(iXModemPacketNo);
     xmodemSent_ += part.size();
+    booSentXModemEOF = xmodemSent_ >= bBuffer.size();
     followBlocks();
-    if (status_.entered() != TransferState::Sending) {
-        status_.enter(TransferState::Sending);
-        refreshStatus();
-    }
-    if (xmodemSent_ < bBuffer.size()) return;
-    booSentXModemEOF = true;
-    showPercent(100);
+    if (status_.entered() == TransferState::Sending) return;
+    status_.enter(TransferState::Sending);
+    refreshStatus();
 }
 
 // Takes the highlight to the line that holds the last byte sent.
@@ -110,7 +107,7 @@ void viewTX::followBlocks()
     }
     iIndexCurrentLine = xmodemLineStart_;
     ui->rt1->markLineOut({xmodemLineStart_, xmodemLineEnd_});
-    movePBars();
+    if (booSentXModemEOF) movePBars();
 }
 
 // The buttons alone look as after a whole transfer.

@@ -130,7 +130,7 @@ void EditorTest::oneLineIsMarkedAtATime()
     for (const qsizetype position : {0, 3, 6}) {
         const auto line = editor.lineAt(position);
         editor.markLineOut(line);
-        QCOMPARE(editor.caret(), line.end);
+        QTRY_COMPARE(editor.caret(), line.end);
         int marked = 0;
         for (int number = 0; number < editor.lines(); ++number)
             marked += editor.markersAtLine(number) != 0;

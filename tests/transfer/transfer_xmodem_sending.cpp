@@ -197,10 +197,10 @@ void XModemSendingTest::highlightReachesTheEndWithTheLastByte()
     QVERIFY(rig.editor->markersAtLine(0) != 0);
     rig.deliver(ACK);
     QCOMPARE(rig.view->iIndexCurrentLine, 222);
-    QCOMPARE(rig.text("txtPCent"), QStringLiteral("68%"));
+    QTRY_COMPARE(rig.text("txtPCent"), QStringLiteral("68%"));
     QVERIFY(!rig.view->booSentXModemEOF);
     rig.deliver(ACK);
-    QCOMPARE(rig.editor->caret(), program.size());
+    QTRY_COMPARE(rig.editor->caret(), program.size());
     QVERIFY(rig.view->booSentXModemEOF);
     QCOMPARE(rig.text("txtPCent"), QStringLiteral("100%"));
 }
