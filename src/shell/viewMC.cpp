@@ -16,24 +16,22 @@ namespace
 constexpr int barSteps = 1000; // the bar itself counts in int, a program may be longer
 constexpr int machineSize = 40, stateSize = 14;
 
-QString stateImage(TransferActivity activity)
-{
-    switch (activity) {
-    case TransferActivity::Waiting:
-        return QStringLiteral("state-waiting");
-    case TransferActivity::Sending:
-        return QStringLiteral("state-sending");
-    case TransferActivity::Held:
-        return QStringLiteral("state-held");
-    case TransferActivity::Receiving:
-        return QStringLiteral("state-receiving");
-    case TransferActivity::PortLost:
-        return QStringLiteral("state-lost");
-    case TransferActivity::Idle:
-        break;
-    }
-    return QStringLiteral("state-idle");
-}
+struct Look {
+    TransferActivity activity;
+    const char* text; // %1: how far the transfer has come
+    const char* machine;
+    const char* state;
+};
+constexpr Look looks[] = {
+    {TransferActivity::Idle, "Idle", "machine", "state-idle"},
+    {TransferActivity::Waiting, "Waiting", "machine-waiting", "state-waiting"},
+    {TransferActivity::Sending, "Sending %1 %", "machine-transferring", "state-sending"},
+    {TransferActivity::Held, "Held at %1 %", "machine-held", "state-held"},
+    {TransferActivity::Stopped, "Stopped at %1 %", "machine", "stop"},
+    {TransferActivity::Sent, "Sent", "machine", "state-done"},
+    {TransferActivity::Receiving, "Receiving", "machine-transferring", "state-receiving"},
+    {TransferActivity::PortLost, "Port lost", "machine-lost", "state-lost"},
+};
 } // namespace
 
 viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewMC>())
@@ -131,38 +129,17 @@ void viewMC::showActivity(TransferActivity activity)
 // The state is told in words, so that it does not depend on colour.
 void viewMC::showState()
 {
-    QString text;
-    QString image = _isActive ? QStringLiteral("machine-active") : QStringLiteral("machine");
-    switch (activity_) {
-    case TransferActivity::Idle:
-        text = QStringLiteral("Idle");
-        break;
-    case TransferActivity::Waiting:
-        text = QStringLiteral("Waiting");
-        image = QStringLiteral("machine-waiting");
-        break;
-    case TransferActivity::Sending:
-        text = QStringLiteral("Sending %1 %").arg(ui->pBar->value() * 100 / barSteps);
-        image = QStringLiteral("machine-transferring");
-        break;
-    case TransferActivity::Held:
-        text = QStringLiteral("Held at %1 %").arg(ui->pBar->value() * 100 / barSteps);
-        image = QStringLiteral("machine-held");
-        break;
-    case TransferActivity::Receiving:
-        text = QStringLiteral("Receiving");
-        image = QStringLiteral("machine-transferring");
-        break;
-    case TransferActivity::PortLost:
-        text = QStringLiteral("Port lost");
-        image = QStringLiteral("machine-lost");
-        break;
-    }
+    const auto& look =
+        *std::find_if(std::begin(looks), std::end(looks), [this](const Look& l) { return l.activity == activity_; });
+    const QString text = QString::fromLatin1(look.text).replace(QLatin1String("%1"),
+                                                                QString::number(ui->pBar->value() * 100 / barSteps));
     if (ui->lblState->text() != text) {
         ui->lblState->setText(text);
         ui->btnMC->setAccessibleDescription(text);
     }
-    showImages(image, stateImage(activity_));
+    QString machine = QString::fromLatin1(look.machine);
+    if (_isActive && machine == QLatin1String("machine")) machine = QStringLiteral("machine-active");
+    showImages(machine, QString::fromLatin1(look.state));
 }
 
 void viewMC::showImages(const QString& machine, const QString& state)

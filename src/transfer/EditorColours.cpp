@@ -75,7 +75,7 @@ double EditorColours::contrast(const QColor& one, const QColor& other)
 
 EditorColours::EditorColours(const QPalette& palette)
     : paper(palette.color(QPalette::Base)), accent(palette.color(QPalette::Highlight)),
-      selection(tint(paper, accent, 0.35)), lineOut(tint(paper, accent, 0.25)),
+      selection(tint(paper, accent, 0.35)), lineOut(tint(paper, accent, 0.25)), caretLine(tint(paper, accent, 0.1)),
       match(tint(paper, QColor(255, 180, 0), luminance(paper) > 0.18 ? 0.35 : 0.2)),
       alarm(tint(paper, QColor(220, 40, 40), 0.3))
 {

@@ -20,6 +20,7 @@ struct EditorColours {
     QColor accent;
     QColor selection;
     QColor lineOut;
+    QColor caretLine;
     QColor match;
     QColor alarm; ///< ground of a field that holds something wrong
     QColor margin;

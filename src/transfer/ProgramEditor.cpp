@@ -191,6 +191,7 @@ void ProgramEditor::setCaretHeld(bool held)
 {
     if (held != caretHeld_) leavePlace();
     caretHeld_ = held;
+    setCaretLineVisible(!held); // beside the mark of the line going out it would mislead
 }
 
 void ProgramEditor::showPlace(Line place)

@@ -65,6 +65,8 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring
     ask(SCI_INDICSETUNDER, placeIndicator, 1);
     ask(SCI_INDICSETALPHA, placeIndicator, 255);
     ask(SCI_INDICSETOUTLINEALPHA, placeIndicator, 255);
+    ask(SCI_SETCARETLINEVISIBLEALWAYS, 1);
+    setCaretLineVisible(true);
     setContextMenuPolicy(Qt::CustomContextMenu);
     setUpKeys();
     setUpLook();
@@ -95,6 +97,7 @@ void ProgramEditor::setUpLook()
     setPaper(colours.paper);
     setColor(colours.ink);
     setCaretForegroundColor(colours.ink);
+    setCaretLineBackgroundColor(colours.caretLine);
     setSelectionBackgroundColor(colours.selection);
     resetSelectionForegroundColor();
     setMarginsBackgroundColor(colours.margin);

@@ -89,6 +89,8 @@ void LookTest::stateIsToldInWordsAndShape_data()
     QTest::addColumn<QString>("words");
     QTest::newRow("waiting") << TransferActivity::Waiting << "Waiting";
     QTest::newRow("sending") << TransferActivity::Sending << "Sending 25 %";
+    QTest::newRow("stopped") << TransferActivity::Stopped << "Stopped at 25 %";
+    QTest::newRow("sent") << TransferActivity::Sent << "Sent";
     QTest::newRow("receiving") << TransferActivity::Receiving << "Receiving";
     QTest::newRow("port lost") << TransferActivity::PortLost << "Port lost";
 }

@@ -188,7 +188,7 @@ void SendingTest::progressAndIconFollow()
     QCOMPARE(rig.view->findChild<QWidget*>("boxPBInner")->width(), outer / 2);
     rig.releaseLine();
     rig.readUntilIdle();
-    QCOMPARE(rig.machine->activity, TransferActivity::Idle);
+    QCOMPARE(rig.machine->activity, TransferActivity::Sent);
 }
 
 QTEST_MAIN(SendingTest)

@@ -97,7 +97,7 @@ void StatusTest::stoppedAndSentAreNamed()
     QTest::qWait(0);
     rig.click("btnStop");
     QCOMPARE(headline(rig), QString("Stopped at line 4, Send continues there"));
-    QCOMPARE(rig.machine->activity, TransferActivity::Idle);
+    QCOMPARE(rig.machine->activity, TransferActivity::Stopped);
     rig.releaseLine();
     QTest::keyClick(rig.editor, Qt::Key_Home, Qt::ControlModifier); // another place
     QCOMPARE(headline(rig), QString("Ready to send"));
@@ -164,7 +164,7 @@ void StatusTest::xmodemSendIsNamed()
     rig.deliver(NAK);
     rig.deliver("\x18");
     QVERIFY2(headline(rig).startsWith("Cancelled by the control"), qPrintable(headline(rig)));
-    QCOMPARE(rig.machine->activity, TransferActivity::Idle);
+    QCOMPARE(rig.machine->activity, TransferActivity::Stopped);
 }
 
 void StatusTest::receivingIsNamed()
@@ -269,7 +269,7 @@ void StatusTest::sendGoesOnWhenTheAdapterIsBack()
     QTRY_VERIFY((got += again.read()).endsWith("M30\r\n"));
     QCOMPARE(got, QByteArray("G2 X2\r\nM30\r\n")); // the whole line, not the rest of it
     QTRY_VERIFY(headline(rig).startsWith("Sent: 2 lines"));
-    QCOMPARE(rig.machine->activity, TransferActivity::Idle);
+    QCOMPARE(rig.machine->activity, TransferActivity::Sent);
     again.hangUp(); // noticed again
     QTRY_COMPARE(headline(rig), QString("Port lost"));
 }
