@@ -51,7 +51,7 @@ void storeMachines(const std::vector<std::unique_ptr<BenchLine>>& lines)
 
 QString writeProgram(const QTemporaryDir& folder, int blocks)
 {
-    const QString path = folder.filePath(QStringLiteral("%1.nc").arg(blocks));
+    QString path = folder.filePath(QStringLiteral("%1.nc").arg(blocks));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly)) qFatal("cannot write the program");
     file.write(Bench::program(blocks, blockLength));

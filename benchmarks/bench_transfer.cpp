@@ -122,7 +122,7 @@ void benchOpening(int lines)
 // A file without line ends is one line of the editor: laying it out must not hold the window up.
 void benchOneLine(int megabytes)
 {
-    const QByteArray text = QByteArray("G1 X-123.456 Y78.901 Z-2.5 F1200 (A) ").repeated(megabytes * 27'000);
+    const QByteArray text = QByteArray("G1 X-123.456 Y78.901 Z-2.5 F1200 (A) ").repeated(megabytes * 27'000LL);
     ProgramEditor editor;
     editor.resize(900, 600);
     editor.show();

@@ -48,7 +48,7 @@ viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewM
     connect(ui->btnMC, &MachineButton::clicked, this, &viewMC::btnMC_Click);
     connect(ui->btnMC, &MachineButton::deleteWanted, this, &viewMC::btnDeleteIcon_click);
     connect(ui->btnDeleteIcon, &QToolButton::clicked, this, &viewMC::btnDeleteIcon_click);
-    setPBarHidden(true);
+    ui->pBar->hide();
     isActive(false);
 }
 

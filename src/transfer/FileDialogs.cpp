@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/FileDialogs.h"
 
+#include <QHeaderView>
+#include <QTreeView>
 #include <QUrl>
 
 QFileDialog* FileDialogs::make(QWidget* parent, const QString& title, const QString& folder)
@@ -8,5 +10,9 @@ QFileDialog* FileDialogs::make(QWidget* parent, const QString& title, const QStr
     const QUrl url(folder);
     auto* dialog = new QFileDialog(parent, title, url.isLocalFile() ? url.toLocalFile() : folder);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    // The toolkit's own dialog cuts off names, sizes and dates. A desktop's own one goes by itself.
+    dialog->resize(880, 560);
+    if (auto* files = dialog->findChild<QTreeView*>(QStringLiteral("treeView")))
+        files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     return dialog;
 }
