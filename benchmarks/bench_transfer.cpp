@@ -7,7 +7,6 @@
 #include "transfer/TransferHost.h"
 #include "transfer/viewTX.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QSettings>

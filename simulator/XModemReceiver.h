@@ -3,6 +3,8 @@
 
 #include "simulator/XModem.h"
 
+#include <chrono>
+
 namespace cncsim
 {
 /// A control that takes a program in by XModem with checksum. Knows no line: bytes come in, replies go out.

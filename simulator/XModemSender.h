@@ -3,6 +3,8 @@
 
 #include "simulator/XModem.h"
 
+#include <chrono>
+
 namespace cncsim
 {
 /// A control that sends a program by XModem with checksum, once. Knows no line: replies come in, blocks go out.

@@ -4,8 +4,6 @@
 #include "config/g.h"
 #include "config/StringTools.h"
 
-#include <QStringList>
-
 namespace
 {
 bool isDefault(const QString& notation)

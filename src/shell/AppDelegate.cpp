@@ -3,12 +3,10 @@
 #include "ui_mainWindow.h"
 
 #include "config/g.h"
-#include "shell/frmDncMenu.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
 
 #include <QApplication>
-#include <QCloseEvent>
 
 AppDelegate::AppDelegate() : ui(std::make_unique<Ui::mainWindow>())
 {

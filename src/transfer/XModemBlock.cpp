@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/XModemBlock.h"
 
-#include "config/g.h"
-
 #include <numeric>
 
 namespace

@@ -4,7 +4,6 @@
 
 #include "config/ControlCodes.h"
 #include "config/g.h"
-#include "resources/Images.h"
 #include "transfer/EditorActions.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferHost.h"
