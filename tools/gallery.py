@@ -49,7 +49,7 @@ class Desk:
 
     name: str
     screen: str = "1280x860"
-    scale: int = 1
+    scale: float = 1
     dark: bool = False
     text: int = 10  # points
     scenes: tuple = ("empty", "day", "many")
@@ -66,6 +66,7 @@ DESKS = [
     Desk("dark", dark=True),
     Desk("light-200", screen="2560x1720", scale=2),
     Desk("dark-200", screen="2560x1720", scale=2, dark=True),
+    Desk("dark-150", screen="1920x1290", scale=1.5, dark=True),
     Desk("small-1280x720", screen="1280x720", scenes=("setup", "many")),
     Desk("large-2560x1440", screen="2560x1440", scenes=("empty", "setup", "many")),
     Desk("large-text", text=16, scenes=("empty", "setup", "many")),

@@ -3,6 +3,7 @@
 
 #include <QPainter>
 #include <QStyleOption>
+#include <QWidget>
 
 namespace
 {
@@ -32,7 +33,8 @@ void ClearStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opt
                                const QWidget* widget) const
 {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
-    const bool hasOutline = element == PE_IndicatorCheckBox || element == PE_FrameLineEdit;
+    const bool isPopup = element == PE_Frame && widget && widget->isWindow();
+    const bool hasOutline = element == PE_IndicatorCheckBox || element == PE_FrameLineEdit || isPopup;
     if (hasOutline && needsOutline(*option)) drawOutline(*painter, *option);
 }
 

@@ -3,8 +3,8 @@
 
 #include <QProxyStyle>
 
-/// The platform's style, with outlines of fields and check boxes that can be seen on dark themes: Fusion draws them
-/// darker than the background, whatever that is.
+/// The platform's style, with outlines of fields, check boxes and popups that can be seen on dark themes: Fusion draws
+/// them darker than the background, whatever that is.
 class ClearStyle : public QProxyStyle
 {
     Q_OBJECT
