@@ -23,9 +23,8 @@ QByteArray withParity(QByteArray bytes)
 }
 } // namespace
 
-WriteTask::WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes,
-                     std::shared_ptr<WriteTask> previous)
-    : device_(std::move(device)), previous_(std::move(previous)), line_(std::move(line)), bytes_(bytes),
+WriteTask::WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes)
+    : device_(std::move(device)), line_(std::move(line)), bytes_(bytes),
       wireBytes_(line_.evenParity ? withParity(bytes) : bytes)
 {
 }
@@ -68,16 +67,6 @@ WriteTask::Progress WriteTask::writeOnce(Descriptor& device)
 }
 
 bool WriteTask::run()
-{
-    // Threads do not begin in the order of sending, and a block must not overtake another.
-    if (const auto previous = std::exchange(previous_, nullptr)) previous->ended_.wait(false);
-    const bool isWritten = writeAll();
-    ended_ = true;
-    ended_.notify_all();
-    return isWritten;
-}
-
-bool WriteTask::writeAll()
 {
     // Let go of here: the last one to hold the device closes it, and that must not be the main thread.
     const auto device = std::exchange(device_, nullptr);

@@ -21,10 +21,8 @@ public:
         bool evenParity = false;
     };
 
-    /// Without a device the bytes go nowhere and count as written. Begins when `previous`, where there is one, has
-    /// ended.
-    WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes,
-              std::shared_ptr<WriteTask> previous = nullptr);
+    /// Without a device the bytes go nowhere and count as written.
+    WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes);
 
     /// Once: waits until the driver has sent everything before, then writes all bytes, and lets go of the device. False
     /// when stopped, abandoned, or the device was shut. An error of the device counts as done: nobody could act on it.
@@ -36,14 +34,11 @@ public:
 
 private:
     enum class Progress { Done, GivenUp, More, Wait };
-    bool writeAll();
     Progress writeOnce(Descriptor& device);
     bool isGivenUp(const Descriptor& device) const;
     void sleepFor(int pendingBytes) const;
 
-    std::shared_ptr<Descriptor> device_;  // run() takes it out
-    std::shared_ptr<WriteTask> previous_; // run() takes it out
-    std::atomic<bool> ended_ = false;
+    std::shared_ptr<Descriptor> device_; // run() takes it out
     const Line line_;
     const QByteArray bytes_;     // as given
     const QByteArray wireBytes_; // with parity

@@ -77,11 +77,9 @@ void serialPort::sendBytes(const QByteArray& bytes)
 {
     // A send that was stopped may not have noticed yet: it must not wake up again when the flag is cleared.
     if (stopButtonPressed.exchange(false)) abandonWrites();
-    const auto previous = writes_.empty() ? nullptr : writes_.back();
-    auto task =
-        std::make_shared<WriteTask>(device_, WriteTask::Line{stop_, Speed, StopBits, Parity == 1}, bytes, previous);
+    auto task = std::make_shared<WriteTask>(device_, WriteTask::Line{stop_, Speed, StopBits, Parity == 1}, bytes);
     writes_.push_back(task);
-    BackgroundQueue::post([this, task, alive = std::weak_ptr<void>(alive_)]() mutable {
+    writing_.post([this, task, alive = std::weak_ptr<void>(alive_)]() mutable {
         if (!task->run()) return;
         MainQueue::post([this, task = std::move(task), alive = std::move(alive)] {
             if (!alive.expired()) writeFinished(task);

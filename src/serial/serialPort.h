@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/NotificationCenter.h"
+#include "platform/OrderedQueue.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -101,6 +102,7 @@ private:
     QTimer nextRead_; // without waiting for the next poll
     std::shared_ptr<Descriptor> device_;
     bool lostTold_ = false;
+    OrderedQueue writing_;                                         // a block must not overtake another
     std::vector<std::shared_ptr<WriteTask>> writes_;               // without "TxOnComm" so far, in the order of sending
     const std::shared_ptr<void> alive_ = std::make_shared<char>(); // gone when the port is gone
 };
