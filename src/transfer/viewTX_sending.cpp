@@ -153,6 +153,7 @@ void viewTX::endedByItself()
     setDncRunning(false);
     txState.State = TxState::txState_idle;
     btnStop_Click();
+    ui->rt1->moveCaretTo(nextLine_); // the mark may lag a little behind
     ui->cbo1->setCurrentIndex(fromTheTop);
     status_.clock.stop(now());
     status_.enter(TransferState::Sent);

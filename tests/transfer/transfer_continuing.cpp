@@ -190,6 +190,7 @@ void ContinuingTest::continuedSendHasNoHeaderOfItsOwn()
     rig.chooseStart(1);
     rig.click("btnSend");
     QCOMPARE(rig.readUntilIdle(), QByteArray("G2\r\nG3\r\n%\r\n"));
+    QCOMPARE(rig.editor->caret(), rig.editor->textSize());
 }
 
 void ContinuingTest::lineGoingOutIsMarkedUntilTheStop()
