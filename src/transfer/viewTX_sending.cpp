@@ -38,6 +38,7 @@ void viewTX::btnSend_Click()
         if (resume_ && resume_->nextLine != nextLine_) resume_.reset();
     }
     setPBarsHidden(false);
+    if (resume_ && resume_->state != TxState::txState_idle) movePBars();
     if (mc->MCWAIT && (mc->MCFLOW == 0 || mc->MCFLOW == 1)) {
         // The start signal is the XON byte: with flow control on, the driver would swallow it.
         if (!sp->setFlow(0)) return portLost();
