@@ -76,7 +76,8 @@ void serialPort::letGo()
 void serialPort::sendBytes(const QByteArray& bytes)
 {
     // A send that was stopped may not have noticed yet: it must not wake up again when the flag is cleared.
-    if (stopButtonPressed.exchange(false)) abandonWrites();
+    if (stopButtonPressed) abandonWrites();
+    stopButtonPressed = false;
     auto task = std::make_shared<WriteTask>(device_, WriteTask::Line{stop_, Speed, StopBits, Parity == 1}, bytes);
     writes_.push_back(task);
     writing_.post([this, task, alive = std::weak_ptr<void>(alive_)]() mutable {

@@ -47,8 +47,13 @@ void viewSetup::watchFields()
         connect(box, &QComboBox::currentTextChanged, this, &viewSetup::showLive);
         connect(box, &QComboBox::currentIndexChanged, this, &viewSetup::showLive);
     }
-    for (auto* edit : findChildren<QLineEdit*>())
+    for (auto* edit : findChildren<QLineEdit*>()) {
         connect(edit, &QLineEdit::textChanged, this, &viewSetup::showLive);
+        // A pasted line break, from a cell of a spreadsheet say, would be read back as a line of the settings.
+        connect(edit, &QLineEdit::textChanged, edit, [edit](QString text) {
+            if (text.contains(u'\n') || text.contains(u'\r')) edit->setText(text.remove(u'\n').remove(u'\r'));
+        });
+    }
     for (auto* check : findChildren<QCheckBox*>())
         connect(check, &QCheckBox::toggled, this, &viewSetup::showLive);
     connect(ui->cboPorts, &PortBox::aboutToShowList, this, &viewSetup::refreshPorts);

@@ -226,6 +226,31 @@ void ProgramEditor::keyPressEvent(QKeyEvent* event)
     watch([&] { QsciScintilla::keyPressEvent(event); });
 }
 
+void ProgramEditor::undo()
+{
+    watch([this] { QsciScintilla::undo(); });
+}
+
+void ProgramEditor::redo()
+{
+    watch([this] { QsciScintilla::redo(); });
+}
+
+void ProgramEditor::cut()
+{
+    watch([this] { QsciScintilla::cut(); });
+}
+
+void ProgramEditor::paste()
+{
+    watch([this] { QsciScintilla::paste(); });
+}
+
+void ProgramEditor::selectAll(bool select)
+{
+    watch([this, select] { QsciScintilla::selectAll(select); });
+}
+
 void ProgramEditor::inputMethodEvent(QInputMethodEvent* event)
 {
     // No way of typing brings in a CR: it would be a line end that no end of block takes the place of.

@@ -65,6 +65,13 @@ public:
     /// Takes the mark off and follows the transfer again.
     void leavePlace();
 
+    // From the context menu: the operator's doing, as with keys.
+    void undo() override;
+    void redo() override;
+    void cut() override;
+    void paste() override;
+    void selectAll(bool select = true) override;
+
 Q_SIGNALS:
     /// The operator moved the caret or changed the text.
     void operatorTouched();

@@ -161,6 +161,7 @@ bool viewTX::dncRunning() const
 
 void viewTX::setDncRunning(bool running)
 {
+    if (running) ui->btnStop->show(); // first: the focus goes there from Send
     ui->btnSend->setHidden(running);
     ui->btnRewind->setHidden(running);
     ui->btnStop->setHidden(!running);

@@ -34,6 +34,11 @@ void viewTX::viewDidLoad()
 {
     ui->btnFont->hide();
     ui->btnStep->hide();
+    // Stop comes up in the place of Rewind. In that of Send, a second click on it would send on.
+    auto kept = ui->btnSend->sizePolicy();
+    kept.setRetainSizeWhenHidden(true);
+    ui->btnSend->setSizePolicy(kept);
+    ui->btnRewind->installEventFilter(this);
     ui->btnNew->setIcon(Images::icon(QStringLiteral("new")));
     ui->btnFolder->setIcon(Images::icon(QStringLiteral("open")));
     ui->btnSave->setIcon(Images::icon(QStringLiteral("save")));
@@ -210,5 +215,7 @@ void viewTX::showWaitBox(const QString& text, bool canSendNow)
 bool viewTX::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == ui->boxPBOuter && event->type() == QEvent::Resize) showPercent(percent_);
+    // The second half of a double click on Stop: it would take the place away where to continue.
+    if (watched == ui->btnRewind && event->type() == QEvent::MouseButtonDblClick) return true;
     return QWidget::eventFilter(watched, event);
 }

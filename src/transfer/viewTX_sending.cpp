@@ -38,6 +38,7 @@ void viewTX::btnSend_Click()
         if (resume_ && resume_->nextLine != nextLine_) resume_.reset();
     }
     setPBarsHidden(false);
+    if (resume_ && resume_->state != TxState::txState_idle) movePBars();
     if (mc->MCWAIT && (mc->MCFLOW == 0 || mc->MCFLOW == 1)) {
         // The start signal is the XON byte: with flow control on, the driver would swallow it.
         if (!sp->setFlow(0)) return portLost();
@@ -153,6 +154,7 @@ void viewTX::endedByItself()
     setDncRunning(false);
     txState.State = TxState::txState_idle;
     btnStop_Click();
+    ui->rt1->moveCaretTo(nextLine_); // the mark may lag a little behind
     ui->cbo1->setCurrentIndex(fromTheTop);
     status_.clock.stop(now());
     status_.enter(TransferState::Sent);

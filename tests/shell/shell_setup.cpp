@@ -86,6 +86,7 @@ private Q_SLOTS:
     void unlistedValuesFallBackOrStay();
     void xmodemDisablesButStoresTheSame();
     void typedTextIsStoredAsTyped();
+    void pastedLineBreaksAreLeftOut();
     void openingThePortListKeepsWhatWasTyped();
     void wheelOverTheFormChangesNothing();
     void summaryFollowsTheFields();
@@ -276,6 +277,16 @@ void SetupTest::typedTextIsStoredAsTyped()
     QCOMPARE(stored().MCPORT, QStringLiteral("/dev/ttyUSB1"));
     QCOMPARE(stored().MCBAUD, 5760);
     QCOMPARE(stored().MCMODE, QStringLiteral("Fan"));
+}
+
+void SetupTest::pastedLineBreaksAreLeftOut()
+{
+    open();
+    find<QLineEdit>("txtMCName")->setText(QStringLiteral("Mill\n[CNC] 5\r\n"));
+    find<QComboBox>("cboPorts")->lineEdit()->setText(QStringLiteral("/dev/ttyUSB1\n"));
+    save();
+    QCOMPARE(stored().MCNAME, QStringLiteral("Mill[CNC] 5"));
+    QCOMPARE(stored().MCPORT, QStringLiteral("/dev/ttyUSB1"));
 }
 
 void SetupTest::openingThePortListKeepsWhatWasTyped()

@@ -95,7 +95,10 @@ void ContinuingTest::movedCaretChoosesTheLineAndForgetsTheRest_data()
         QTest::mouseRelease(rig.editor->viewport(), Qt::LeftButton, {}, place(rig, 1, 1));
     });
     row("select all of the context menu", onTheLine, // leaves the caret at the top
-        [](TransferRig& rig) { rig.editor->selectAll(); });
+        [](TransferRig& rig) {
+            rig.editor->selectAll();
+            QCOMPARE(rig.text("lblTransferState"), QString("Ready to send")); // no more "continues there"
+        });
     row("go to line", "G1\r\nG2\r\nG3\r\n", [](TransferRig& rig) { rig.editor->setCursorPosition(1, 0); });
 }
 
@@ -190,6 +193,7 @@ void ContinuingTest::continuedSendHasNoHeaderOfItsOwn()
     rig.chooseStart(1);
     rig.click("btnSend");
     QCOMPARE(rig.readUntilIdle(), QByteArray("G2\r\nG3\r\n%\r\n"));
+    QCOMPARE(rig.editor->caret(), rig.editor->textSize());
 }
 
 void ContinuingTest::lineGoingOutIsMarkedUntilTheStop()

@@ -29,6 +29,8 @@ private Q_SLOTS:
     void stopWhileAWriteIsHalfTaken();
     void stopWhenAllIsTakenButNotReported();
     void stopAfterStopOfTheContinuedSend();
+    void doubleClickOnStopKeepsThePlace();
+    void spaceStopsWhatSpaceStarted();
     void randomStops_data();
     void randomStops();
 };
@@ -137,6 +139,35 @@ void StoppingTest::stopAfterStopOfTheContinuedSend()
     }
     rig.releaseLine();
     QCOMPARE(rig.readUntilIdle(), QByteArray("G0\r\nG1\r\nG2\r\n"));
+}
+
+void StoppingTest::doubleClickOnStopKeepsThePlace()
+{
+    TransferRig rig;
+    rig.start();
+    rig.open(program);
+    rig.holdLineAfter(2);
+    rig.click("btnSend");
+    QTRY_VERIFY(rig.isHeld());
+    QTRY_VERIFY(rig.editor->caret() > 0);
+    const auto* stop = rig.view->findChild<QWidget*>("btnStop");
+    // To the window: what comes up in the button's place gets the second click.
+    QTest::mouseDClick(rig.view->windowHandle(), Qt::LeftButton, {},
+                       stop->mapTo(rig.view.get(), stop->rect().center()));
+    QVERIFY(rig.isShown("btnSend"));
+    QCOMPARE(rig.view->findChild<QComboBox*>("cbo1")->currentIndex(), 1);
+}
+
+void StoppingTest::spaceStopsWhatSpaceStarted()
+{
+    TransferRig rig;
+    rig.startTyping(program);
+    rig.holdLine();
+    rig.view->findChild<QWidget*>("btnSend")->setFocus();
+    QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
+    QTRY_VERIFY(rig.view->dncRunning());
+    QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
+    QVERIFY(!rig.view->dncRunning());
 }
 
 void StoppingTest::randomStops_data()
