@@ -34,10 +34,7 @@ void viewTX::viewDidLoad()
 {
     ui->btnFont->hide();
     ui->btnStep->hide();
-    // Stop comes up in the place of Rewind. In that of Send, a second click on it would send on.
-    auto kept = ui->btnSend->sizePolicy();
-    kept.setRetainSizeWhenHidden(true);
-    ui->btnSend->setSizePolicy(kept);
+    // It stands where Stop was; where Send is, a second click on Stop would send on.
     ui->btnRewind->installEventFilter(this);
     ui->btnNew->setIcon(Images::icon(QStringLiteral("new")));
     ui->btnFolder->setIcon(Images::icon(QStringLiteral("open")));
