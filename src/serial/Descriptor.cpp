@@ -51,6 +51,12 @@ Descriptor::WriteResult Descriptor::write(const char* bytes, std::size_t count, 
     return WriteResult::Failed;
 }
 
+void Descriptor::discardPending()
+{
+    const std::lock_guard lock(mutex_);
+    if (!shut_) ::tcflush(fd_, TCOFLUSH);
+}
+
 bool Descriptor::isShut() const
 {
     const std::lock_guard lock(mutex_);

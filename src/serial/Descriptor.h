@@ -20,6 +20,9 @@ public:
     /// Writes what the driver takes now, without waiting; adds the number of bytes taken to `taken`.
     WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
 
+    /// Takes back what the driver has not sent yet.
+    void discardPending();
+
     bool isShut() const;
     /// The device is gone: the driver has hung up, or said so when it was written to.
     bool isLost() const;

@@ -115,6 +115,13 @@ QByteArray serialPort::takeUnsentBytes()
     return stopButtonPressed ? abandonWrites() : QByteArray();
 }
 
+void serialPort::discardCutOff()
+{
+    if (!stopButtonPressed || writes_.empty()) return;
+    abandonWrites();
+    if (device_) device_->discardPending();
+}
+
 QByteArray serialPort::abandonWrites()
 {
     QByteArray unsent;

@@ -67,6 +67,10 @@ public:
     /// Empty when called again, and after a send that was made without asking.
     QByteArray takeUnsentBytes();
 
+    /// After a stop, when the send that it cut off will not be continued: the bytes of it that the driver still holds
+    /// never reach the control. Those of a send that ended by itself do.
+    void discardCutOff();
+
     /// Everything received so far; leaves bytesRxBuffer empty.
     QByteArray readBytes();
     QString readData() const { return {}; }

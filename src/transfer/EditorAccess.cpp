@@ -43,9 +43,9 @@ public:
     }
     void addSelection(int start, int end) override { setSelection(0, start, end); }
     void removeSelection(int) override { setCursorPosition(cursorPosition()); }
-    void setSelection(int, int start, int end) override { ask(Sci::SCI_SETSEL, position(start), position(end)); }
+    void setSelection(int, int start, int end) override { editor()->showPlace({position(start), position(end)}); }
     int cursorPosition() const override { return offset(editor()->caret()); }
-    void setCursorPosition(int offset) override { editor()->moveCaretTo(position(offset)); }
+    void setCursorPosition(int offset) override { setSelection(0, offset, offset); }
 
     using QAccessibleWidget::text;
     QString text(int start, int end) const override

@@ -193,6 +193,7 @@ void viewTX::btnRewind_Click()
     ui->rt1->moveCaretTo(0);
     nextLine_ = 0;
     resume_.reset();
+    sp->discardCutOff(); // the rest of a block must not come in front of the next program
     txSOF = true;
     txEOF = false;
     setPBarsHidden(true);

@@ -50,6 +50,7 @@ void viewTX::startXModem()
     booSentXModemEOF = bBuffer.isEmpty(); // nothing left by the filters: no block of mere spaces
 
     setPBarsHidden(false);
+    ui->rt1->clearLineOut();
     iIndexCurrentLine = 0;
     movePBars();
     txState.State = TxState::txState_sending_xmodem;
