@@ -8,7 +8,8 @@
 #include <QTest>
 #include <QTimer>
 
-/// While it lives, answers every message box with a click on the button of that label and keeps what the boxes said.
+/// While it lives, answers every message box with a click on the button of that label, or Escape for an empty one, and
+/// keeps what the boxes said.
 class MessageBoxes : public QObject
 {
 public:
@@ -19,25 +20,21 @@ public:
     }
 
     QStringList texts;
-    QList<QStringList> buttons; ///< the labels of each box
 
 private:
     void answer()
     {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (!box || !box->isVisible()) return;
-        texts << box->text();
-        QStringList labels;
-        QAbstractButton* wanted = box->buttons().first();
-        const auto all = box->buttons();
-        for (auto* button : all) {
-            labels << button->text();
+        texts << (box->textFormat() == Qt::PlainText ? box->text() : QStringLiteral("shown as markup"));
+        if (button_.isEmpty()) return QTest::keyClick(box, Qt::Key_Escape);
+        const auto buttons = box->buttons();
+        auto* wanted = buttons.first();
+        for (auto* button : buttons)
             if (button->text() == button_) wanted = button;
-        }
-        buttons << labels;
         QTest::mouseClick(wanted, Qt::LeftButton);
     }
 
-    QString button_;
+    const QString button_;
     QTimer poll_;
 };
