@@ -46,10 +46,7 @@ private:
     void save() { QTest::mouseClick(find<QPushButton>("btnSave"), Qt::LeftButton); }
     void type(const char* name, const QString& text);
     QString says(const char* label) { return find<QLabel>(label)->text(); }
-    template <typename Widget> Widget* find(const char* name)
-    {
-        return form_->findChild<Widget*>(QString::fromLatin1(name));
-    }
+    template <typename Widget> Widget* find(const char* name) { return form_->findChild<Widget*>(name); }
 
     std::unique_ptr<viewSetup> form_;
     std::shared_ptr<MachineRecord> machine_;
