@@ -4,19 +4,17 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QStringList>
 #include <QTest>
 #include <QTimer>
 
-/// While it lives, answers every message box with a click on the button of that label, or Escape for an empty one, and
-/// keeps what the boxes said.
-class MessageBoxes : public QObject
+/// Answers every message box with a click on the button of that label, or Escape for none, and keeps what they said.
+class MessageBoxes : public QTimer
 {
 public:
-    explicit MessageBoxes(const QString& button) : button_(button)
+    explicit MessageBoxes(QString button) : button_(std::move(button))
     {
-        connect(&poll_, &QTimer::timeout, this, [this] { answer(); });
-        poll_.start(1);
+        callOnTimeout([this] { answer(); });
+        start(1);
     }
 
     QStringList texts;
@@ -28,13 +26,9 @@ private:
         if (!box || !box->isVisible()) return;
         texts << (box->textFormat() == Qt::PlainText ? box->text() : QStringLiteral("shown as markup"));
         if (button_.isEmpty()) return QTest::keyClick(box, Qt::Key_Escape);
-        const auto buttons = box->buttons();
-        auto* wanted = buttons.first();
-        for (auto* button : buttons)
-            if (button->text() == button_) wanted = button;
-        QTest::mouseClick(wanted, Qt::LeftButton);
+        for (auto* button : box->buttons())
+            if (button->text() == button_) return QTest::mouseClick(button, Qt::LeftButton);
     }
 
     const QString button_;
-    QTimer poll_;
 };
