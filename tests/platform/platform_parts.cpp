@@ -169,7 +169,7 @@ void PartsTest::laterStartIsRefusedAndTheOwnerIsTold()
 void PartsTest::startsWhereNoSocketCanBeMade()
 {
     const QString tooLong = folder_.filePath(QString(120, u'x')); // for a socket's path
-    QVERIFY(qputenv("TMPDIR", tooLong.toUtf8()));
+    QVERIFY(QDir().mkdir(tooLong) && qputenv("TMPDIR", tooLong.toUtf8()));
     QVERIFY(SingleInstance(folder_.path()).claim());
 }
 
