@@ -27,8 +27,7 @@ inline QByteArray bytes(const std::uint8_t* data, std::size_t size)
 /// Takes one byte from the front, for choices; 0 when there is none.
 inline int takeChoice(QByteArray& input)
 {
-    if (input.isEmpty()) return 0;
-    const int choice = static_cast<unsigned char>(input.front());
+    const int choice = input.isEmpty() ? 0 : static_cast<unsigned char>(input.front());
     input.remove(0, 1);
     return choice;
 }

@@ -1,29 +1,43 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any stored text is read; what was read once is written and read again without a change.
+// Any stored text is read; what was read once is written and read again without a change. Any notation that an operator
+// types becomes bytes that a 7-bit line carries.
+#include "config/ControlCodes.h"
+#include "config/g.h"
 #include "config/SettingsText.h"
 #include "fuzz/Fuzz.h"
 
-namespace
-{
-QString readAndWritten(const QString& text)
+#include <algorithm>
+
+static QString readAndWritten(const QString& text)
 {
     const auto records = SettingsText::read(text, [] { return std::make_shared<MachineRecord>(); });
     std::vector<const MachineRecord*> machines;
-    for (std::size_t index = 0; index < records.size(); ++index) {
-        PROMISE(records[index]->MCINDEX == static_cast<qint64>(index));
-        PROMISE(records[index]->MCFLOW >= 0 && records[index]->MCFLOW <= 4);
-        PROMISE(records[index]->MCBAUD >= 150 && records[index]->MCBAUD <= 115200);
-        PROMISE(records[index]->MCDBPAR >= 0 && records[index]->MCDBPAR <= 2);
-        if (index > 0) machines.push_back(records[index].get());
+    for (const auto& mc : records) {
+        PROMISE(mc->MCINDEX == static_cast<qint64>(machines.size()));
+        // Whatever was stored, these are the only values that the rest of the program has to cope with.
+        PROMISE(mc->MCFLOW >= 0 && mc->MCFLOW <= 4 && mc->MCDBPAR >= 0 && mc->MCDBPAR <= 2);
+        PROMISE(mc->MCBAUD >= 150 && mc->MCBAUD <= 115200 && (mc->MCSBITS == 1 || mc->MCSBITS == 2));
+        PROMISE(mc->MCBLKTIC >= 0 && mc->MCTXTOUT >= 0 && mc->MCTXTOUT <= 60 && !mc->MCTXEOB.isEmpty());
+        machines.push_back(mc.get());
     }
-    return SettingsText::write(machines);
+    return SettingsText::write({machines.begin() + !machines.empty(), machines.end()});
 }
-} // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    const auto isBeyondSevenBits = [](char byte) { return static_cast<unsigned char>(byte) > 127; };
+    QByteArray input = Fuzz::bytes(data, size);
+    const QString text = QString::fromUtf8(input);
     // Twice, because the first writing does not keep all that was read: the time-outs return to 3.
-    const QString once = readAndWritten(readAndWritten(QString::fromUtf8(Fuzz::bytes(data, size))));
+    const QString once = readAndWritten(readAndWritten(text));
     PROMISE(readAndWritten(once) == once);
+
+    const QByteArray sent = g::getBytes(ControlCodes::startOrEnd(text) + ControlCodes::endOfBlock(text));
+    PROMISE(std::none_of(sent.begin(), sent.end(), isBeyondSevenBits));
+    // Received bytes are characters one to one, and those of 7 bits go out again as they came.
+    const QString received = g::getString(input);
+    PROMISE(received.size() == input.size());
+    std::replace_if(input.begin(), input.end(), isBeyondSevenBits, '?');
+    PROMISE(g::getBytes(received) == input);
     return 0;
 }

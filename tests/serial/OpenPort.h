@@ -4,25 +4,44 @@
 #include "serial/serialPort.h"
 #include "support/PtyPair.h"
 
+#include <QTest>
+
 #include <memory>
 
 /// A port that is open on a pseudo-terminal, with the control's end in the test's hand and its notifications counted.
 class OpenPort
 {
 public:
-    explicit OpenPort(int flow = 0, int parity = 0);
+    explicit OpenPort(int flow = 0, int parity = 0)
+    {
+        port->nc->addObserver(&observer_, "TxOnComm", port.get(), [this](const Notification&) { ++txCount; });
+        port->nc->addObserver(&observer_, "RxOnComm", port.get(), [this](const Notification&) { ++rxCount; });
+        port->Speed = 9600;
+        port->FlowType = flow;
+        port->Parity = parity;
+        if (port->Open(control.devicePath()) < 0) qFatal("the port does not open");
+    }
 
-    /// Sends the control's XOFF and returns when the line has seen it.
-    void hold();
-    /// Sends the control's XON.
+    /// Sends the control's XOFF and returns when the line has seen it: then the byte after it arrives.
+    void hold()
+    {
+        control.write(port->Parity == 1 ? "\x93Z" : "\x13Z");
+        port->startRxTimer(0.001); // the test need not wait for a poll each time
+        QTRY_COMPARE(port->bytesRxBuffer, QByteArray("Z"));
+        port->readBytes();
+    }
     void release() { control.write("\x11"); }
-    /// Waits for bytes at the control's end while the main thread's event loop stands still.
-    QByteArray readWithoutEvents(qsizetype count);
+    /// Sends a line that arrives while the main thread's event loop stands still: its completion is still on the way.
+    void sendWithoutEvents()
+    {
+        port->sendBytes("N10\n");
+        for (QByteArray arrived; arrived != "N10\n"; arrived += control.read())
+            QTest::qSleep(1);
+    }
 
     PtyPair control;
     std::unique_ptr<serialPort> port = std::make_unique<serialPort>();
-    int txCount = 0; ///< "TxOnComm" so far
-    int rxCount = 0; ///< "RxOnComm" so far
+    int txCount = 0, rxCount = 0; ///< "TxOnComm" and "RxOnComm" so far
 
 private:
     QObject observer_;

@@ -1,42 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The line itself: how it is set up, whose it is, and that it may be lost.
 #include "serial/OpenPort.h"
-
 #include "serial/SerialLine.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTemporaryFile>
-#include <QTest>
-
-#include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
-#include <unistd.h>
-
-namespace
-{
-// A device as another program may have left it: everything on that a control cannot do with.
-void leaveCooked(const PtyPair& control)
-{
-    const int fd = ::open(control.devicePath().toUtf8().constData(), O_RDWR | O_NOCTTY);
-    termios line = control.line();
-    line.c_iflag |= ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT | IGNBRK | IGNPAR | IXON | IXANY;
-    line.c_oflag |= OPOST | ONLCR;
-    line.c_lflag |= ICANON | ECHO | ISIG;
-    line.c_cflag |= CSTOPB | CRTSCTS;
-    line.c_cc[VSTART] = 0x55;
-    ::tcsetattr(fd, TCSANOW, &line);
-    ::close(fd);
-}
-
-tcflag_t bits(tcflag_t flags, std::initializer_list<int> wanted)
-{
-    tcflag_t mask = 0;
-    for (const int flag : wanted)
-        mask |= static_cast<tcflag_t>(flag);
-    return flags & mask;
-}
-} // namespace
 
 class LineTest : public QObject
 {
@@ -44,16 +11,8 @@ class LineTest : public QObject
 private Q_SLOTS:
     void openSetsTheLineUp_data();
     void openSetsTheLineUp();
-    void speedReachesTheDevice_data();
-    void speedReachesTheDevice();
-    void whatIsNoSerialLineDoesNotOpen();
-    void deviceOpensOnlyOnce();
-    void lockOfAnotherProgramIsRespected();
-    void closedDeviceOpensAgainAtOnce();
-    void openingAnOpenPortLetsGoOfTheFirstDevice();
-    void flowChangesOnTheOpenLine();
-    void unpluggedDeviceClosesThePortOnFlowChange();
-    void freshPortLeavesStandardInputAlone();
+    void deviceBelongsToOnePort();
+    void unpluggedAdapterIsToldOnce();
 };
 
 void LineTest::openSetsTheLineUp_data()
@@ -61,12 +20,9 @@ void LineTest::openSetsTheLineUp_data()
     QTest::addColumn<int>("flow");
     QTest::addColumn<int>("parity");
     QTest::addColumn<int>("stopBits");
-    for (const int flow : {0, 1, 2, 3}) {
-        for (const int parity : {0, 1}) {
-            for (const int stopBits : {1, 2})
-                QTest::addRow("flow %d, parity %d, stop bits %d", flow, parity, stopBits) << flow << parity << stopBits;
-        }
-    }
+    for (int row = 0; row < 16; ++row)
+        QTest::addRow("flow %d, parity %d, stop bits %d", row % 4, row / 4 % 2, 1 + row / 8)
+            << row % 4 << row / 4 % 2 << 1 + row / 8;
 }
 
 void LineTest::openSetsTheLineUp()
@@ -74,176 +30,80 @@ void LineTest::openSetsTheLineUp()
     QFETCH(int, flow);
     QFETCH(int, parity);
     QFETCH(int, stopBits);
+    static const QList<unsigned long> rates{150, 300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
+    static const QList<speed_t> codes{B150, B300, B600, B1200, B2400, B4800, B9600, B19200, B38400, B57600, B115200};
+    const int rate = flow + 4 * parity + 3 * (stopBits - 1); // each is among the rows
     const PtyPair control;
-    leaveCooked(control);
+    constexpr tcflag_t translations = ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT;
+    termios cooked = control.line(); // as another program may have left it: all that a control cannot do with
+    cooked.c_iflag |= translations | IGNBRK | IGNPAR | IXON | IXANY;
+    cooked.c_oflag |= OPOST | ONLCR;
+    cooked.c_lflag |= ICANON | ECHO | ISIG;
+    cooked.c_cflag |= CSTOPB | CRTSCTS;
+    ::tcsetattr(control.slave(), TCSANOW, &cooked);
     serialPort port;
-    port.Speed = 4800;
+    port.Speed = rates[rate];
     port.FlowType = flow;
     port.Parity = parity;
     port.StopBits = stopBits;
     QVERIFY(port.Open(control.devicePath()) >= 0);
-    QVERIFY(port.tmrRxTimer.isActive());
 
-    const bool even = parity == 1 && flow != 3;
-    QCOMPARE(port.Parity, even ? 1 : 0);
-    QCOMPARE(port.DataBits, flow == 3 ? 8 : 7);
+    const bool isEven = parity == 1 && flow != 3;
+    QCOMPARE(port.Parity, isEven ? 1 : 0);
     const termios line = control.line();
-    QCOMPARE(bits(line.c_iflag, {IXON, IXOFF, IXANY}), bits(flow == 1 ? ~0U : 0, {IXON, IXOFF}));
-    QCOMPARE(bits(line.c_iflag, {IGNBRK, IGNPAR}), 0U);
-    QCOMPARE(bits(line.c_iflag, {ICRNL, INLCR, IGNCR, PARMRK, INPCK, BRKINT}),
-             bits(flow == 3 ? 0 : ~0U, {ICRNL, INLCR, IGNCR, PARMRK, INPCK, BRKINT}));
-    QCOMPARE((line.c_iflag & ISTRIP) != 0, !SerialLine::readerStripsParity(even));
-    QCOMPARE(line.c_oflag, 0U);
-    QCOMPARE(line.c_lflag, 0U);
-    QCOMPARE(bits(line.c_cflag, {CSIZE, CREAD, CLOCAL, PARENB}), bits(~0U, {CS8, CREAD, CLOCAL}));
-    QCOMPARE((line.c_cflag & CSTOPB) != 0, stopBits == 2);
-    QCOMPARE((line.c_cflag & CRTSCTS) != 0, flow == 2);
-    QCOMPARE(line.c_cc[VSTOP], static_cast<cc_t>(even ? 0x93 : 0x13));
-    QCOMPARE(line.c_cc[VSTART], static_cast<cc_t>(0x55));
-}
-
-void LineTest::speedReachesTheDevice_data()
-{
-    QTest::addColumn<unsigned long>("baud");
-    QTest::addColumn<speed_t>("code");
-    QTest::newRow("150") << 150UL << speed_t{B150};
-    QTest::newRow("4800") << 4800UL << speed_t{B4800};
-    QTest::newRow("115200") << 115200UL << speed_t{B115200};
-    QTest::newRow("no such speed") << 12345UL << speed_t{B0};
-    QTest::newRow("never set") << 0UL << speed_t{B0};
-}
-
-void LineTest::speedReachesTheDevice()
-{
-    QFETCH(unsigned long, baud);
-    QFETCH(speed_t, code);
-    const PtyPair control;
-    serialPort port;
-    port.Speed = baud;
-    const int result = port.Open(control.devicePath());
-    QCOMPARE(result, port.hPort);
-    QCOMPARE(port.isOpen(), code != B0);
-    if (code == B0) {
-        QCOMPARE(port.hPort, -1);
-        port.Speed = 9600;
-        QVERIFY2(port.Open(control.devicePath()) >= 0, "the refused device is free again");
-        return;
-    }
-    const termios line = control.line();
-    QCOMPARE(::cfgetospeed(&line), code);
-    QCOMPARE(::cfgetispeed(&line), code);
-}
-
-void LineTest::whatIsNoSerialLineDoesNotOpen()
-{
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    for (const QString& path : {QStringLiteral("1"), QString(), QStringLiteral("/dev/no-such-line"), file.fileName()}) {
-        serialPort port;
-        port.Speed = 9600;
-        QVERIFY2(port.isOpen(), "a port that was never opened counts as open");
-        QCOMPARE(port.Open(path), -1);
-        QCOMPARE(port.hPort, -1);
-        QVERIFY(!port.isOpen());
-        QVERIFY(!port.tmrRxTimer.isActive());
+    const tcflag_t strip = SerialLine::readerStripsParity(isEven) ? 0 : ISTRIP;
+    const tcflag_t control8 = CS8 | CREAD | CLOCAL | (stopBits == 2 ? CSTOPB : 0) | (flow == 2 ? CRTSCTS : 0);
+    QCOMPARE(line.c_iflag & ~IUTF8, (flow == 1 ? IXON | IXOFF : 0) | (flow == 3 ? 0 : translations) | strip);
+    QCOMPARE(line.c_oflag | line.c_lflag, 0U);
+    QCOMPARE(line.c_cflag & (CSIZE | CREAD | CLOCAL | PARENB | CSTOPB | CRTSCTS), control8);
+    QCOMPARE(line.c_cc[VSTOP], static_cast<cc_t>(isEven ? 0x93 : 0x13));
+    QVERIFY(::cfgetospeed(&line) == codes[rate] && ::cfgetispeed(&line) == codes[rate]);
+    for (const int later : {0, 1, 2, 3}) {
+        QVERIFY(port.setFlow(later));
+        QCOMPARE(control.line().c_iflag & (IXON | IXOFF | IXANY), later == 1 ? IXON | IXOFF : 0U);
+        QCOMPARE((control.line().c_cflag & CRTSCTS) != 0, later == 2);
     }
 }
 
-void LineTest::deviceOpensOnlyOnce()
+void LineTest::deviceBelongsToOnePort()
 {
     OpenPort first;
+    const PtyPair next;
+    const auto flock = [](const PtyPair& p) { return std::system(qPrintable("flock -n " + p.devicePath() + " true")); };
     serialPort second;
     second.Speed = 9600;
+    QVERIFY(second.Open(first.control.devicePath()) < 0 && flock(first.control) != 0);
+    QVERIFY(first.port->Open(next.devicePath()) >= 0); // lets go of the first device
+    second.Speed = 12345;                              // no such speed: refused, and the device is free again
     QCOMPARE(second.Open(first.control.devicePath()), -1);
-    QVERIFY(first.port->isOpen());
-    QCOMPARE(first.port->Close(), -1);
+    second.Speed = 9600;
     QVERIFY(second.Open(first.control.devicePath()) >= 0);
+    QCOMPARE(first.port->Close(), -1);
+    QTRY_COMPARE(flock(next), 0);
 }
 
-void LineTest::lockOfAnotherProgramIsRespected()
-{
-    const PtyPair control;
-    const QTemporaryDir dir;
-    const QString held = dir.filePath(QStringLiteral("held"));
-    const QString lock = QStringLiteral("flock --nonblock %1 ").arg(control.devicePath());
-    const QString holder = lock + QStringLiteral("sh -c 'touch %1; read end'").arg(held);
-    FILE* const other = ::popen(holder.toUtf8().constData(), "w");
-    QTRY_VERIFY(QFile::exists(held));
-    serialPort port;
-    port.Speed = 9600;
-    QCOMPARE(port.Open(control.devicePath()), -1);
-    QCOMPARE(port.hPort, -1);
-    ::pclose(other);
-    QVERIFY(port.Open(control.devicePath()) >= 0);
-    QVERIFY2(std::system((lock + QStringLiteral("true")).toUtf8().constData()) != 0, "ours binds the other");
-}
-
-// A write that has yet to notice the close still holds the device.
-void LineTest::closedDeviceOpensAgainAtOnce()
-{
-    OpenPort line(1);
-    for (int round = 0; round < 100; ++round) {
-        if (round % 2 == 0) line.hold();
-        line.port->sendBytes(QByteArray(9000, 'x'));
-        line.port->stopButtonPressed = round % 3 == 0;
-        line.port->Close();
-        line.release();
-        QVERIFY2(line.port->Open(line.control.devicePath()) >= 0, qPrintable(QString::number(round)));
-        line.control.read();
-        line.port->bytesRxBuffer.clear();
-    }
-}
-
-void LineTest::openingAnOpenPortLetsGoOfTheFirstDevice()
+void LineTest::unpluggedAdapterIsToldOnce()
 {
     OpenPort line;
-    const PtyPair next;
-    QVERIFY(line.port->Open(next.devicePath()) >= 0);
-    serialPort other;
-    other.Speed = 9600;
-    QVERIFY(other.Open(line.control.devicePath()) >= 0);
-    QCOMPARE(other.Open(next.devicePath()), -1);
-}
-
-void LineTest::flowChangesOnTheOpenLine()
-{
-    OpenPort line(1);
-    for (const int flow : {0, 1, 2, 3, 1}) {
-        QVERIFY(line.port->setFlow(flow));
-        const termios now = line.control.line();
-        QCOMPARE(bits(now.c_iflag, {IXON, IXOFF, IXANY}), bits(flow == 1 ? ~0U : 0, {IXON, IXOFF}));
-        QCOMPARE((now.c_cflag & CRTSCTS) != 0, flow == 2);
-        QCOMPARE(line.port->FlowType, 1);
-    }
-}
-
-void LineTest::unpluggedDeviceClosesThePortOnFlowChange()
-{
-    OpenPort line;
+    QList<int> told; // each with the number of writes that were complete before
+    connect(line.port.get(), &serialPort::lost, this, [&] { told << line.txCount; });
+    const auto tick = [&] {
+        for (int times = 0; times < 20; ++times)
+            line.port->tmrRx_Tick();
+        return told;
+    };
+    QCOMPARE(tick(), QList<int>()); // quiet is not lost
     line.control.hangUp();
-    QVERIFY(!line.port->setFlow(1));
-    QCOMPARE(line.port->hPort, -1);
-    QVERIFY(!line.port->tmrRxTimer.isActive());
-}
-
-// Its descriptor reads 0, which is a terminal when the program is started from one.
-void LineTest::freshPortLeavesStandardInputAlone()
-{
-    const PtyPair terminal;
-    const int saved = ::dup(STDIN_FILENO);
-    const int fd = ::open(terminal.devicePath().toUtf8().constData(), O_RDWR | O_NOCTTY);
-    ::dup2(fd, STDIN_FILENO);
-    {
-        serialPort port;
-        port.sendBytes("G0");
-        QVERIFY(!port.sendData("G0") || port.hPort == 0);
-        QVERIFY(!port.setFlow(1));
-    }
-    QCOMPARE(bits(terminal.line().c_iflag, {IXON, IXOFF}), 0U);
-    QVERIFY(::fcntl(STDIN_FILENO, F_GETFD) >= 0);
-    ::dup2(saved, STDIN_FILENO);
-    ::close(saved);
-    ::close(fd);
+    QCOMPARE(tick(), QList<int>({0}));
+    QVERIFY(line.rxCount == 0 && line.port->isOpen());
+    PtyPair again;
+    QVERIFY(line.port->Open(again.devicePath()) >= 0);
+    line.port->tmrRxTimer.stop(); // the write meets it first
+    again.hangUp();
+    line.port->sendBytes("G0 X1\r\n");
+    QTRY_COMPARE(line.txCount, 1); // nobody could act on a write's error: it counts as complete
+    QCOMPARE(tick(), QList<int>({0, 0}));
+    QVERIFY(!line.port->setFlow(1) && !line.port->isOpen());
 }
 
 QTEST_GUILESS_MAIN(LineTest)

@@ -4,40 +4,31 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QStringList>
 #include <QTest>
 #include <QTimer>
 
-/// While it lives, answers every message box with a click on the button of that label and keeps what the boxes said.
-class MessageBoxes : public QObject
+/// Answers every message box with a click on the button of that label, or Escape for none, and keeps what they said.
+class MessageBoxes : public QTimer
 {
 public:
-    explicit MessageBoxes(const QString& button) : button_(button)
+    explicit MessageBoxes(QString button) : button_(std::move(button))
     {
-        connect(&poll_, &QTimer::timeout, this, [this] { answer(); });
-        poll_.start(1);
+        callOnTimeout([this] { answer(); });
+        start(1);
     }
 
     QStringList texts;
-    QList<QStringList> buttons; ///< the labels of each box
 
 private:
     void answer()
     {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
         if (!box || !box->isVisible()) return;
-        texts << box->text();
-        QStringList labels;
-        QAbstractButton* wanted = box->buttons().first();
-        const auto all = box->buttons();
-        for (auto* button : all) {
-            labels << button->text();
-            if (button->text() == button_) wanted = button;
-        }
-        buttons << labels;
-        QTest::mouseClick(wanted, Qt::LeftButton);
+        texts << (box->textFormat() == Qt::PlainText ? box->text() : QStringLiteral("shown as markup"));
+        if (button_.isEmpty()) return QTest::keyClick(box, Qt::Key_Escape);
+        for (auto* button : box->buttons())
+            if (button->text() == button_) return QTest::mouseClick(button, Qt::LeftButton);
     }
 
-    QString button_;
-    QTimer poll_;
+    const QString button_;
 };

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Events, work for the queues, and a second start of the program: who gets them.
+#include "platform/BackgroundQueue.h"
+#include "platform/MainQueue.h"
+#include "platform/NotificationCenter.h"
+#include "platform/SingleInstance.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <array>
+#include <atomic>
+#include <future>
+#include <optional>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+// Another start of the program: says what its claim gave and, as owner, stays until it is killed.
+static int startAnother(const QString& folder)
+{
+    SingleInstance instance(folder);
+    const char answer = instance.claim() ? 'o' : 'r';
+    return ::write(STDOUT_FILENO, &answer, 1) == 1 && answer == 'o' ? QCoreApplication::exec() : 0;
+}
+
+class PartsTest : public QObject
+{
+    Q_OBJECT
+    const QTemporaryDir folder_;
+
+    void start(QProcess& process) const { process.start(QCoreApplication::applicationFilePath(), {folder_.path()}); }
+private Q_SLOTS:
+    void initTestCase() { MainQueue::attachToMainThread(); }
+    void nameAndObjectDecideWhoIsCalled();
+    void handlersMayChangeTheObserversDuringAPost();
+    void mainQueueKeepsEveryThreadsOrder();
+    void workBehindAMessageBoxReachesTheBoxsLoop();
+    void blockedWritesOfManyMachinesHoldUpNoOther();
+    void ofManyStartsAtOnceExactlyOneOwns();
+    void laterStartIsRefusedAndTheOwnerIsTold();
+    void startsWhereNoSocketCanBeMade();
+};
+
+void PartsTest::nameAndObjectDecideWhoIsCalled()
+{
+    NotificationCenter center;
+    QObject observer, neighbour, port;
+    std::optional<QObject> unplugged(std::in_place);
+    QStringList calls;
+    const auto observe = [&](QObject& who, const QString& name, const QObject* object, const QString& call) {
+        center.addObserver(&who, name, object, [&calls, call](const Notification&) { calls << call; });
+    };
+    observe(observer, "Rx", &port, "Rx of the port");
+    observe(observer, "Rx", &*unplugged, "Rx of the other port");
+    observe(observer, "Tx", nullptr, "Tx");
+    observe(neighbour, "Rx", nullptr, "neighbour");
+    center.post("Rx", &port);
+    unplugged.reset();
+    center.post("Rx");
+    center.post("Rx", &unplugged.emplace()); // a new object in a dead one's place
+    QCOMPARE(calls, QStringList({"Rx of the port", "neighbour", "neighbour", "neighbour"}));
+    center.removeObserver(&observer, "Rx");
+    center.post("Rx", &port);
+    center.post("Tx", &port);
+    center.removeObserver(&observer);
+    center.post("Tx", &port);
+    QCOMPARE(calls.mid(4), QStringList({"neighbour", "Tx"}));
+}
+
+void PartsTest::handlersMayChangeTheObserversDuringAPost()
+{
+    NotificationCenter center;
+    int calls = 0;
+    const auto count = [&calls](const Notification&) { ++calls; };
+    QObject changer, removed;
+    auto dying = std::make_unique<QObject>();
+    center.addObserver(&changer, "n", nullptr, [&](const Notification&) {
+        center.removeObserver(&removed);
+        dying.reset();
+        center.addObserver(&changer, "n", nullptr, count); // called from the next post on
+    });
+    center.addObserver(&removed, "n", nullptr, count);
+    center.addObserver(dying.get(), "n", nullptr, count);
+    center.post("n");
+    QCOMPARE(calls, 0);
+    center.post("n");
+    QCOMPARE(calls, 1);
+}
+
+// More work waits at once than the pipe that wakes the loop has bytes.
+void PartsTest::mainQueueKeepsEveryThreadsOrder()
+{
+    constexpr int threads = 4, posts = 25'000;
+    std::array<int, threads> done{}; // touched on the main thread alone
+    std::vector<std::jthread> posters;
+    for (std::size_t thread = 0; thread < threads; ++thread) {
+        posters.emplace_back([&, thread] {
+            for (int i = 0; i < posts; ++i)
+                MainQueue::post([&, thread, i] { done[thread] += done[thread] == i; });
+        });
+    }
+    posters.clear(); // joins them
+    for (const int& count : done)
+        QTRY_COMPARE_WITH_TIMEOUT(count, posts, 60'000);
+}
+
+void PartsTest::workBehindAMessageBoxReachesTheBoxsLoop()
+{
+    QEventLoop box;
+    int answer = 0;
+    MainQueue::post([&] { answer = box.exec(); }); // opened by one machine's work, another machine's is behind it
+    MainQueue::post([&] { MainQueue::post([&] { box.exit(7); }); });
+    QTRY_COMPARE(answer, 7);
+}
+
+void PartsTest::blockedWritesOfManyMachinesHoldUpNoOther()
+{
+    constexpr int machines = 200;
+    std::promise<void> release;
+    const std::shared_future<void> released = release.get_future().share();
+    std::atomic<int> blocked = 0;
+    auto device = std::make_shared<int>(0); // a task that kept it would keep the serial device open
+    for (int i = 0; i < machines; ++i) {
+        BackgroundQueue::post([&blocked, released, device] {
+            ++blocked;
+            released.wait();
+        });
+    }
+    QTRY_COMPARE(blocked.load(), machines);
+    release.set_value();
+    QTRY_COMPARE(device.use_count(), 1L);
+}
+
+void PartsTest::ofManyStartsAtOnceExactlyOneOwns()
+{
+    std::array<QProcess, 8> starts;
+    for (auto& process : starts)
+        start(process);
+    QByteArray answers;
+    for (auto& process : starts) {
+        QTRY_COMPARE_WITH_TIMEOUT(process.bytesAvailable(), 1, 60'000);
+        answers += process.readAll();
+    }
+    QCOMPARE(answers.count('o'), 1);
+}
+
+// The owner of before was killed with its process. Its socket stays and must not lock the settings for ever.
+void PartsTest::laterStartIsRefusedAndTheOwnerIsTold()
+{
+    SingleInstance first(folder_.path());
+    QSignalSpy asked(&first, &SingleInstance::activationRequested);
+    QVERIFY(first.claim());
+    for (int starts = 1; starts <= 2; ++starts) {
+        QProcess second;
+        start(second);
+        QTRY_COMPARE(second.state(), QProcess::NotRunning);
+        QCOMPARE(second.readAllStandardOutput(), QByteArray("r"));
+        QTRY_COMPARE(asked.count(), starts);
+    }
+    SingleInstance other("/proc/one"), another("/proc/other"); // other settings, whose folders cannot even be made
+    QVERIFY(other.claim() && another.claim());
+}
+
+void PartsTest::startsWhereNoSocketCanBeMade()
+{
+    const QString tooLong = folder_.filePath(QString(120, u'x')); // for a socket's path
+    QVERIFY(QDir().mkdir(tooLong) && qputenv("TMPDIR", tooLong.toUtf8()));
+    QVERIFY(SingleInstance(folder_.path()).claim());
+}
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc == 2 && QDir(argv[1]).exists()) return startAnother(argv[1]);
+    PartsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "platform_parts.moc"

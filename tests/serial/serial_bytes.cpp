@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The bytes on the line, both ways. Stop, continue and close: each goes out once, and to its own machine only.
+#include "serial/CustomObject.h"
+#include "serial/OpenPort.h"
+#include "serial/WriteTask.h"
+
+#include <QRandomGenerator>
+
+#include <array>
+#include <future>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+class BytesTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void bytesOnTheWire_data();
+    void bytesOnTheWire();
+    void controlHoldsOneMachineAndNoOther();
+    void sendsThatDoNotWaitKeepTheirOrder();
+    void sendWaitsUntilEverythingBeforeIsOut();
+    void everyByteArrivesAsSevenBitsWithoutWaitingForThePoll();
+    void arrivalIsReportedOnceUntilTheBytesAreTaken();
+    void stopAndResumeLosesAndDoublesNothing();
+    void newSendDoesNotWakeAStoppedOne();
+    void completionFromBeforeAStopIsDropped();
+    void bytesNeverReachAnotherDevice();
+    void closingDiscardsOnlyWhatAStopCutOff();
+};
+
+void BytesTest::bytesOnTheWire_data()
+{
+    QTest::addColumn<int>("flow");
+    QTest::addColumn<int>("parity");
+    QTest::addColumn<QByteArray>("wire");
+    QTest::newRow("none") << 0 << 0 << QByteArray("\x41\x43\x13\0\x7f\r\n", 7);
+    QTest::newRow("even; NUL counts as odd") << 0 << 1 << QByteArray("\x41\xC3\x93\x80\xFF\x8D\x0A", 7);
+    QTest::newRow("XModem takes none") << 3 << 1 << QByteArray("\x41\x43\x13\0\x7f\r\n", 7);
+}
+
+void BytesTest::bytesOnTheWire()
+{
+    QFETCH(int, flow);
+    QFETCH(int, parity);
+    OpenPort line(flow, parity);
+    line.port->sendBytes(QByteArray("\x41\x43\x13\0\x7f\r\n", 7));
+    QTEST(line.control.readAtLeast(7), "wire");
+    line.port->sendBytes({});
+    QTRY_COMPARE(line.txCount, 2);
+    for (const char reply : QByteArray("\x43\x15\x06")) // a single byte is marked whatever the parity
+        line.port->sendByte(static_cast<std::uint8_t>(reply));
+    QCOMPARE(line.control.readAtLeast(3), QByteArray("\xC3\x95\x06"));
+}
+
+void BytesTest::controlHoldsOneMachineAndNoOther()
+{
+    for (const int parity : {0, 1}) { // XOFF is 0x13 or 0x93
+        OpenPort line(1, parity), other(1, parity);
+        line.hold();
+        line.port->sendBytes("ABD\n"); // even bit counts: the same on both wires
+        other.port->sendBytes("ABD\n");
+        QCOMPARE(other.control.readAtLeast(4), QByteArray("ABD\n"));
+        QCOMPARE(line.control.readAtLeast(1, 80), QByteArray());
+        QCOMPARE(line.txCount, 0);
+        line.release();
+        QCOMPARE(line.control.readAtLeast(4), QByteArray("ABD\n"));
+        QTRY_COMPARE(line.txCount, 1);
+    }
+}
+
+// An XModem receiver may answer twice at once; blocks in the wrong order would end the transfer.
+void BytesTest::sendsThatDoNotWaitKeepTheirOrder()
+{
+    OpenPort line;
+    QByteArray expected;
+    for (int send = 0; send < 500; ++send) {
+        const QByteArray bytes = "N" + QByteArray::number(send) + QByteArray(send % 100, 'X');
+        line.port->sendBytes(bytes);
+        expected += bytes;
+    }
+    QCOMPARE(line.control.readAtLeast(expected.size()), expected);
+}
+
+// A socket counts its unread bytes through the same query as a driver; a pseudo-terminal always says none.
+void BytesTest::sendWaitsUntilEverythingBeforeIsOut()
+{
+    std::array<int, 2> ends{};
+    QCOMPARE(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    const auto arrived = [&] {
+        std::array<char, 16> buffer{};
+        return QByteArray(buffer.data(), std::max<ssize_t>(::recv(ends[1], buffer.data(), 16, MSG_DONTWAIT), 0));
+    };
+    QCOMPARE(::write(ends[0], "N10", 3), 3);
+    if (CustomObject::bytesInTxBuffer(ends[0]) == 0) QSKIP("sockets do not count here");
+    const auto stop = std::make_shared<std::atomic<bool>>(false);
+    WriteTask task(std::make_shared<Descriptor>(ends[0], dev_t{}), {stop, 9600, 1, false}, "N20");
+    auto completed = std::async(std::launch::async, [&] { return task.run(); });
+    QTest::qWait(30);
+    QCOMPARE(arrived(), QByteArray("N10"));
+    QVERIFY(completed.get());
+    QCOMPARE(arrived(), QByteArray("N20"));
+    ::close(ends[1]);
+}
+
+// At 115200 baud more comes in between two polls than one read takes.
+void BytesTest::everyByteArrivesAsSevenBitsWithoutWaitingForThePoll()
+{
+    for (const auto& [flow, parity] : {std::pair(0, 0), {2, 1}, {3, 1}}) {
+        OpenPort line(flow, parity);
+        line.port->tmrRxTimer.stop();
+        QByteArray sent, expected;
+        for (int value = 0; value < 3000; ++value) {
+            sent += static_cast<char>(value);
+            expected += static_cast<char>(value & 0x7F);
+        }
+        line.control.write(sent);
+        int waiting = 0;
+        QTRY_VERIFY(::ioctl(line.port->hPort, FIONREAD, &waiting) == 0 && waiting == sent.size());
+        line.port->tmrRx_Tick();
+        QTRY_COMPARE(line.port->bytesRxBuffer, expected);
+        QCOMPARE(line.rxCount, 1);
+    }
+}
+
+void BytesTest::arrivalIsReportedOnceUntilTheBytesAreTaken()
+{
+    OpenPort line;
+    line.control.write("N10G0");
+    QTRY_COMPARE(line.rxCount, 1);
+    line.control.write("X5\r");
+    QTRY_COMPARE(line.port->bytesRxBuffer, QByteArray("N10G0X5\r"));
+    line.port->Close();
+    QCOMPARE(line.port->readBytes() + line.port->readBytes(), QByteArray("N10G0X5\r")); // what arrived is kept
+    QCOMPARE(line.rxCount, 1);
+}
+
+// The control reads now and then, so that stops find the array untouched, half taken and gone.
+void BytesTest::stopAndResumeLosesAndDoublesNothing()
+{
+    QRandomGenerator chance(7);
+    QByteArray program;
+    while (program.size() < 150'000)
+        program += "N" + QByteArray::number(program.size()) + "\n";
+    for (int round = 0; round < 10; ++round) {
+        OpenPort line(0, round % 2); // with parity nothing must be marked twice
+        QByteArray received;
+        line.port->sendBytes(program);
+        while (line.txCount == 0) {
+            QTest::qWait(static_cast<int>(chance.bounded(4)));
+            if (chance.bounded(3) == 0) received += line.control.read();
+            QCOMPARE(line.port->takeUnsentBytes(), QByteArray()); // without a stop
+            if (chance.bounded(4) != 0) continue;
+            line.port->stopButtonPressed = true;
+            if (line.txCount == 0 && chance.bounded(2) == 0) QTest::qWait(static_cast<int>(chance.bounded(20)));
+            const QByteArray rest = line.port->takeUnsentBytes();
+            received += line.control.readAtLeast(program.size() - rest.size() - received.size());
+            QCOMPARE(received.size() + rest.size(), program.size());
+            line.port->sendBytes(rest);
+        }
+        received += line.control.readAtLeast(program.size() - received.size());
+        for (char& byte : received)
+            byte = static_cast<char>(byte & 0x7F);
+        QCOMPARE(received, program);
+        QCOMPARE(line.txCount, 1);
+    }
+}
+
+void BytesTest::newSendDoesNotWakeAStoppedOne()
+{
+    OpenPort line(1, 1);
+    for (int round = 1; round <= 40; ++round) {
+        line.hold();
+        line.port->sendBytes(QByteArray("\0old", 4));
+        QTest::qWait(round % 3);
+        line.port->stopButtonPressed = true;
+        if (round % 2 == 0)
+            QCOMPARE(line.port->takeUnsentBytes() + line.port->takeUnsentBytes(), QByteArray("\0old", 4));
+        if (round % 2 != 0) line.release(); // the stop alone must have ended it
+        QTest::qWait(round % 2 != 0 ? 15 : 0);
+        line.port->sendBytes("new\n");
+        line.release();
+        QCOMPARE(line.control.readAtLeast(4), QByteArray("\xEE\x65\x77\x0A"));
+        QTRY_COMPARE(line.txCount, round);
+    }
+    QCOMPARE(line.control.readAtLeast(1, 50), QByteArray());
+}
+
+void BytesTest::completionFromBeforeAStopIsDropped()
+{
+    OpenPort again, stopped, closed;
+    for (auto* line : {&again, &stopped, &closed})
+        line->sendWithoutEvents();
+    again.port->stopButtonPressed = stopped.port->stopButtonPressed = true;
+    again.port->sendBytes("N20\n");
+    closed.port.reset();
+    QCOMPARE(again.control.readAtLeast(4), QByteArray("N20\n"));
+    QTest::qWait(60);
+    QVERIFY(again.txCount == 1 && stopped.txCount + closed.txCount == 0);
+}
+
+// The next device that opens gets the lowest free number: that of the device which was just closed.
+void BytesTest::bytesNeverReachAnotherDevice()
+{
+    for (int round = 0; round < 30; ++round) {
+        OpenPort first(1);
+        first.hold();
+        first.port->sendBytes(QByteArray(100, 'x'));
+        QTest::qSleep(round % 4);
+        first.port->Close();
+        if (round % 2 == 0) first.port.reset();
+        std::array<OpenPort, 3> next{OpenPort(1), OpenPort(1), OpenPort(1)};
+        for (auto& machine : next)
+            machine.port->sendBytes("M30");
+        first.release();
+        for (auto& machine : next) {
+            QTRY_COMPARE(machine.txCount, 1);
+            QCOMPARE(machine.control.readAtLeast(4, 5), QByteArray("M30"));
+        }
+        QVERIFY(first.control.read().isEmpty() && first.txCount == 0);
+    }
+}
+
+// The end of a transfer sets the stop flag, too; the control may still have to read what the driver holds.
+void BytesTest::closingDiscardsOnlyWhatAStopCutOff()
+{
+    OpenPort whole, cut;
+    whole.port->sendBytes(QByteArray(12'000, 'x'));
+    QTRY_COMPARE(whole.txCount, 1);
+    cut.port->sendBytes(QByteArray(500'000, 'x')); // more than the driver ever holds
+    QTest::qWait(20);
+    for (auto* line : {&whole, &cut}) {
+        line->port->stopButtonPressed = true;
+        line->port->Close();
+        QVERIFY(line->port->Open(line->control.devicePath()) >= 0); // at once, though a write may still hold it
+    }
+    QCOMPARE(whole.control.readAtLeast(12'000).size(), 12'000);
+    QVERIFY(cut.control.readAtLeast(500'000, 60).size() < 12'000);
+}
+
+QTEST_GUILESS_MAIN(BytesTest)
+#include "serial_bytes.moc"
