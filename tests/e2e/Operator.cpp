@@ -1,26 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "e2e/Operator.h"
 
-#include "config/g.h"
-#include "shell/viewChild.h"
+#include "shell/viewMC.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QTimer>
-
-Operator::Operator()
-{
-    restart();
-}
-
-Operator::~Operator()
-{
-    g::msgBoxParent = nullptr;
-}
 
 void Operator::restart()
 {
@@ -28,59 +16,60 @@ void Operator::restart()
     app_ = std::make_unique<AppDelegate>();
     app_->applicationDidFinishLaunching();
     window().show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window()));
+    toFront();
 }
 
-bool Operator::isShown(const QString& name)
+void Operator::toFront()
 {
-    return find<QWidget>(name) != nullptr;
+    window().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window()));
 }
 
-void Operator::click(const QString& name)
+void Operator::click(const QString& name, QWidget* root)
 {
-    auto* button = find<QAbstractButton>(name);
-    QVERIFY2(button, qPrintable(QStringLiteral("no button ") + name));
+    auto* button = find<QAbstractButton>(name, root);
+    QVERIFY2(button, qPrintable("no button " + name));
     QTest::mouseClick(button, Qt::LeftButton);
 }
 
-void Operator::clickIn(QWidget* root, const QString& name)
+void Operator::press(int key, Qt::KeyboardModifiers modifiers)
 {
-    auto* button = findIn<QAbstractButton>(root, name);
-    QVERIFY2(button, qPrintable(QStringLiteral("no button ") + name));
-    QTest::mouseClick(button, Qt::LeftButton);
-}
-
-QWidget* Operator::child(int machine)
-{
-    return childViewAt(machine);
+    auto* popup = QApplication::activePopupWidget();
+    QWidget* window = popup ? popup : QApplication::activeWindow();
+    QVERIFY(window);
+    QTest::keyClick(window->focusWidget() ? window->focusWidget() : window, static_cast<Qt::Key>(key), modifiers);
 }
 
 void Operator::choose(int machine, const QString& choice)
 {
-    clickIn(dynamic_cast<QWidget*>(g::mcIcons[machine].get()), QStringLiteral("btnMC"));
+    click("btnMC", mcIconAt(machine));
     QTRY_VERIFY(isShown(choice));
     click(choice);
 }
 
-void Operator::openSend(int machine, const QString& path)
+QString Operator::write(const QString& name, const QByteArray& bytes) const
 {
-    choose(machine, QStringLiteral("btnTX"));
-    answerFileDialog(path);
+    QFile file(files_.filePath(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) qFatal("cannot write a program");
+    return file.fileName();
 }
 
-void Operator::answerFileDialog(const QString& path)
+void Operator::open(int machine, const QByteArray& program)
 {
+    choose(machine, "btnTX");
     QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()));
-    auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-    auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    if (path.isEmpty()) {
-        QTest::keyClick(dialog, Qt::Key_Escape);
-    } else {
-        name->setText(
-            path); // typed keys would race with the dialog's completion, which reads folders in the background
-        QTest::keyClick(name, Qt::Key_Return);
-    }
+    auto* dialog = QApplication::activeModalWidget();
+    auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
+    // Typed keys would race with the dialog's completion, which reads folders in the background.
+    if (!program.isEmpty()) name->setText(write("program.nc", program));
+    QTest::keyClick(name, program.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
     QTRY_VERIFY(!QApplication::activeModalWidget());
+}
+
+void Operator::send(int machine, const QByteArray& program)
+{
+    open(machine, program);
+    click("btnSend");
 }
 
 void Operator::answerNextMessage(const QString& button)
@@ -99,22 +88,14 @@ void Operator::answerNextMessage(const QString& button)
     poll->start(5);
 }
 
-void Operator::setUp(int machine, const QString& port, const QString& mode, int flow, int dataFormat, bool wait)
+void Operator::setUp(int machine, const QString& port)
 {
-    choose(machine, QStringLiteral("btnSetup"));
-    if (isShown(QStringLiteral("btnSetupFailed"))) click(QStringLiteral("btnSetupFailed"));
-    QTRY_VERIFY(isShown(QStringLiteral("cboPorts")));
-    const auto typeInto = [this](const QString& box, const QString& text) {
-        auto* edit = find<QComboBox>(box)->lineEdit();
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-    };
-    typeInto(QStringLiteral("cboPorts"), port);
-    typeInto(QStringLiteral("cboMode"), mode);
-    find<QComboBox>(QStringLiteral("cboFlow"))->setCurrentIndex(flow);
-    find<QComboBox>(QStringLiteral("cboDBPar"))->setCurrentIndex(dataFormat);
-    auto* waitBox = find<QCheckBox>(QStringLiteral("chkWaitXOn"));
-    if (waitBox->isChecked() != wait) QTest::keyClick(waitBox, Qt::Key_Space);
-    click(QStringLiteral("btnSave"));
-    if (child(machine)->isVisible()) click(QStringLiteral("btnClose"));
+    choose(machine, "btnSetup");
+    if (isShown("btnSetupFailed")) press(Qt::Key_Return);
+    QTRY_VERIFY(isShown("cboPorts"));
+    auto* edit = find<QComboBox>("cboPorts")->lineEdit();
+    edit->selectAll();
+    QTest::keyClicks(edit, port);
+    click("btnSave");
+    click("btnClose");
 }

@@ -4,8 +4,7 @@
 #include "shell/AppDelegate.h"
 
 #include <QAbstractButton>
-#include <QByteArray>
-#include <QString>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -15,52 +14,43 @@ class Operator
 {
 public:
     /// Starts the program as main() does, with the settings that are stored.
-    Operator();
-    ~Operator();
+    Operator() { restart(); }
     /// Ends the program and starts it anew.
     void restart();
-
-    AppDelegate& app() { return *app_; }
     QMainWindow& window() { return *app_->window(); }
+    /// What a window manager does when a dialog goes.
+    void toFront();
+    AppDelegate& app() { return *app_; }
 
-    /// The one visible widget of that name, in any window; fails the test when there is none.
-    template <typename Widget> Widget* find(const QString& name);
-    template <typename Widget> Widget* findIn(QWidget* root, const QString& name);
-    bool isShown(const QString& name);
-    void click(const QString& name);
-    void clickIn(QWidget* root, const QString& name);
+    /// The visible widget of that name below `root`, or in any window; none when it is not there.
+    template <typename Widget = QWidget> static Widget* find(const QString& name, QWidget* root = nullptr);
+    static bool isShown(const QString& name) { return find(name); }
+    static void click(const QString& name, QWidget* root = nullptr);
+    /// A key that goes where the focus is.
+    static void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
-    /// Clicks the machine's icon and then the choice of its menu: "btnTX", "btnRX" or "btnSetup".
+    /// Clicks the machine's icon and then that button of its menu: "btnTX", "btnRX", "btnSetup" or "btnCloseMenu".
     void choose(int machine, const QString& choice);
-    /// Chooses Send, or Receive, and picks nothing or that file in the dialog.
-    void openSend(int machine, const QString& path);
-    /// Types the path into the file dialog that is up and accepts it; an empty path cancels it.
-    void answerFileDialog(const QString& path);
+    /// Chooses Send and opens a file that holds this program; nothing cancels the dialog.
+    void open(int machine, const QByteArray& program);
+    void send(int machine, const QByteArray& program);
     /// Presses that button in the next message box; its text is kept in lastMessage.
     void answerNextMessage(const QString& button);
     QString lastMessage;
-    /// The machine's child view.
-    QWidget* child(int machine);
+    /// Gives the machine that port through the form.
+    void setUp(int machine, const QString& port);
 
-    /// Stores one machine's settings through the form.
-    void setUp(int machine, const QString& port, const QString& mode, int flow, int dataFormat, bool wait = false);
+    QString write(const QString& name, const QByteArray& bytes) const;
 
 private:
+    QTemporaryDir files_;
     std::unique_ptr<AppDelegate> app_;
 };
 
-template <typename Widget> Widget* Operator::findIn(QWidget* root, const QString& name)
+template <typename Widget> Widget* Operator::find(const QString& name, QWidget* root)
 {
-    for (auto* widget : root->findChildren<Widget*>(name))
-        if (widget->isVisible()) return widget;
-    return nullptr;
-}
-
-template <typename Widget> Widget* Operator::find(const QString& name)
-{
-    for (auto* top : QApplication::topLevelWidgets()) {
-        if (!top->isVisible()) continue;
-        if (auto* found = findIn<Widget>(top, name)) return found;
-    }
+    for (auto* top : root ? QWidgetList{root} : QApplication::topLevelWidgets())
+        for (auto* widget : top->findChildren<Widget*>(name))
+            if (widget->isVisible()) return widget;
     return nullptr;
 }
