@@ -2,10 +2,17 @@
 #pragma once
 
 #include "shell/AppDelegate.h"
+#include "shell/viewMC.h"
 
 #include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -15,42 +22,116 @@ class Operator
 public:
     /// Starts the program as main() does, with the settings that are stored.
     Operator() { restart(); }
-    /// Ends the program and starts it anew.
-    void restart();
     QMainWindow& window() { return *app_->window(); }
+
+    /// Ends the program and starts it anew.
+    void restart()
+    {
+        app_.reset();
+        app_ = std::make_unique<AppDelegate>();
+        app_->applicationDidFinishLaunching();
+        window().show();
+        toFront();
+    }
+
     /// What a window manager does when a dialog goes.
-    void toFront();
-    AppDelegate& app() { return *app_; }
+    void toFront()
+    {
+        window().activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window()));
+    }
 
     /// The visible widget of that name below `root`, or in any window; none when it is not there.
-    template <typename Widget = QWidget> static Widget* find(const QString& name, QWidget* root = nullptr);
+    template <typename Widget = QWidget> static Widget* find(const QString& name, QWidget* root = nullptr)
+    {
+        for (auto* top : root ? QWidgetList{root} : QApplication::topLevelWidgets())
+            for (auto* widget : top->findChildren<Widget*>(name))
+                if (widget->isVisible()) return widget;
+        return nullptr;
+    }
     static bool isShown(const QString& name) { return find(name); }
-    static void click(const QString& name, QWidget* root = nullptr);
+
+    static void click(const QString& name, QWidget* root = nullptr)
+    {
+        auto* button = find<QAbstractButton>(name, root);
+        QVERIFY2(button, qPrintable("no button " + name));
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
     /// A key that goes where the focus is.
-    static void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        auto* popup = QApplication::activePopupWidget();
+        QWidget* window = popup ? popup : QApplication::activeWindow();
+        QVERIFY(window);
+        QTest::keyClick(window->focusWidget() ? window->focusWidget() : window, key, modifiers);
+    }
 
     /// Clicks the machine's icon and then that button of its menu: "btnTX", "btnRX", "btnSetup" or "btnCloseMenu".
-    void choose(int machine, const QString& choice);
-    /// Chooses Send and opens a file that holds this program; nothing cancels the dialog.
-    void open(int machine, const QByteArray& program);
-    void send(int machine, const QByteArray& program);
-    /// Presses that button in the next message box; its text is kept in lastMessage.
-    void answerNextMessage(const QString& button);
-    QString lastMessage;
-    /// Gives the machine that port through the form.
-    void setUp(int machine, const QString& port);
+    static void choose(int machine, const QString& choice)
+    {
+        click("btnMC", mcIconAt(machine));
+        QTRY_VERIFY(isShown(choice));
+        click(choice);
+    }
 
-    QString write(const QString& name, const QByteArray& bytes) const;
+    /// The path of a file that holds this program.
+    QString write(const QByteArray& program) const
+    {
+        QFile file(files_.filePath("program.nc"));
+        if (!file.open(QIODevice::WriteOnly) || file.write(program) != program.size()) qFatal("cannot write a program");
+        return file.fileName();
+    }
+
+    /// Chooses Send and opens a file that holds this program; nothing cancels the dialog.
+    void open(int machine, const QByteArray& program) const
+    {
+        choose(machine, "btnTX");
+        QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()));
+        auto* name = QApplication::activeModalWidget()->findChild<QLineEdit*>("fileNameEdit");
+        // Typed keys would race with the dialog's completion, which reads folders in the background.
+        if (!program.isEmpty()) name->setText(write(program));
+        QTest::keyClick(name, program.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+    }
+
+    void send(int machine, const QByteArray& program) const
+    {
+        open(machine, program);
+        click("btnSend");
+    }
+
+    /// Presses that button in the next message box; its text is kept in lastMessage.
+    void answerNextMessage(const QString& button)
+    {
+        lastMessage.clear();
+        auto* poll = new QTimer(&window());
+        QObject::connect(poll, &QTimer::timeout, poll, [this, poll, button] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box) return;
+            poll->stop(); // it may outlive this message's event loop, and must not answer the next one
+            poll->deleteLater();
+            lastMessage = box->text();
+            for (auto* choice : box->buttons())
+                if (choice->text().remove(u'&') == button) QTest::mouseClick(choice, Qt::LeftButton);
+        });
+        poll->start(5);
+    }
+    QString lastMessage;
+
+    /// Gives the machine that port through the form.
+    static void setUp(int machine, const QString& port)
+    {
+        choose(machine, "btnSetup");
+        if (isShown("btnSetupFailed")) press(Qt::Key_Return);
+        auto* edit = find<QComboBox>("cboPorts")->lineEdit();
+        edit->selectAll();
+        QTest::keyClicks(edit, port);
+        click("btnSave");
+        click("btnClose");
+    }
 
 private:
     QTemporaryDir files_;
     std::unique_ptr<AppDelegate> app_;
 };
-
-template <typename Widget> Widget* Operator::find(const QString& name, QWidget* root)
-{
-    for (auto* top : root ? QWidgetList{root} : QApplication::topLevelWidgets())
-        for (auto* widget : top->findChildren<Widget*>(name))
-            if (widget->isVisible()) return widget;
-    return nullptr;
-}

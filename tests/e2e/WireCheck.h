@@ -12,17 +12,16 @@
 class WireCheck
 {
 public:
-    /// A machine's program: every line begins with its letter and the program's number. 'q' is what operators type in
-    /// to spoil a text; it counts as nothing.
-    static QByteArray program(char letter, int number, int lines)
+    /// A program of a machine: every line begins with its letter and the program's number. 'q' is what operators type
+    /// in to spoil a text; it counts as nothing.
+    QByteArray addProgram(char letter, int number, int blocks)
     {
         QByteArray text;
-        for (int line = 1; line <= lines; ++line)
+        for (int line = 1; line <= blocks; ++line)
             text += letter + QByteArray::number(number) + QByteArray::number(line).rightJustified(6, '0') + " X\n";
+        programs_ << onWire(text);
         return text;
     }
-
-    void addProgram(const QByteArray& text) { programs_ << onWire(text); }
 
     /// A send begins here; the line is the editor's, as it will go out.
     void sendBegins(const QByteArray& line) { starts_ << onWire(line); }
@@ -33,13 +32,11 @@ public:
         received.replace("q", "");
         for (qsizetype end = 0; (end = received.indexOf('\n', at_)) >= 0; at_ = end + 1, ++lines) {
             const QByteArray line = received.mid(at_, end + 1 - at_);
-            // The stop cut a line off: what came of it, then the line that the next send began with.
-            const qsizetype torn = line.lastIndexOf(programs_.first().at(0));
             if (line == next_ ? place(line) : begins(line)) continue;
-            if (torn > 0 && isPartOfLines(line.left(torn)) && begins(line.mid(torn))) continue;
-            return QStringLiteral("byte %1: \"%2\" does not follow, \"%3\" would")
-                .arg(at_)
-                .arg(QString::fromLatin1(line.left(80)), QString::fromLatin1(next_));
+            // The stop cut a line off: what came of it, then the line that the next send began with.
+            const qsizetype torn = line.lastIndexOf(programs_[0][0]);
+            if (torn <= 0 || !isPartOfLines(line.left(torn)) || !begins(line.mid(torn)))
+                return QString::fromLatin1(line.left(80) + " came, " + next_ + " or a send's first line would follow");
         }
         return {};
     }
@@ -59,7 +56,7 @@ private:
     // Several may be cut off one after another, each at its beginning or further.
     bool isPartOfLines(const QByteArray& cut) const
     {
-        const auto parts = cut.split(programs_.first().at(0));
+        const auto parts = cut.split(programs_[0][0]);
         return std::all_of(parts.begin(), parts.end(), [this](const QByteArray& part) {
             return std::any_of(programs_.begin(), programs_.end(), [&](auto& text) { return text.contains(part); });
         });
@@ -69,7 +66,7 @@ private:
     {
         for (const QByteArray& program : programs_) {
             const qsizetype at = program.indexOf(line);
-            if (at < 0 || line.at(0) != program.at(0)) continue;
+            if (at < 0 || line[0] != program[0]) continue;
             // After the last line a machine that repeats begins anew.
             const qsizetype from = at + line.size() < program.size() ? at + line.size() : 0;
             next_ = program.mid(from, program.indexOf('\n', from) + 1 - from);

@@ -23,7 +23,6 @@ from controls import Control, Simulator  # noqa: E402
 
 CONTROL = Control("Mill by ear", "Fanuc, XON/XOFF", "O3000-surface.nc", {"MCMODE": "Fanuc", "MCFLOW": 1},
                   ["--type", "fanuc", "--xon-xoff", "--rate", "8000"])
-FLOW = "XON/XOFF (software)"
 SUSPENSION = 3  # s
 
 
@@ -93,11 +92,12 @@ def set_up(window, device):
     window.do("Add machine")
     choose_in_menu(window, "CNC1", "u")
     window.do("Setup...")  # a new machine's port is none that could be opened
-    for field, text in [("Machine name", CONTROL.name), ("Control type", "Fanuc"), ("Port", device),
-                        ("Speed", "9600")]:
-        window.write(field, text)
+    window.write("Machine name", CONTROL.name)
+    window.write("Control type", "Fanuc")
+    window.write("Port", device)
+    window.write("Speed", "9600")
     window.choose("Flow control", "RTS/CTS (hardware)")  # so that choosing the right one is seen to do something
-    window.choose("Flow control", FLOW)
+    window.choose("Flow control", "XON/XOFF (software)")
     window.wait_for("9600 baud, 8 data bits, no parity, 1 stop bit, XON/XOFF")
     window.do("Save setup")
     window.wait_for("Saved")
@@ -122,11 +122,9 @@ def send(window, simulator, program):
 
 def main():
     program, cncsim, output = controls.demo_arguments()
-    profile = output / "profile"
-    profile.mkdir()
     with processes.all_ended_afterwards(), open(output / "log", "w") as log:
         simulator = Simulator(cncsim, CONTROL, output)
-        with desktop.virtual_desktop(profile, log), processes.started([str(program)], stdout=log, stderr=log) as running:
+        with desktop.virtual_desktop(output, log), processes.started([str(program)], stdout=log, stderr=log) as running:
             window = accessible_window(running)
             try:
                 set_up(window, simulator.device)
@@ -137,8 +135,7 @@ def main():
                 return 1
         processes.wait_until(simulator.result.exists, "what arrived to be written")
         got, expected = simulator.result.read_bytes(), controls.expected_bytes(CONTROL)
-        print(f"{len(got)} of {len(expected)} bytes, {'identical' if got == expected else 'NOT identical'}; "
-              f"the control says: {simulator.verdicts()[-1]}")
+        print(f"{len(got)} bytes, {'identical' if got == expected else 'NOT identical'}: {simulator.verdicts()[-1]}")
         return 0 if got == expected and "complete and correct" in simulator.verdicts()[-1] else 1
 
 

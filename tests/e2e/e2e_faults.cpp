@@ -4,7 +4,6 @@
 #include "support/PtyPair.h"
 
 #include "shell/viewChild.h"
-#include "shell/viewMC.h"
 #include "transfer/ProgramEditor.h"
 
 #include <QLabel>
@@ -22,229 +21,192 @@
 
 using Shop::onWire;
 
-namespace
-{
-constexpr uid_t nobody = 65534;
-} // namespace
-
 /// What goes wrong around the program: adapters, devices, controls. The operator must always be able to go on.
 class FaultsTest : public QObject
 {
     Q_OBJECT
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void adapterIsPulledOutAndPluggedInAgain_data();
-    void adapterIsPulledOutAndPluggedInAgain();
-    void portThatCannotBeUsedIsExplained_data();
-    void portThatCannotBeUsedIsExplained();
-    void deadControlHoldsNobodyUp_data();
-    void deadControlHoldsNobodyUp();
-    void floodHoldsNobodyUp_data();
-    void floodHoldsNobodyUp();
-
-private:
-    static void sendsRight(Operator& op, PtyPair& line);
     static QString stateOf(int machine) { return mcIconAt(machine)->findChild<QLabel*>("lblState")->text(); }
+
+    static void sendsRight(Operator& op, PtyPair& line, int machine = 1, const QByteArray& program = Shop::program(50))
+    {
+        line.read();
+        op.send(machine, "(NEXT)\n" + program);
+        QCOMPARE(line.readAtLeast(onWire(program).size() + 8, 30000), "(NEXT)\r\n" + onWire(program));
+        QTRY_VERIFY_WITH_TIMEOUT(op.isShown("btnSend"), 20000);
+    }
+
+    // Closes the machine's view while another one is shown.
+    static void closeView(int machine, const QString& firstClick)
+    {
+        Operator::choose(machine, "btnCloseMenu");
+        Operator::click(firstClick, childViewAt(machine));
+        Operator::click("btnClose", childViewAt(machine));
+        QTRY_COMPARE(stateOf(machine), "Idle");
+    }
 
     QTemporaryDir dir_;
     const QByteArray long_ = Shop::program(1500); // more than a line takes that nobody reads
+
+private Q_SLOTS:
+    // Root is never refused a device, not even one that is exclusive to another program: we do without its rights.
+    void initTestCase()
+    {
+        constexpr uid_t nobody = 65534;
+        const bool isRoot = ::geteuid() == 0;
+        QVERIFY(!isRoot || (::chown(qPrintable(dir_.path()), nobody, nobody) == 0 && ::seteuid(nobody) == 0));
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir_.path());
+    }
+
+    void cleanupTestCase() { QCOMPARE(::seteuid(::getuid()), 0); }
+
+    void adapterIsPulledOutAndPluggedInAgain_data()
+    {
+        QTest::addColumn<QString>("state");
+        for (const char* state : {"idle", "send", "wait", "receive", "setup"})
+            QTest::newRow(state) << QString::fromLatin1(state);
+    }
+
+    void adapterIsPulledOutAndPluggedInAgain()
+    {
+        QFETCH(QString, state);
+        const QString link = dir_.filePath("adapter");
+        const auto plugIn = [&link](const PtyPair& adapter) {
+            QFile::remove(link);
+            QVERIFY(QFile::link(adapter.devicePath(), link));
+        };
+        PtyPair first, second, other; // another machine is at work, held
+        plugIn(first);
+        const auto machine = Shop::machineOn(link);
+        machine->MCWAIT = state == "wait";
+        Shop::store({machine, Shop::machineOn(other.devicePath())});
+        Operator op;
+        op.send(2, long_);
+        if (state == "receive" || state == "setup") op.choose(1, state == "setup" ? "btnSetup" : "btnRX");
+        if (state == "idle" || state == "send" || state == "wait") op.open(1, long_);
+        if (state == "send" || state == "wait") op.click("btnSend");
+        if (state == "send") first.readAtLeast(500);
+        first.hangUp();
+        if (state != "setup") QTRY_COMPARE(stateOf(1), "Port lost");
+        plugIn(second);
+        if (state == "setup") op.click("btnSave");
+        if (state == "wait") second.write("\x11");          // the start signal it waited for comes too late
+        QCOMPARE(second.readAtLeast(1, 200), QByteArray()); // nothing is sent behind the operator's back
+        g::mcIcons[1]->MCWAIT = false;
+        sendsRight(op, second);
+        QCOMPARE(other.readAtLeast(onWire(long_).size(), 30000), onWire(long_));
+    }
+
+    void portThatCannotBeUsedIsExplained_data()
+    {
+        QTest::addColumn<QString>("cause");
+        for (const char* kind : {"locked", "exclusive"}) // TIOCEXCL, and no lock
+            QTest::newRow(kind) << "The port is in use by another program";
+        QTest::newRow("forbidden") << "You have no permission";
+        for (const char* kind : {"missing", "below a file"})
+            QTest::newRow(kind) << "There is no such port now.";
+        for (const char* kind : {"directory", "file", "pipe", "null"})
+            QTest::newRow(kind) << "This is not a serial port.";
+        QTest::newRow("speed") << "The port does not take these line settings";
+    }
+
+    void portThatCannotBeUsedIsExplained()
+    {
+        QFETCH(QString, cause);
+        const QByteArray kind = QTest::currentDataTag();
+        const bool isHeld = kind == "locked" || kind == "exclusive";
+        const bool needsForm = !isHeld && kind != "forbidden";
+        PtyPair line;
+        const QByteArray device = line.devicePath().toLocal8Bit();
+        QProcess holder;
+        holder.setChildProcessModifier([&device, isLocked = kind == "locked"] {
+            const int fd = ::open(device.constData(), O_RDWR | O_NOCTTY);
+            isLocked ? ::flock(fd, LOCK_EX) : ::ioctl(fd, TIOCEXCL);
+        });
+        if (isHeld) holder.start("sleep", {"100"});
+        QVERIFY(!isHeld || holder.waitForStarted());
+        if (kind == "forbidden") QCOMPARE(::chmod(device.constData(), 0), 0);
+
+        QString path = needsForm && kind != "speed" ? dir_.filePath(kind) : line.devicePath();
+        QFile file(dir_.filePath("file"));
+        QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Truncate) && file.write("kept") == 4 && file.flush());
+        if (kind == "below a file") path = file.fileName() + "/port";
+        if (kind == "directory") path = dir_.path();
+        if (kind == "pipe") QCOMPARE(::mkfifo(qPrintable(path), 0600), 0);
+        if (kind == "null") path = "/dev/null";
+        Shop::store({Shop::machineOn(path)});
+        Operator op;
+        if (kind == "speed") g::mcIcons[1]->MCBAUD = 12345;
+        for (const char* choice : {"btnTX", "btnRX", "btnSetup"}) {
+            op.choose(1, choice);
+            QVERIFY(op.isShown("boxStartupError") && !op.isShown("btnSend") && !QApplication::activeModalWidget());
+            const QString told = op.find<QLabel>("lblLikelyCause")->text();
+            QVERIFY2(told.startsWith(cause), qPrintable(told));
+        }
+        QCOMPARE(line.read(), QByteArray());
+        op.press(Qt::Key_Escape);
+        QVERIFY(!op.isShown("boxStartupError"));
+
+        holder.kill();
+        holder.waitForFinished();
+        QVERIFY(::ioctl(line.slave(), TIOCNXCL) == 0 && ::chmod(device.constData(), 0600) == 0);
+        if (needsForm) op.setUp(1, line.devicePath());
+        sendsRight(op, line);
+        op.restart();
+        sendsRight(op, line);
+        QVERIFY(file.seek(0) && file.readAll() == "kept");
+    }
+
+    void deadControlHoldsNobodyUp()
+    {
+        PtyPair dead, alive;
+        Shop::store({Shop::machineOn(dead.devicePath()), Shop::machineOn(alive.devicePath())});
+        Operator op;
+        for (const bool sendsXoff : {false, true}) { // or reads nothing until all buffers are full
+            op.send(1, long_);
+            if (sendsXoff) dead.write("\x13");
+            QTRY_VERIFY_WITH_TIMEOUT(stateOf(1).startsWith("Held"), 20000);
+            sendsRight(op, alive, 2, long_);
+            closeView(1, "btnStop");
+            dead.write("\x11"); // repaired
+            dead.readAtLeast(1, 100);
+            sendsRight(op, dead);
+        }
+    }
+
+    void floodHoldsNobodyUp_data()
+    {
+        QByteArray garbage(4096, '\0');
+        for (QRandomGenerator chance(7); char& byte : garbage)
+            byte = static_cast<char>(chance.bounded(256));
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("any bytes") << garbage;
+        QTest::newRow("start signals") << QByteArray(4096, '\x11');
+        QTest::newRow("NULs, as breaks are read") << QByteArray(4096, '\0');
+    }
+
+    void floodHoldsNobodyUp()
+    {
+        QFETCH(QByteArray, bytes);
+        PtyPair mad, calm;
+        const auto machine = Shop::machineOn(mad.devicePath());
+        machine->MCFLOW = 0;
+        Shop::store({machine, Shop::machineOn(calm.devicePath())});
+        Operator op;
+        std::atomic<qint64> written = 0;
+        const std::jthread flood([&](const std::stop_token& stop) { // as fast as the line takes it
+            while (!stop.stop_requested())
+                written += std::max<qint64>(::write(mad.master(), bytes.constData(), std::size_t(bytes.size())), 0);
+        });
+        sendsRight(op, mad);
+        op.choose(1, "btnRX");
+        auto* editor = op.find<ProgramEditor>("rt1", childViewAt(1));
+        QTRY_VERIFY_WITH_TIMEOUT(editor->textSize() > 100'000, 30000);
+        sendsRight(op, calm, 2, long_);
+        closeView(1, "btnLock");
+        sendsRight(op, mad); // while it still floods
+        QVERIFY(written > 100'000);
+    }
 };
-
-// Root is never refused a device, not even one that another program has made exclusive: the tests run without its
-// rights.
-void FaultsTest::initTestCase()
-{
-    if (::geteuid() == 0) QVERIFY(::chown(qPrintable(dir_.path()), nobody, nobody) == 0 && ::seteuid(nobody) == 0);
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir_.path());
-}
-
-void FaultsTest::cleanupTestCase()
-{
-    QCOMPARE(::seteuid(::getuid()), 0);
-}
-
-void FaultsTest::sendsRight(Operator& op, PtyPair& line)
-{
-    line.read();
-    const QByteArray program = "(NEXT)\n" + Shop::program(50);
-    op.send(1, program);
-    QCOMPARE(line.readAtLeast(onWire(program).size(), 20000), onWire(program));
-    QTRY_VERIFY_WITH_TIMEOUT(op.isShown("btnSend"), 20000);
-}
-
-void FaultsTest::adapterIsPulledOutAndPluggedInAgain_data()
-{
-    QTest::addColumn<QString>("state");
-    for (const char* state : {"idle", "send", "wait", "receive", "setup", "failed"})
-        QTest::newRow(state) << QString::fromLatin1(state);
-}
-
-void FaultsTest::adapterIsPulledOutAndPluggedInAgain()
-{
-    QFETCH(QString, state);
-    const QString link = dir_.filePath("adapter");
-    const auto plugIn = [&link](const PtyPair& adapter) {
-        QFile::remove(link);
-        QVERIFY(QFile::link(adapter.devicePath(), link));
-    };
-    PtyPair first, second, other; // another machine is at work, held
-    plugIn(first);
-    const auto machine = Shop::machineOn(link);
-    machine->MCWAIT = state == "wait";
-    Shop::store({machine, Shop::machineOn(other.devicePath())});
-    Operator op;
-    op.send(2, long_);
-    if (state == "receive" || state == "setup") op.choose(1, state == "setup" ? "btnSetup" : "btnRX");
-    if (state == "idle" || state == "send" || state == "wait") op.open(1, long_);
-    if (state == "send" || state == "wait") op.click("btnSend");
-    if (state == "send") first.readAtLeast(500);
-    first.hangUp();
-    if (state != "setup" && state != "failed") QTRY_COMPARE(stateOf(1), "Port lost");
-    QFile::remove(link);
-    if (state == "failed") { // chosen while it is out
-        op.choose(1, "btnTX");
-        QVERIFY(op.isShown("boxStartupError"));
-    }
-    plugIn(second);
-    if (state == "setup") op.click("btnSave");
-    if (state == "wait") second.write("\x11");          // the start signal it waited for comes too late
-    QCOMPARE(second.readAtLeast(1, 200), QByteArray()); // nothing is sent behind the operator's back
-    g::mcIcons[1]->MCWAIT = false;
-    sendsRight(op, second);
-    QCOMPARE(other.readAtLeast(onWire(long_).size(), 30000), onWire(long_));
-}
-
-void FaultsTest::portThatCannotBeUsedIsExplained_data()
-{
-    QTest::addColumn<QString>("cause");
-    QTest::newRow("locked") << "The port is in use by another program";
-    QTest::newRow("exclusive") << "The port is in use by another program"; // TIOCEXCL, and no lock
-    QTest::newRow("forbidden") << "You have no permission";
-    QTest::newRow("missing") << "There is no such port now.";
-    QTest::newRow("below a file") << "There is no such port now.";
-    QTest::newRow("directory") << "This is not a serial port.";
-    QTest::newRow("file") << "This is not a serial port.";
-    QTest::newRow("pipe") << "This is not a serial port.";
-    QTest::newRow("null") << "This is not a serial port.";
-    QTest::newRow("speed") << "The port does not take these line settings";
-}
-
-void FaultsTest::portThatCannotBeUsedIsExplained()
-{
-    QFETCH(QString, cause);
-    const QByteArray kind = QTest::currentDataTag();
-    PtyPair line;
-    const QByteArray device = line.devicePath().toLocal8Bit();
-    const bool isHeld = kind == "locked" || kind == "exclusive";
-    QProcess holder;
-    holder.setChildProcessModifier([&device, isLocked = kind == "locked"] {
-        const int fd = ::open(device.constData(), O_RDWR | O_NOCTTY);
-        isLocked ? ::flock(fd, LOCK_EX) : ::ioctl(fd, TIOCEXCL);
-    });
-    if (isHeld) holder.start("sleep", {"100"});
-    QVERIFY(!isHeld || holder.waitForStarted());
-    if (kind == "forbidden") QCOMPARE(::chmod(device.constData(), 0), 0);
-    const bool isMended = isHeld || kind == "forbidden"; // without the form
-
-    QString path = isMended || kind == "speed" ? line.devicePath() : dir_.filePath(kind);
-    QFile file(dir_.filePath("file"));
-    QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Truncate) && file.write("kept") == 4 && file.flush());
-    if (kind == "below a file") path = file.fileName() + "/port";
-    if (kind == "directory") path = dir_.path();
-    if (kind == "pipe") QCOMPARE(::mkfifo(qPrintable(path), 0600), 0);
-    if (kind == "null") path = "/dev/null";
-    Shop::store({Shop::machineOn(path)});
-    Operator op;
-    if (kind == "speed") g::mcIcons[1]->MCBAUD = 12345;
-    for (const char* choice : {"btnTX", "btnRX", "btnSetup"}) {
-        op.choose(1, choice);
-        QVERIFY(op.isShown("boxStartupError") && !op.isShown("btnSend") && !QApplication::activeModalWidget());
-        const QString told = op.find<QLabel>("lblLikelyCause")->text();
-        QVERIFY2(told.startsWith(cause), qPrintable(told));
-    }
-    QCOMPARE(line.read(), QByteArray());
-    op.press(Qt::Key_Escape);
-    QVERIFY(!op.isShown("boxStartupError"));
-
-    holder.kill();
-    holder.waitForFinished();
-    QVERIFY(::ioctl(line.slave(), TIOCNXCL) == 0 && ::chmod(device.constData(), 0600) == 0);
-    if (!isMended) op.setUp(1, line.devicePath());
-    sendsRight(op, line);
-    op.restart();
-    sendsRight(op, line);
-    QVERIFY(file.seek(0) && file.readAll() == "kept");
-}
-
-void FaultsTest::deadControlHoldsNobodyUp_data()
-{
-    QTest::addColumn<bool>("sendsXoff");
-    QTest::newRow("reads nothing until all buffers are full") << false;
-    QTest::newRow("XOFF for ever") << true;
-}
-
-void FaultsTest::deadControlHoldsNobodyUp()
-{
-    QFETCH(bool, sendsXoff);
-    PtyPair dead, alive;
-    Shop::store({Shop::machineOn(dead.devicePath()), Shop::machineOn(alive.devicePath())});
-    Operator op;
-    op.send(1, long_);
-    if (sendsXoff) dead.write("\x13");
-    QTRY_VERIFY_WITH_TIMEOUT(stateOf(1).startsWith("Held"), 20000);
-    op.send(2, "(ALIVE)\n" + long_);
-    const QByteArray begun = alive.readAtLeast(1000);
-    op.choose(1, "btnCloseMenu");
-    op.click("btnStop", childViewAt(1));
-    QVERIFY(op.find("btnSend", childViewAt(1)));
-    op.click("btnClose", childViewAt(1));
-    const QByteArray expected = onWire("(ALIVE)\n" + long_);
-    QCOMPARE(begun + alive.readAtLeast(expected.size() - begun.size(), 30000), expected);
-    dead.write("\x11"); // repaired
-    dead.readAtLeast(1, 100);
-    sendsRight(op, dead);
-}
-
-void FaultsTest::floodHoldsNobodyUp_data()
-{
-    QRandomGenerator chance(7);
-    QByteArray garbage(4096, '\0');
-    for (char& byte : garbage)
-        byte = static_cast<char>(chance.bounded(256));
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("any bytes") << garbage;
-    QTest::newRow("start signals") << QByteArray(4096, '\x11');
-    QTest::newRow("NULs, as breaks are read") << QByteArray(4096, '\0');
-}
-
-void FaultsTest::floodHoldsNobodyUp()
-{
-    QFETCH(QByteArray, bytes);
-    PtyPair mad, calm;
-    const auto machine = Shop::machineOn(mad.devicePath());
-    machine->MCFLOW = 0;
-    Shop::store({machine, Shop::machineOn(calm.devicePath())});
-    Operator op;
-    std::atomic<qint64> written = 0;
-    const std::jthread flood([&](const std::stop_token& stop) { // as fast as the line takes it
-        while (!stop.stop_requested())
-            written += std::max<qint64>(::write(mad.master(), bytes.constData(), std::size_t(bytes.size())), 0);
-    });
-    sendsRight(op, mad);
-    op.choose(1, "btnRX");
-    auto* editor = op.find<ProgramEditor>("rt1", childViewAt(1));
-    QTRY_VERIFY_WITH_TIMEOUT(editor->textSize() > 100'000, 30000);
-    op.send(2, long_);
-    QCOMPARE(calm.readAtLeast(onWire(long_).size(), 20000), onWire(long_));
-    op.choose(1, "btnCloseMenu");
-    op.click("btnLock", childViewAt(1));
-    QVERIFY(editor->isReadOnly());
-    op.click("btnClose", childViewAt(1));
-    QTRY_COMPARE(stateOf(1), "Idle");
-    sendsRight(op, mad); // while it still floods
-    QVERIFY(written > 100'000);
-}
 
 QTEST_MAIN(FaultsTest)
 #include "e2e_faults.moc"
