@@ -111,9 +111,9 @@ class MonkeyTest : public QObject
 
     void clickSomething()
     {
-        static const QHash<QString, int> weights = {{"btnMC", 4},    {"btnTX", 12},     {"btnSend", 40},
-                                                    {"btnStop", 12}, {"rt1", 8},        {"btnUnDock", 4},
-                                                    {"cbo1", 4},     {"btnSendNow", 12}};
+        static const QHash<QString, int> weights = {{"btnMC", 4},    {"btnTX", 12},        {"btnSend", 40},
+                                                    {"btnStop", 12}, {"rt1", 8},           {"btnUnDock", 4},
+                                                    {"cbo1", 4},     {"btnDeleteIcon", 1}, {"btnSendNow", 12}};
         auto* popup = QApplication::activePopupWidget();
         if (auto* list = popup ? popup->findChild<QAbstractItemView*>() : nullptr) // of a combo box
             return QTest::keyClick(list, std::array{Qt::Key_Up, Qt::Key_Down, Qt::Key_Return}[std::size_t(chance(3))]);
@@ -129,6 +129,18 @@ class MonkeyTest : public QObject
         const QPoint middle = widget->visibleRegion().boundingRect().center();
         const QPoint at = editor ? QPoint(chance(editor->width()), chance(editor->height())) : middle;
         QTest::mouseClick(editor ? editor->viewport() : widget, Qt::LeftButton, {}, at);
+    }
+
+    // What operators do most: a machine, its program and, once the dialog is answered, Send.
+    void sendSomething()
+    {
+        auto* icon = mcIconAt(1 + chance(g::mcIcons.size()));
+        if (!icon || QApplication::activePopupWidget()) return;
+        note("send to " + icon->MCNAME);
+        icon->btnMC_Click();
+        Operator::click("btnTX");
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+        if (Operator::isShown("btnSend")) recordSends([] { Operator::click("btnSend"); });
     }
 
     void pressSomething()
@@ -165,7 +177,7 @@ class MonkeyTest : public QObject
         for (auto* top : QApplication::topLevelWidgets())
             if (qobject_cast<frmChild*>(top) && top->isVisible() && chance(2) == 0) return void(top->close());
         note("close the main window");
-        if (chance(4) > 0 || !op_->window().close()) return;
+        if (chance(g::mcIcons.size() > 3 ? 4 : 1) > 0 || !op_->window().close()) return;
         QTRY_VERIFY(!Operator::isShown("btnStop")); // undocked ones go with it
         storeShop();
         op_->restart();
@@ -205,6 +217,7 @@ class MonkeyTest : public QObject
     {
         const int what = chance(100);
         if (QApplication::activeModalWidget()) return QTest::qWait(5); // soon answered
+        if (what < 10) return sendSomething();
         if (what < 62) return recordSends([this] { clickSomething(); });
         if (what < 84) return recordSends([this] { pressSomething(); });
         what < 97 ? touchControl() : closeAWindow();
@@ -219,7 +232,7 @@ class MonkeyTest : public QObject
 private Q_SLOTS:
     void noControlEverGetsAForeignOrMisplacedLine()
     {
-        const int actions = std::max(qEnvironmentVariableIntValue("VARNOCK_MONKEY_ACTIONS"), 900);
+        const int actions = std::max(qEnvironmentVariableIntValue("VARNOCK_MONKEY_ACTIONS"), 600);
         const auto seed = static_cast<quint32>(qEnvironmentVariableIntValue("VARNOCK_MONKEY_SEED"));
         random_.seed(seed);
         answers_.seed(seed + 1);
@@ -247,10 +260,7 @@ private Q_SLOTS:
             QTest::qWait(chance(12));
             if (action % 50 == 0) check();
         }
-        for (auto& place : places_) {
-            note(QString::number(place.wire.lines) + " lines");
-            QVERIFY(place.wire.lines > 0);
-        }
+        QVERIFY(places_[0].wire.lines + places_[1].wire.lines + places_[2].wire.lines > 100);
         op_.reset();
     }
 };
