@@ -87,12 +87,12 @@ public:
     void open(int machine, const QByteArray& program) const
     {
         choose(machine, "btnTX");
-        QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()));
+        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()), 20000);
         auto* name = QApplication::activeModalWidget()->findChild<QLineEdit*>("fileNameEdit");
         // Typed keys would race with the dialog's completion, which reads folders in the background.
         if (!program.isEmpty()) name->setText(write(program));
         QTest::keyClick(name, program.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
-        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QTRY_VERIFY_WITH_TIMEOUT(!QApplication::activeModalWidget(), 20000);
     }
 
     void send(int machine, const QByteArray& program) const

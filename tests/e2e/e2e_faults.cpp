@@ -153,6 +153,7 @@ private Q_SLOTS:
         sendsRight(op, line);
         op.restart();
         sendsRight(op, line);
+        QCOMPARE(::open(device.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK), -1); // it is ours alone
         QVERIFY(file.seek(0) && file.readAll() == "kept");
     }
 

@@ -84,6 +84,12 @@ private Q_SLOTS:
         op.answerNextMessage("Delete");
         op.click("btnDeleteIcon", mcIconAt(1));
         QVERIFY(g::mcIcons.size() == 2 && mcIconAt(1)->MCNAME == "CNC2" && undocked()->iIndex == 1);
+        op.answerNextMessage("Cancel");
+        op.choose(1, "btnRX");
+        QVERIFY(op.lastMessage.startsWith("CNC2 is transferring a program"));
+        op.answerNextMessage("Cancel");
+        undocked()->close();
+        QVERIFY(undocked() && op.isShown("btnStop"));
         QCOMPARE(second.readAtLeast(onWire_.size(), 30000), onWire_);
         QTRY_VERIFY(op.isShown("btnSend"));
         undocked()->close();
@@ -153,8 +159,9 @@ private Q_SLOTS:
         QCOMPARE(Preferences::string("Varnock"), before);
         op.restart();
         QVERIFY(g::mcIcons.size() == 3 && g::mcIcons[1]->MCNAME == "Lathe");
-        op.choose(1, "btnSetup"); // the port is free again, unless it never was there or is lost
-        QCOMPARE(op.isShown("cboPorts"), state != "failed" && state != "lost");
+        if (state == "failed" || state == "lost") return;
+        op.choose(1, "btnSetup"); // the port is free again
+        QVERIFY(op.isShown("cboPorts"));
     }
 };
 
