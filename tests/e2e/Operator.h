@@ -2,11 +2,17 @@
 #pragma once
 
 #include "shell/AppDelegate.h"
+#include "shell/viewMC.h"
 
 #include <QAbstractButton>
-#include <QByteArray>
-#include <QString>
+#include <QApplication>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -15,52 +21,117 @@ class Operator
 {
 public:
     /// Starts the program as main() does, with the settings that are stored.
-    Operator();
-    ~Operator();
-    /// Ends the program and starts it anew.
-    void restart();
-
-    AppDelegate& app() { return *app_; }
+    Operator() { restart(); }
     QMainWindow& window() { return *app_->window(); }
 
-    /// The one visible widget of that name, in any window; fails the test when there is none.
-    template <typename Widget> Widget* find(const QString& name);
-    template <typename Widget> Widget* findIn(QWidget* root, const QString& name);
-    bool isShown(const QString& name);
-    void click(const QString& name);
-    void clickIn(QWidget* root, const QString& name);
+    /// Ends the program and starts it anew.
+    void restart()
+    {
+        app_.reset();
+        app_ = std::make_unique<AppDelegate>();
+        app_->applicationDidFinishLaunching();
+        window().show();
+        toFront();
+    }
 
-    /// Clicks the machine's icon and then the choice of its menu: "btnTX", "btnRX" or "btnSetup".
-    void choose(int machine, const QString& choice);
-    /// Chooses Send, or Receive, and picks nothing or that file in the dialog.
-    void openSend(int machine, const QString& path);
-    /// Types the path into the file dialog that is up and accepts it; an empty path cancels it.
-    void answerFileDialog(const QString& path);
+    /// What a window manager does when a dialog goes.
+    void toFront()
+    {
+        window().activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window()));
+    }
+
+    /// The visible widget of that name below `root`, or in any window; none when it is not there.
+    template <typename Widget = QWidget> static Widget* find(const QString& name, QWidget* root = nullptr)
+    {
+        for (auto* top : root ? QWidgetList{root} : QApplication::topLevelWidgets())
+            for (auto* widget : top->findChildren<Widget*>(name))
+                if (widget->isVisible()) return widget;
+        return nullptr;
+    }
+    static bool isShown(const QString& name) { return find(name); }
+
+    static void click(const QString& name, QWidget* root = nullptr)
+    {
+        auto* button = find<QAbstractButton>(name, root);
+        QVERIFY2(button, qPrintable("no button " + name));
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    /// A key that goes where the focus is.
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        auto* popup = QApplication::activePopupWidget();
+        QWidget* window = popup ? popup : QApplication::activeWindow();
+        QVERIFY(window);
+        QTest::keyClick(window->focusWidget() ? window->focusWidget() : window, key, modifiers);
+    }
+
+    /// Clicks the machine's icon and then that button of its menu: "btnTX", "btnRX", "btnSetup" or "btnCloseMenu".
+    static void choose(int machine, const QString& choice)
+    {
+        click("btnMC", mcIconAt(machine));
+        QTRY_VERIFY(isShown(choice));
+        click(choice);
+    }
+
+    /// The path of a file that holds this program.
+    QString write(const QByteArray& program) const
+    {
+        QFile file(files_.filePath("program.nc"));
+        if (!file.open(QIODevice::WriteOnly) || file.write(program) != program.size()) qFatal("cannot write a program");
+        return file.fileName();
+    }
+
+    /// Chooses Send and opens a file that holds this program; nothing cancels the dialog.
+    void open(int machine, const QByteArray& program) const
+    {
+        choose(machine, "btnTX");
+        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()), 20000);
+        auto* name = QApplication::activeModalWidget()->findChild<QLineEdit*>("fileNameEdit");
+        // Typed keys would race with the dialog's completion, which reads folders in the background.
+        if (!program.isEmpty()) name->setText(write(program));
+        QTest::keyClick(name, program.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
+        QTRY_VERIFY_WITH_TIMEOUT(!QApplication::activeModalWidget(), 20000);
+    }
+
+    void send(int machine, const QByteArray& program) const
+    {
+        open(machine, program);
+        click("btnSend");
+    }
+
     /// Presses that button in the next message box; its text is kept in lastMessage.
-    void answerNextMessage(const QString& button);
+    void answerNextMessage(const QString& button)
+    {
+        lastMessage.clear();
+        auto* poll = new QTimer(&window());
+        QObject::connect(poll, &QTimer::timeout, poll, [this, poll, button] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box) return;
+            poll->stop(); // it may outlive this message's event loop, and must not answer the next one
+            poll->deleteLater();
+            lastMessage = box->text();
+            for (auto* choice : box->buttons())
+                if (choice->text().remove(u'&') == button) QTest::mouseClick(choice, Qt::LeftButton);
+        });
+        poll->start(5);
+    }
     QString lastMessage;
-    /// The machine's child view.
-    QWidget* child(int machine);
 
-    /// Stores one machine's settings through the form.
-    void setUp(int machine, const QString& port, const QString& mode, int flow, int dataFormat, bool wait = false);
+    /// Gives the machine that port through the form.
+    static void setUp(int machine, const QString& port)
+    {
+        choose(machine, "btnSetup");
+        if (isShown("btnSetupFailed")) press(Qt::Key_Return);
+        auto* edit = find<QComboBox>("cboPorts")->lineEdit();
+        edit->selectAll();
+        QTest::keyClicks(edit, port);
+        click("btnSave");
+        click("btnClose");
+    }
 
 private:
+    QTemporaryDir files_;
     std::unique_ptr<AppDelegate> app_;
 };
-
-template <typename Widget> Widget* Operator::findIn(QWidget* root, const QString& name)
-{
-    for (auto* widget : root->findChildren<Widget*>(name))
-        if (widget->isVisible()) return widget;
-    return nullptr;
-}
-
-template <typename Widget> Widget* Operator::find(const QString& name)
-{
-    for (auto* top : QApplication::topLevelWidgets()) {
-        if (!top->isVisible()) continue;
-        if (auto* found = findIn<Widget>(top, name)) return found;
-    }
-    return nullptr;
-}

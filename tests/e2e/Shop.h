@@ -4,38 +4,27 @@
 #include "config/g.h"
 #include "config/SettingsText.h"
 #include "platform/Preferences.h"
-#include "simulator/SimulatedControl.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
-/// A shop for tests: stored settings, program files and what a control should get of them.
+/// A shop for tests: stored settings, programs and what a control should get of them.
 namespace Shop
 {
-inline QByteArray bytesOf(const std::string& text)
+/// A machine on that device: XON/XOFF, 8 bits.
+inline std::shared_ptr<MachineRecord> machineOn(const QString& device, const QString& mode = "Auto")
 {
-    return QByteArray::fromStdString(text);
+    auto machine = std::make_shared<MachineRecord>();
+    machine->MCPORT = device;
+    machine->MCMODE = mode;
+    machine->MCBAUD = 115200; // the sender sleeps for as long as bytes would take on the wire
+    return machine;
 }
 
 /// Stores settings with these machines, as an earlier run of the program would have left them.
-inline void storeMachines(const std::vector<const MachineRecord*>& machines)
+inline void store(const std::vector<std::shared_ptr<MachineRecord>>& machines)
 {
-    Preferences::setString(QStringLiteral("Varnock"), SettingsText::write(machines));
-}
-
-inline void forgetMachines()
-{
-    Preferences::setString(QStringLiteral("Varnock"), QStringLiteral("[END]\n"));
-}
-
-/// A machine on that device: 9600 baud, XON/XOFF, 8 bits.
-inline std::shared_ptr<MachineRecord> machineOn(const std::string& device, const QString& mode = QStringLiteral("Auto"))
-{
-    auto machine = std::make_shared<MachineRecord>();
-    machine->MCPORT = QString::fromStdString(device);
-    machine->MCMODE = mode;
-    machine->MCBAUD = 9600;
-    return machine;
+    std::vector<const MachineRecord*> records;
+    for (const auto& machine : machines)
+        records.push_back(machine.get());
+    Preferences::setString("Varnock", SettingsText::write(records));
 }
 
 /// A program of that many numbered blocks, with LF line ends.
@@ -47,12 +36,8 @@ inline QByteArray program(int blocks)
     return text;
 }
 
-inline QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& bytes)
+inline QByteArray onWire(QByteArray program)
 {
-    const QString path = dir.filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        qFatal("cannot write %s", qPrintable(path));
-    return path;
+    return program.replace("\n", "\r\n");
 }
 } // namespace Shop

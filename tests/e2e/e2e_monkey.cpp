@@ -1,140 +1,269 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "e2e/MonkeyTest.h"
+#include "e2e/Operator.h"
+#include "e2e/Shop.h"
+#include "e2e/WireCheck.h"
+#include "simulator/SimulatedControl.h"
 
+#include "shell/frmChild.h"
 #include "shell/viewChild.h"
 #include "transfer/ProgramEditor.h"
 #include "transfer/viewTX.h"
 
-#include <QTimer>
+#include <QAbstractItemView>
+#include <QPointer>
+#include <QRandomGenerator>
 
-void MonkeyTest::buildShop()
+#include <array>
+#include <cstdio>
+
+/// An operator without a plan: random clicks and keys on what is visible, while three machines transfer. How many and
+/// from which seed: VARNOCK_MONKEY_ACTIONS, VARNOCK_MONKEY_SEED. Threads make two runs of a seed alike, not equal.
+class MonkeyTest : public QObject
 {
-    std::vector<std::shared_ptr<MachineRecord>> machines;
-    for (char letter = 'A'; auto& place : places_) {
-        place.letter = letter;
-        cncsim::Settings settings;
-        settings.xonXoff = true;
-        settings.readRate = 30000;
-        place.control = std::make_unique<cncsim::SimulatedControl>(settings);
-        for (const int lines : {40, 300, 3000}) {
-            const int number = static_cast<int>(place.files.size());
-            const QByteArray text = WireCheck::program(letter, number, lines);
-            place.wire.addProgram(text);
-            place.files << Shop::writeFile(dir_, QString(QLatin1Char(letter)) + QString::number(number), text);
+    Q_OBJECT
+    struct Place {
+        char letter;
+        std::unique_ptr<cncsim::SimulatedControl> control;
+        QStringList files;
+        WireCheck wire;
+    };
+    static constexpr auto stoppedAt = "monkeyStoppedAt"; // caret's place when a send was stopped
+    static constexpr qlonglong nowhere = -1;
+
+    // Told at once: after a crash or a hang these are the actions that led there.
+    static void note(const QString& action) { std::fprintf(stderr, "%s\n", qPrintable(action)); }
+    static ProgramEditor* editorOf(const viewTX& view) { return view.findChild<ProgramEditor*>("rt1"); }
+    static bool isFromTop(const viewTX& view) { return view.findChild<QComboBox*>("cbo1")->currentIndex() == 0; }
+    int chance(qsizetype below) { return static_cast<int>(random_.bounded(static_cast<quint32>(below))); }
+
+    // What would change the line, or the bytes on it, would make every check meaningless.
+    static bool isHarmless(const QWidget& widget)
+    {
+        return qobject_cast<const QAbstractButton*>(&widget) ||
+               QStringList{"rt1", "cbo1"}.contains(widget.objectName());
+    }
+
+    Place* placeOf(const MachineRecord& machine)
+    {
+        for (auto& place : places_)
+            if (machine.MCPORT == QString::fromStdString(place.control->devicePath())) return &place;
+        return nullptr;
+    }
+
+    static QList<viewTX*> transfers()
+    {
+        QList<viewTX*> views;
+        for (qsizetype index = 1; index < g::mcChildViews.size(); ++index)
+            if (auto* child = childViewAt(index); child && child->isLoaded()) views += child->findChildren<viewTX*>();
+        return views;
+    }
+
+    void storeShop() const
+    {
+        std::vector<std::shared_ptr<MachineRecord>> machines;
+        for (const auto& place : places_) {
+            machines.push_back(Shop::machineOn(QString::fromStdString(place.control->devicePath())));
+            machines.back()->MCNAME = QLatin1Char(place.letter);
+            machines.back()->MCWAIT = place.letter == 'B';
+            machines.back()->MCREPEAT = place.letter == 'C';
         }
-        machines.push_back(Shop::machineOn(place.control->devicePath()));
-        machines.back()->MCNAME = QLatin1Char(letter);
-        machines.back()->MCWAIT = letter == 'B';
-        machines.back()->MCREPEAT = letter == 'C';
-        ++letter;
+        Shop::store(machines);
     }
-    Shop::storeMachines({machines[0].get(), machines[1].get(), machines[2].get()});
-}
 
-MonkeyTest::Place* MonkeyTest::placeOf(const MachineRecord& machine)
-{
-    for (auto& place : places_)
-        if (machine.MCPORT == QString::fromStdString(place.control->devicePath())) return &place;
-    return nullptr;
-}
-
-QList<viewTX*> MonkeyTest::transfers() const
-{
-    QList<viewTX*> views;
-    for (qsizetype index = 1; index < g::mcChildViews.size(); ++index)
-        if (auto* child = childViewAt(index); child && child->isLoaded())
-            if (auto* view = child->findChild<viewTX*>()) views << view;
-    return views;
-}
-
-QString MonkeyTest::stored()
-{
-    std::vector<const MachineRecord*> machines;
-    for (qsizetype index = 1; index < g::mcIcons.size(); ++index)
-        machines.push_back(g::mcIcons[index].get());
-    return SettingsText::write(machines);
-}
-
-// The text as the next start reads it: some fields return to presets, on purpose.
-QString MonkeyTest::reread(const QString& text)
-{
-    const auto records = SettingsText::read(text, [] { return std::make_shared<MachineRecord>(); });
-    std::vector<const MachineRecord*> machines;
-    for (std::size_t index = 1; index < records.size(); ++index)
-        machines.push_back(records[index].get());
-    return SettingsText::write(machines);
-}
-
-void MonkeyTest::check()
-{
-    for (auto& place : places_) {
-        const QString problem = place.wire.take(Shop::bytesOf(place.control->report().received));
-        QVERIFY2(problem.isEmpty(), qPrintable(QString(QLatin1Char(place.letter)) + ": " + problem));
+    void check()
+    {
+        for (auto& place : places_) {
+            const QString problem = place.wire.take(QByteArray::fromStdString(place.control->report().received));
+            QVERIFY2(problem.isEmpty(), qPrintable(problem));
+            for (auto* view : transfers())
+                QVERIFY2(&place == placeOf(*view->mc) || !editorOf(*view)->wholeText().contains(place.letter),
+                         "a view holds what belongs to another machine");
+        }
     }
-    for (auto* view : transfers()) {
-        const auto* place = placeOf(*view->mc);
-        const QByteArray text = view->findChild<ProgramEditor*>("rt1")->wholeText();
-        for (char letter = 'A'; place && letter <= 'C'; ++letter)
-            QVERIFY2(letter == place->letter || !text.contains(letter), "a view holds what belongs to another machine");
+
+    // What a send begins with is known before it does: its first byte may arrive at once.
+    template <typename Action> void recordSends(Action action)
+    {
+        QList<std::tuple<QPointer<viewTX>, QByteArray, bool>> before; // with its first line, and whether it was sending
+        for (auto* view : transfers()) {
+            auto* editor = editorOf(*view);
+            // A stopped send goes on by itself until somebody touches caret or text; nothing may be lost or doubled.
+            const auto forget = [view] { view->setProperty(stoppedAt, nowhere); };
+            const bool isNew = !view->property(stoppedAt).isValid();
+            if (isNew) connect(editor, &ProgramEditor::operatorTouched, view, forget);
+            if (isNew) connect(editor, &QsciScintilla::textChanged, view, forget);
+            if (isNew || isFromTop(*view)) forget();
+            const bool goesOn = view->property(stoppedAt).toLongLong() == editor->caret();
+            QString line = editor->lineText(editor->lineAt(isFromTop(*view) ? 0 : editor->caret()));
+            if (line.isEmpty()) line = editor->lineText(editor->lineAt(0)); // from the end a repeat begins at the top
+            if (view->dncRunning() || goesOn) line.clear();
+            before.emplace_back(view, line.toLatin1(),
+                                view->dncRunning() && view->txState.State != viewTX::TxState::txState_idle);
+        }
+        action();
+        for (const auto& [view, line, wasSending] : before) {
+            Place* place = view ? placeOf(*view->mc) : nullptr;
+            if (place && view->dncRunning() && !line.isEmpty()) place->wire.sendBegins(line);
+            if (place && wasSending && !view->dncRunning() && !isFromTop(*view))
+                view->setProperty(stoppedAt, qlonglong(editorOf(*view)->caret()));
+        }
     }
-    QVERIFY2(!QApplication::activeModalWidget() || QApplication::activeModalWidget()->isVisible(), "a dead dialog");
-}
 
-void MonkeyTest::sendOn(Place& place)
-{
-    auto machine = Shop::machineOn(place.control->devicePath());
-    Shop::storeMachines({machine.get()});
-    place.control->clear();
-    place.control->releaseLine();
-    op_.reset();
-    op_ = std::make_unique<Operator>();
-    op_->openSend(1, place.files[1]);
-    op_->click("btnSend");
-    const QByteArray whole = WireCheck::program(place.letter, 1, 300).replace("\n", "\r\n");
-    QTRY_VERIFY_WITH_TIMEOUT(place.control->receivedBytes() >= static_cast<std::size_t>(whole.size()), 20000);
-    QCOMPARE(Shop::bytesOf(place.control->report().received), whole);
-}
+    void clickSomething()
+    {
+        static const QHash<QString, int> weights = {{"btnMC", 4},    {"btnTX", 12},        {"btnSend", 40},
+                                                    {"btnStop", 12}, {"rt1", 8},           {"btnUnDock", 4},
+                                                    {"cbo1", 4},     {"btnDeleteIcon", 1}, {"btnSendNow", 12}};
+        auto* popup = QApplication::activePopupWidget();
+        if (auto* list = popup ? popup->findChild<QAbstractItemView*>() : nullptr) // of a combo box
+            return QTest::keyClick(list, std::array{Qt::Key_Up, Qt::Key_Down, Qt::Key_Return}[std::size_t(chance(3))]);
+        QWidgetList found;
+        for (auto* top : popup ? QWidgetList{popup} : QApplication::topLevelWidgets())
+            for (auto* widget : top->findChildren<QWidget*>())
+                if (isHarmless(*widget) && widget->isEnabled() && !widget->visibleRegion().isEmpty())
+                    found << QWidgetList(weights.value(widget->objectName(), 2), widget);
+        if (found.isEmpty()) return;
+        auto* widget = found[chance(found.size())];
+        note("click " + widget->objectName() + " in " + widget->window()->objectName());
+        auto* editor = qobject_cast<ProgramEditor*>(widget);
+        const QPoint middle = widget->visibleRegion().boundingRect().center();
+        const QPoint at = editor ? QPoint(chance(editor->width()), chance(editor->height())) : middle;
+        QTest::mouseClick(editor ? editor->viewport() : widget, Qt::LeftButton, {}, at);
+    }
 
-// Whatever happened before, the next operator's send is right.
-void MonkeyTest::finish()
-{
-    for (auto& place : places_)
+    // What operators do most: a machine, its program and, once the dialog is answered, Send.
+    void sendSomething()
+    {
+        auto* icon = mcIconAt(1 + chance(g::mcIcons.size()));
+        if (!icon || QApplication::activePopupWidget()) return;
+        note("send to " + icon->MCNAME);
+        icon->btnMC_Click();
+        Operator::click("btnTX");
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+        if (Operator::isShown("btnSend")) recordSends([] { Operator::click("btnSend"); });
+    }
+
+    void pressSomething()
+    {
+        static const QStringList keys = {"Up",     "Down",   "Left",   "Right",  "Home",   "End", "PgDown", "PgUp",
+                                         "Esc",    "F3",     "F9",     "Tab",    "Ctrl+F", "Q",   "Ctrl++", "Ctrl+-",
+                                         "Ctrl+G", "Ctrl+Z", "Return", "Ctrl+W", "Space",  "Del"};
+        QWidget* focus = QApplication::focusWidget();
+        if (QApplication::activePopupWidget()) return clickSomething();
+        if (!focus || !focus->isVisible() || !isHarmless(*focus)) return;
+        const bool isEditor = qobject_cast<ProgramEditor*>(focus);
+        const QString key = keys[chance(keys.size() - (isEditor ? 4 : 0))]; // text is spoiled by nothing but q
+        note("key " + key + " at " + focus->objectName());
+        if (key != "Q") return QTest::keySequence(focus, QKeySequence(key));
+        if (isEditor) QTest::keyClick(focus, Qt::Key_Home); // a selection would be replaced
+        QTest::keyClick(focus, 'q');
+    }
+
+    void touchControl()
+    {
+        auto& place = places_[std::size_t(chance(3))];
+        const int what = chance(4);
+        note(QStringLiteral("control %1: %2").arg(QLatin1Char(place.letter)).arg(what));
+        if (what == 2) return place.control->holdLine();
         place.control->releaseLine();
-    QTest::qWait(100);
-    check();
-    const QString before = stored();
-    op_->restart();
-    QCOMPARE(stored(), reread(before));
-}
+        if (what == 0) place.control->pressStart();
+        if (what == 1) place.control->send(std::string(20, place.letter) + " 1\r\n");
+    }
 
-void MonkeyTest::noControlEverGetsAForeignOrMisplacedLine()
-{
-    const int actions = std::max(qEnvironmentVariableIntValue("VARNOCK_MONKEY_ACTIONS"), 600);
-    const int seed = std::max(qEnvironmentVariableIntValue("VARNOCK_MONKEY_SEED"), 1);
-    log_.begin(seed);
-    random_.seed(static_cast<quint32>(seed));
-    answers_.seed(static_cast<quint32>(seed) + 1);
-    buildShop();
-    op_ = std::make_unique<Operator>();
-    auto dialogs = std::make_unique<QTimer>();
-    connect(dialogs.get(), &QTimer::timeout, this, &MonkeyTest::answerDialog);
-    dialogs->start(7);
-    for (int action = 0; action < actions && !QTest::currentTestFailed(); ++action) {
-        act();
-        if (action % 50 == 49) check();
+    // With the next start machines that were deleted are back.
+    void closeAWindow()
+    {
+        if (QApplication::activePopupWidget() || QApplication::activeModalWidget()) return;
+        for (auto* top : QApplication::topLevelWidgets())
+            if (qobject_cast<frmChild*>(top) && top->isVisible() && chance(2) == 0) return void(top->close());
+        note("close the main window");
+        if (chance(g::mcIcons.size() > 3 ? 4 : 1) > 0 || !op_->window().close()) return;
+        QTRY_VERIFY(!Operator::isShown("btnStop")); // undocked ones go with it
+        storeShop();
+        op_->restart();
     }
-    if (!QTest::currentTestFailed()) finish();
-    dialogs.reset();
-    op_.reset();
-    if (QTest::currentTestFailed()) return log_.print();
-    for (auto& place : places_) {
-        qInfo("%c: %d lines, %d breaks", place.letter, int(place.wire.lines), int(place.wire.breaks));
-        QVERIFY(place.wire.lines > 0);
+
+    // Queued: a dialog may raise another one inside its event loop, and a timer does not fire inside itself.
+    void answerDialog()
+    {
+        QPointer<QWidget> dialog = QApplication::activeModalWidget();
+        if (!dialog || std::exchange(isAnswering_, true)) return;
+        QTimer::singleShot(0, this, [this, dialog] {
+            isAnswering_ = false;
+            if (dialog && dialog == QApplication::activeModalWidget() && dialog->isVisible()) answer(dialog);
+        });
     }
-    for (auto& place : places_) {
-        sendOn(place);
-        if (QTest::currentTestFailed()) return log_.print();
+
+    void answer(QWidget* dialog)
+    {
+        if (auto* box = qobject_cast<QMessageBox*>(dialog)) {
+            auto* button = box->buttons()[answers_.bounded(box->buttons().size())];
+            note("answer " + box->text().simplified() + ": " + button->text());
+            return QTest::mouseClick(button, Qt::LeftButton);
+        }
+        auto* files = qobject_cast<QFileDialog*>(dialog);
+        auto* view = files ? qobject_cast<viewTX*>(files->parentWidget()) : nullptr;
+        Place* place = view ? placeOf(*view->mc) : nullptr;
+        if (!place || answers_.bounded(3) == 0) return QTest::keyClick(dialog, Qt::Key_Escape);
+        const bool isOpen = files->acceptMode() == QFileDialog::AcceptOpen;
+        const QString path = isOpen ? place->files[answers_.bounded(place->files.size())] : place->files[0] + "saved";
+        note("file " + path);
+        auto* name = files->findChild<QLineEdit*>("fileNameEdit");
+        name->setText(path);
+        QTest::keyClick(name, Qt::Key_Return);
     }
-}
+
+    void act()
+    {
+        const int what = chance(100);
+        if (QApplication::activeModalWidget()) return QTest::qWait(5); // soon answered
+        if (what < 10) return sendSomething();
+        if (what < 62) return recordSends([this] { clickSomething(); });
+        if (what < 84) return recordSends([this] { pressSomething(); });
+        what < 97 ? touchControl() : closeAWindow();
+    }
+
+    std::array<Place, 3> places_;
+    std::unique_ptr<Operator> op_;
+    QRandomGenerator random_;
+    QRandomGenerator answers_; // its own: when dialogs come up depends on threads
+    bool isAnswering_ = false;
+
+private Q_SLOTS:
+    void noControlEverGetsAForeignOrMisplacedLine()
+    {
+        const int actions = std::max(qEnvironmentVariableIntValue("VARNOCK_MONKEY_ACTIONS"), 600);
+        const auto seed = static_cast<quint32>(qEnvironmentVariableIntValue("VARNOCK_MONKEY_SEED"));
+        random_.seed(seed);
+        answers_.seed(seed + 1);
+        const QTemporaryDir dir;
+        for (char letter = 'A'; auto& place : places_) {
+            place.letter = letter++;
+            cncsim::Settings settings;
+            settings.xonXoff = true;
+            settings.readRate = 30000;
+            place.control = std::make_unique<cncsim::SimulatedControl>(settings);
+            for (const int lines : {40, 300, 3000}) {
+                QFile file(dir.filePath(QLatin1Char(place.letter) + QString::number(lines)));
+                QVERIFY(file.open(QIODevice::WriteOnly));
+                file.write(place.wire.addProgram(place.letter, static_cast<int>(place.files.size()), lines));
+                place.files << file.fileName();
+            }
+        }
+        storeShop();
+        op_ = std::make_unique<Operator>();
+        QTimer dialogs;
+        connect(&dialogs, &QTimer::timeout, this, &MonkeyTest::answerDialog);
+        dialogs.start(7);
+        for (int action = 1; action <= actions && !QTest::currentTestFailed(); ++action) {
+            act();
+            QTest::qWait(chance(12));
+            if (action % 50 == 0) check();
+        }
+        QVERIFY(places_[0].wire.lines + places_[1].wire.lines + places_[2].wire.lines > 100);
+        op_.reset();
+    }
+};
 
 QTEST_MAIN(MonkeyTest)
+#include "e2e_monkey.moc"

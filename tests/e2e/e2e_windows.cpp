@@ -4,244 +4,166 @@
 #include "support/PtyPair.h"
 
 #include "shell/frmChild.h"
-#include "shell/viewMC.h"
+#include "shell/MachineButton.h"
 
-#include <QLabel>
 #include <QPointer>
-#include <QTimer>
 
+#include <sys/file.h>
+
+/// Keys, windows, machines that come and go, and the program's end.
 class WindowsTest : public QObject
 {
     Q_OBJECT
+    static frmChild* undocked()
+    {
+        for (auto* window : QApplication::topLevelWidgets())
+            if (auto* found = qobject_cast<frmChild*>(window); found && found->isVisible()) return found;
+        return nullptr;
+    }
+
+    const QByteArray program_ = Shop::program(1500); // more than a line takes that nobody reads
+    const QByteArray onWire_ = Shop::onWire(program_);
+
 private Q_SLOTS:
-    void portThatCannotBeOpenedCanBeSetUp();
-    void undockedViewSendsAndCloses();
-    void twoMachinesSendAtOnce();
-    void deletingAMachineLeavesTheOthersTransferAlone();
-    void runningTransferIsNotLostToASlip();
-    void menuOutlivesTheQuestionThatItsChoiceRaises();
-    void choosingAgainReopensTheSameDevice();
-    void fileDialogGoesWithItsView_data();
-    void fileDialogGoesWithItsView();
+    void sendsStopsAndContinuesWithKeysAlone()
+    {
+        PtyPair first, second;
+        const auto machine = Shop::machineOn(second.devicePath());
+        machine->MCWAIT = true;
+        Shop::store({Shop::machineOn(first.devicePath()), machine});
+        Operator op;
+        const auto focused = [&op](int index) { return op.window().focusWidget() == mcIconAt(index)->button(); };
+        for (int tabs = 0; tabs < 20 && !focused(1); ++tabs)
+            op.press(Qt::Key_Tab);
+        for (const auto key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_End}) // two machines, no further
+            op.press(key);
+        QVERIFY(focused(2));
+        op.answerNextMessage("Cancel");
+        op.press(Qt::Key_Delete);
+        QVERIFY(op.lastMessage.startsWith("Delete") && g::mcIcons.size() == 3);
+        op.toFront();
+        op.press(Qt::Key_Return);
+        QTRY_VERIFY(QApplication::activePopupWidget());
+        op.press(Qt::Key_S);
+        QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeWindow()));
+        QTest::keyClicks(QApplication::activeWindow()->focusWidget(), op.write(program_));
+        op.press(Qt::Key_Return);
+        QTRY_VERIFY(!QApplication::activeModalWidget() && !QApplication::activePopupWidget()); // names on offer, too
+        op.toFront();
 
-private:
-    static frmChild* undockedWindow();
+        op.press(Qt::Key_S, Qt::AltModifier);
+        QTRY_VERIFY(op.isShown("btnSendNow"));
+        QCOMPARE(second.read(), QByteArray());
+        op.press(Qt::Key_N, Qt::AltModifier);
+        QByteArray received = second.readAtLeast(3000);
+        op.press(Qt::Key_T, Qt::AltModifier);
+        QTRY_VERIFY(op.isShown("btnSend"));
+        QVERIFY(received.size() < onWire_.size());
+        g::mcIcons[2]->MCWAIT = false;
+        op.press(Qt::Key_S, Qt::AltModifier);
+        received += second.readAtLeast(onWire_.size() - received.size(), 30000);
+        QCOMPARE(received, onWire_);
+        QCOMPARE(first.read(), QByteArray());
+        QTRY_VERIFY(op.isShown("btnSend"));
+        op.press(Qt::Key_W, Qt::ControlModifier);
+        QTRY_VERIFY(!op.isShown("rt1"));
+        QTRY_COMPARE(::flock(second.slave(), LOCK_EX | LOCK_NB), 0); // another program may have the port
+    }
 
-    QTemporaryDir dir_;
-};
+    void deletingAMachineLeavesTheOthersTransferAlone()
+    {
+        PtyPair first, second;
+        Preferences::setString("Varnock", ""); // a shop without machines
+        Operator op;
+        op.click("btnAddMC");
+        op.click("btnAddMC");
+        op.setUp(1, first.devicePath());
+        op.setUp(2, second.devicePath());
+        op.send(2, program_);
+        op.click("btnUnDock");
+        op.answerNextMessage("Delete");
+        op.click("btnDeleteIcon", mcIconAt(1));
+        QVERIFY(g::mcIcons.size() == 2 && mcIconAt(1)->MCNAME == "CNC2" && undocked()->iIndex == 1);
+        op.answerNextMessage("Cancel");
+        op.choose(1, "btnRX");
+        QVERIFY(op.lastMessage.startsWith("CNC2 is transferring a program"));
+        op.answerNextMessage("Cancel");
+        undocked()->close();
+        QVERIFY(undocked() && op.isShown("btnStop"));
+        QCOMPARE(second.readAtLeast(onWire_.size(), 30000), onWire_);
+        QTRY_VERIFY(op.isShown("btnSend"));
+        undocked()->close();
+        QTRY_VERIFY(!undocked());
+        op.send(1, "M30"); // its port is free again
+        QCOMPARE(second.readAtLeast(3), "M30");
+        op.restart();
+        QVERIFY(g::mcIcons.size() == 2 && g::mcIcons[1]->MCNAME == "CNC2" && first.read().isEmpty());
+    }
 
-frmChild* WindowsTest::undockedWindow()
-{
-    for (auto* window : QApplication::topLevelWidgets())
-        if (auto* found = qobject_cast<frmChild*>(window); found && found->isVisible()) return found;
-    return nullptr;
-}
-
-void WindowsTest::portThatCannotBeOpenedCanBeSetUp()
-{
-    cncsim::Settings settings;
-    settings.silenceMs = 300;
-    cncsim::SimulatedControl control(settings);
-    Shop::storeMachines({std::make_shared<MachineRecord>().get()}); // port "1", as in a fresh installation
-    Operator op;
-    op.choose(1, QStringLiteral("btnTX"));
-    QCOMPARE(op.find<QLabel>(QStringLiteral("txtStartupError"))->text(),
-             QStringLiteral("The DNC process is configured to use port 1 but the port could not be opened"));
-    QVERIFY(!op.isShown(QStringLiteral("boxControls")));
-    op.click(QStringLiteral("btnCancel"));
-    QVERIFY(op.isShown(QStringLiteral("imgBogLogo")));
-
-    op.setUp(1, QString::fromStdString(control.devicePath()), QStringLiteral("Auto"), 1, 0);
-    op.openSend(1, Shop::writeFile(dir_, QStringLiteral("now.nc"), Shop::program(3)));
-    op.click(QStringLiteral("btnSend"));
-    QTRY_VERIFY(control.report().isComplete);
-}
-
-void WindowsTest::undockedViewSendsAndCloses()
-{
-    cncsim::Settings settings;
-    settings.silenceMs = 300;
-    cncsim::SimulatedControl control(settings);
-    Shop::storeMachines({Shop::machineOn(control.devicePath()).get()});
-    Operator op;
-    op.openSend(1, Shop::writeFile(dir_, QStringLiteral("undocked.nc"), Shop::program(20)));
-    op.click(QStringLiteral("btnUnDock"));
-    QTRY_VERIFY(undockedWindow());
-    QCOMPARE(undockedWindow()->windowTitle(), QStringLiteral("CNC1"));
-    QVERIFY(op.isShown(QStringLiteral("imgBogLogo")));
-    op.clickIn(undockedWindow(), QStringLiteral("btnSend"));
-    QTRY_VERIFY(control.report().isComplete);
-    QCOMPARE(Shop::bytesOf(control.report().program), Shop::program(20).replace("\n", "\r\n"));
-    undockedWindow()->close();
-    QTRY_VERIFY(!undockedWindow());
-    // Its port is free again.
-    op.openSend(1, {});
-    QVERIFY(op.isShown(QStringLiteral("btnSend")));
-}
-
-void WindowsTest::twoMachinesSendAtOnce()
-{
-    cncsim::Settings settings;
-    settings.framing.type = cncsim::ControlType::Fanuc;
-    settings.xonXoff = true;
-    settings.readRate = 20000;
-    cncsim::SimulatedControl one(settings);
-    cncsim::SimulatedControl two(settings);
-    const auto first = Shop::machineOn(one.devicePath(), QStringLiteral("Fanuc"));
-    const auto second = Shop::machineOn(two.devicePath(), QStringLiteral("Fanuc"));
-    Shop::storeMachines({first.get(), second.get()});
-    Operator op;
-    op.openSend(1, Shop::writeFile(dir_, QStringLiteral("one.nc"), Shop::program(900)));
-    op.click(QStringLiteral("btnSend"));
-    op.openSend(2, Shop::writeFile(dir_, QStringLiteral("two.nc"), "(TWO)\n" + Shop::program(800)));
-    op.click(QStringLiteral("btnSend"));
-    QTRY_VERIFY_WITH_TIMEOUT(one.report().isComplete && two.report().isComplete, 20000);
-    QCOMPARE(Shop::bytesOf(one.report().program), Shop::program(900).replace("\n", "\r\n"));
-    QCOMPARE(Shop::bytesOf(two.report().program), "(TWO)\r\n" + Shop::program(800).replace("\n", "\r\n"));
-}
-
-void WindowsTest::deletingAMachineLeavesTheOthersTransferAlone()
-{
-    cncsim::Settings settings;
-    settings.framing.type = cncsim::ControlType::Fanuc;
-    settings.xonXoff = true;
-    settings.readRate = 20000;
-    cncsim::SimulatedControl one({});
-    cncsim::SimulatedControl two(settings);
-    const auto first = Shop::machineOn(one.devicePath());
-    const auto second = Shop::machineOn(two.devicePath(), QStringLiteral("Fanuc"));
-    second->MCNAME = QStringLiteral("CNC2");
-    Shop::storeMachines({first.get(), second.get()});
-    Operator op;
-    op.openSend(2, Shop::writeFile(dir_, QStringLiteral("two.nc"), Shop::program(1500)));
-    op.click(QStringLiteral("btnSend"));
-    op.click(QStringLiteral("btnUnDock"));
-    op.answerNextMessage(QStringLiteral("Delete"));
-    op.clickIn(mcIconAt(1), QStringLiteral("btnDeleteIcon"));
-    QCOMPARE(g::mcIcons.size(), 2);
-    QCOMPARE(mcIconAt(1)->MCNAME, QStringLiteral("CNC2"));
-    QCOMPARE(undockedWindow()->iIndex, 1);
-    QTRY_VERIFY_WITH_TIMEOUT(two.report().isComplete, 20000);
-    QCOMPARE(Shop::bytesOf(two.report().program), Shop::program(1500).replace("\n", "\r\n"));
-    QVERIFY(one.report().received.empty());
-    QTRY_VERIFY(op.isShown(QStringLiteral("btnSend")));
-    undockedWindow()->close();
-    QTRY_VERIFY(!undockedWindow());
-}
-
-void WindowsTest::runningTransferIsNotLostToASlip()
-{
-    PtyPair line; // nobody reads: the transfer stays under way
-    Shop::storeMachines({Shop::machineOn(line.devicePath().toStdString()).get()});
-    Operator op;
-    op.openSend(1, Shop::writeFile(dir_, QStringLiteral("slip.nc"), Shop::program(20000)));
-    op.click(QStringLiteral("btnSend"));
-    const QString question = QStringLiteral("CNC1 is transferring a program\n\nStop the transfer?");
-
-    op.answerNextMessage(QStringLiteral("Cancel"));
-    op.click(QStringLiteral("btnClose"));
-    QCOMPARE(op.lastMessage, question);
-    QVERIFY(op.isShown(QStringLiteral("btnStop")));
-
-    op.answerNextMessage(QStringLiteral("Cancel"));
-    op.choose(1, QStringLiteral("btnSetup"));
-    QCOMPARE(op.lastMessage, question);
-    QVERIFY(op.isShown(QStringLiteral("btnStop")));
-
-    op.answerNextMessage(QStringLiteral("Cancel"));
-    QVERIFY(!op.window().close());
-    QCOMPARE(op.lastMessage, question);
-    QVERIFY(op.isShown(QStringLiteral("btnStop")));
-
-    op.answerNextMessage(QStringLiteral("Stop"));
-    op.click(QStringLiteral("btnClose"));
-    QTRY_VERIFY(op.isShown(QStringLiteral("imgBogLogo")));
-}
-
-void WindowsTest::menuOutlivesTheQuestionThatItsChoiceRaises()
-{
-    PtyPair line; // nobody reads: the transfer stays under way
-    Shop::storeMachines({Shop::machineOn(line.devicePath().toStdString()).get()});
-    Operator op;
-    op.openSend(1, Shop::writeFile(dir_, QStringLiteral("menu.nc"), Shop::program(20000)));
-    op.click(QStringLiteral("btnSend"));
-    op.clickIn(mcIconAt(1), QStringLiteral("btnMC"));
-    QTRY_VERIFY(op.isShown(QStringLiteral("btnSetup")));
-    const QPointer<QWidget> menu = op.find<QWidget>(QStringLiteral("btnSetup"))->window();
-    bool isAlive = false;
-    auto* question = new QTimer(&op.window());
-    connect(question, &QTimer::timeout, question, [&, wasPosted = false]() mutable {
-        if (!QApplication::activeModalWidget()) return;
-        if (!wasPosted) { // an undocked window comes to the front
-            wasPosted = true;
-            return NotificationCenter::defaultCenter().post(QStringLiteral("childGotFocus_Event"));
+    // The dialog blocks the undocked window alone: the main window can end the view under it.
+    void fileDialogGoesWithItsView()
+    {
+        PtyPair line;
+        Shop::store({Shop::machineOn(line.devicePath())});
+        Operator op;
+        for (const bool deletes : {false, true}) {
+            op.open(1, {});
+            op.click("btnUnDock");
+            op.click("btnFolder", undocked());
+            const QPointer<QWidget> dialog = QApplication::activeModalWidget();
+            QVERIFY(dialog);
+            if (deletes) op.answerNextMessage("Delete");
+            deletes ? op.click("btnDeleteIcon", mcIconAt(1)) : op.choose(1, "btnRX");
+            QTRY_VERIFY(!dialog && !undocked() && !QApplication::activeModalWidget());
         }
-        question->stop();
-        isAlive = menu; // its choice is still being carried out
-        op.answerNextMessage(QStringLiteral("Cancel"));
-    });
-    question->start(1);
-    op.click(QStringLiteral("btnSetup"));
-    QVERIFY(isAlive);
-    QVERIFY(op.isShown(QStringLiteral("btnStop")));
-    QTRY_VERIFY(!menu);
-    op.answerNextMessage(QStringLiteral("Stop"));
-    op.click(QStringLiteral("btnClose"));
-}
-
-void WindowsTest::choosingAgainReopensTheSameDevice()
-{
-    PtyPair line;
-    Shop::storeMachines({Shop::machineOn(line.devicePath().toStdString()).get()});
-    Operator op;
-    for (int round = 0; round < 10; ++round) {
-        op.openSend(1, Shop::writeFile(dir_, QStringLiteral("again.nc"), Shop::program(20000)));
-        QVERIFY(op.isShown(QStringLiteral("btnSend")));
-        op.click(QStringLiteral("btnSend"));
-        line.readAtLeast(1000);
-        op.answerNextMessage(QStringLiteral("Stop"));
-        op.choose(1, QStringLiteral("btnRX"));
-        QVERIFY(op.isShown(QStringLiteral("lblStatus")) || op.isShown(QStringLiteral("rt1")));
-        op.click(QStringLiteral("btnClose"));
     }
-}
 
-void WindowsTest::fileDialogGoesWithItsView_data()
-{
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<bool>("deletes");
-    for (const char* button : {"btnFolder", "btnSave"}) {
-        QTest::addRow("%s, chosen again", button) << QString::fromLatin1(button) << false;
-        QTest::addRow("%s, machine deleted", button) << QString::fromLatin1(button) << true;
+    void closingTheMainWindowEndsTheProgram_data()
+    {
+        QTest::addColumn<bool>("asks");
+        for (const char* state : {"nothing", "failed", "setup", "ready", "dialog", "receive", "receive xmodem", "lost"})
+            QTest::newRow(state) << false;
+        for (const char* state : {"wait", "send", "undocked", "xmodem"})
+            QTest::newRow(state) << true;
     }
-}
 
-// The dialog blocks the undocked window alone: the main window can end the view under it.
-void WindowsTest::fileDialogGoesWithItsView()
-{
-    QFETCH(QString, button);
-    QFETCH(bool, deletes);
-    PtyPair line;
-    Shop::storeMachines({Shop::machineOn(line.devicePath().toStdString()).get()});
-    Operator op;
-    op.openSend(1, {});
-    op.click(QStringLiteral("btnUnDock"));
-    QTRY_VERIFY(undockedWindow());
-    op.clickIn(undockedWindow(), button);
-    const QPointer<QWidget> dialog = QApplication::activeModalWidget();
-    QVERIFY(dialog);
-    if (deletes) {
-        op.answerNextMessage(QStringLiteral("Delete"));
-        op.clickIn(mcIconAt(1), QStringLiteral("btnDeleteIcon"));
-        QCOMPARE(g::mcIcons.size(), 1);
-    } else {
-        op.choose(1, QStringLiteral("btnRX"));
-        QVERIFY(op.isShown(QStringLiteral("btnClose")));
+    void closingTheMainWindowEndsTheProgram()
+    {
+        QFETCH(bool, asks);
+        const QString state = QTest::currentDataTag();
+        PtyPair line; // nobody reads: what is under way stays so
+        const auto machine = Shop::machineOn(state == "failed" ? "1" : line.devicePath());
+        machine->MCNAME = "Lathe";
+        machine->MCWAIT = state == "wait";
+        if (state.contains("xmodem")) machine->MCFLOW = 3;
+        Shop::store({machine, std::make_shared<MachineRecord>()});
+        Operator op;
+        g::saveAllMcSettings();
+        const auto before = Preferences::string("Varnock");
+        if (state == "setup") op.choose(1, "btnSetup");
+        if (state.startsWith("receive")) op.choose(1, "btnRX");
+        if (state == "failed" || state == "dialog") op.choose(1, "btnTX");
+        if (asks || state == "ready" || state == "lost") op.open(1, program_);
+        if (asks || state == "lost") op.click("btnSend");
+        if (state == "undocked") op.click("btnUnDock");
+        if (state == "lost") line.hangUp();
+        if (state == "lost") QTRY_VERIFY(op.isShown("btnSend"));
+        op.answerNextMessage("Cancel");
+        if (asks) QVERIFY(!op.window().close() && op.isShown("btnStop"));
+        QCOMPARE(op.lastMessage.startsWith("Lathe is transferring a program"), asks);
+        if (asks) op.answerNextMessage("Stop");
+        QTimer::singleShot(20000, &op.window(), [] { QCoreApplication::exit(7); });
+        QTimer::singleShot(1, &op.window(), &QWidget::close);
+        QCOMPARE(QApplication::exec(), 0);
+        QVERIFY(op.lastMessage.isEmpty() != asks && !op.window().isVisible() && !undocked());
+        QCOMPARE(Preferences::string("Varnock"), before);
+        op.restart();
+        QVERIFY(g::mcIcons.size() == 3 && g::mcIcons[1]->MCNAME == "Lathe");
+        if (state == "failed" || state == "lost") return;
+        op.choose(1, "btnSetup"); // the port is free again
+        QVERIFY(op.isShown("cboPorts"));
     }
-    QTRY_VERIFY(!dialog);
-    QTRY_VERIFY(!undockedWindow());
-    QVERIFY(!QApplication::activeModalWidget());
-}
+};
 
 QTEST_MAIN(WindowsTest)
 #include "e2e_windows.moc"
