@@ -4,7 +4,7 @@
 #include "config/g.h"
 #include "serial/CustomObject.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QFile>
 
 #include <termios.h>
@@ -50,20 +50,18 @@ void TransferRig::start(bool send)
     view->resize(800, 600);
     view->show();
     QVERIFY(QTest::qWaitForWindowExposed(view.get()));
-    editor = view->findChild<ProgramEditor*>("rt1");
-    QVERIFY(editor);
+    editor = find<ProgramEditor>("rt1");
 }
 
 void TransferRig::open(const QByteArray& program)
 {
     QFile file(folder_.filePath("program.nc"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(program);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(program) == program.size());
     file.close();
     view->openFile(file.fileName());
 }
 
-void TransferRig::startTyping(const QByteArray& program)
+void TransferRig::startWith(const QByteArray& program)
 {
     start();
     open(program);
@@ -72,37 +70,27 @@ void TransferRig::startTyping(const QByteArray& program)
     QVERIFY(QTest::qWaitForWindowActive(view.get()));
 }
 
+void TransferRig::sendUntilHeld(int writes)
+{
+    holdAfter_ = completions + writes;
+    if (writes == 0) holdLine();
+    click("btnSend");
+    QTRY_VERIFY(held_ && completions == holdAfter_);
+    QTest::qWait(0); // the view has heard of it and given the next write to the port
+}
+
 void TransferRig::click(const char* button)
 {
-    auto* found = view->findChild<QAbstractButton*>(button);
-    QVERIFY2(found && found->isVisible() && found->isEnabled(), button);
+    auto* found = find<QAbstractButton>(button);
+    QVERIFY2(found->isVisible() && found->isEnabled(), button);
     QTest::mouseClick(found, Qt::LeftButton);
-}
-
-void TransferRig::chooseStart(int item)
-{
-    view->findChild<QComboBox*>("cbo1")->setCurrentIndex(item);
-}
-
-bool TransferRig::isShown(const char* name) const
-{
-    return view->findChild<QWidget*>(name)->isVisible();
-}
-
-QString TransferRig::text(const char* label) const
-{
-    return view->findChild<QLabel*>(label)->text();
 }
 
 QByteArray TransferRig::readUntilIdle()
 {
     QByteArray bytes;
-    QElapsedTimer timer;
-    timer.start();
-    while (view->dncRunning() && timer.elapsed() < longestWait) {
-        bytes += pty.read();
-        QTest::qWait(1);
-    }
+    for (const QDeadlineTimer end(longestWait); view->dncRunning() && !end.hasExpired();)
+        bytes += pty.readAtLeast(1, 1);
     return bytes + readAll();
 }
 
@@ -114,9 +102,8 @@ QByteArray TransferRig::readAll()
     const int completed = completions;
     port.sendBytes(port.takeUnsentBytes() + marker);
     QByteArray bytes;
-    QElapsedTimer timer;
-    timer.start();
-    while (!(bytes.endsWith(marker) && completions > completed) && timer.elapsed() < longestWait)
+    for (const QDeadlineTimer end(longestWait);
+         !(bytes.endsWith(marker) && completions > completed) && !end.hasExpired();)
         bytes += pty.readAtLeast(1, 1);
     port.stopButtonPressed = wasStopped;
     bytes.chop(marker.size());

@@ -15,8 +15,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <functional>
-
 /// A machine as its icon carries it; keeps what the icon would show.
 struct RigMachine : MachineRecord, MachineProgress {
     double pBarMaximum() const override { return maximum; }
@@ -45,17 +43,20 @@ public:
     TransferRig();
     ~TransferRig();
     void start(bool send = true);
-
-    /// Starts with the program open in the active window, ready for keys.
-    void startTyping(const QByteArray& program);
-
-    /// Opens a program file of these bytes in the view.
+    /// Starts with a program file of these bytes open in the active window.
+    void startWith(const QByteArray& program);
     void open(const QByteArray& program);
+    /// Sends until that many writes have gone out, the header being the first; the next is cut off.
+    void sendUntilHeld(int writes);
     void click(const char* button);
-    void chooseStart(int item); // 0 from the top, 1 from the caret
-    bool isShown(const char* name) const;
-    QString text(const char* label) const;
-    int state() const { return view->txState.State; }
+    void chooseStart(int item) { find<QComboBox>("cbo1")->setCurrentIndex(item); } // 0 from the top, 1 from the caret
+    int chosenStart() const { return find<QComboBox>("cbo1")->currentIndex(); }
+
+    template <typename Widget> Widget* find(const char* name) const { return view->findChild<Widget*>(name); }
+    bool isShown(const char* name) const { return find<QWidget>(name)->isVisible(); }
+    QString text(const char* label) const { return find<QLabel>(label)->text(); }
+    QString headline() const { return text("lblTransferState"); }
+    QString details() const { return text("lblStatus").simplified(); }
 
     /// Plays a control that reads all the time until the transfer has ended; returns all that the line carried.
     QByteArray readUntilIdle();
@@ -68,7 +69,7 @@ public:
     /// The line takes nothing from here on, as if the control had sent XOFF.
     void holdLine();
     void releaseLine();
-    /// Holds the line when that many writes have gone out.
+    /// Holds the line when that many writes have gone out since the start.
     void holdLineAfter(int count) { holdAfter_ = count; }
     bool isHeld() const { return held_; }
 

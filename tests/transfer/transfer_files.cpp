@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/MessageBoxes.h"
+#include "transfer/TransferRig.h"
+
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QUrl>
+
+#include <algorithm>
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace
+{
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<cannot be read>");
+}
+
+} // namespace
+
+/// What comes into the editor from the line or a file, and what of it goes into a file.
+class FilesTest : public QObject
+{
+    Q_OBJECT
+
+    static bool drop(const TransferRig& rig, const QList<QUrl>& urls, Qt::DropAction action = Qt::CopyAction)
+    {
+        QMimeData data;
+        data.setText("G0 X0"); // file managers add a text
+        if (!urls.isEmpty()) data.setUrls(urls);
+        QDragEnterEvent enter(QPoint(10, 10), action, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(rig.editor->viewport(), &enter);
+        QDropEvent dropped(QPointF(10, 10), action, &data, Qt::LeftButton, Qt::NoModifier);
+        dropped.ignore();
+        QApplication::sendEvent(rig.editor->viewport(), &dropped); // whatever the first answer was
+        return enter.isAccepted() && dropped.isAccepted();
+    }
+
+private Q_SLOTS:
+    void punchedProgramIsShownAndSavedAsItCame()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("O1.nc");
+        QByteArray program("\0%\x7F\t\x1A\x11\x06\x15\x18\x04\r\n", 12);
+        for (int line = 0; line < 500; ++line)
+            program += "N" + QByteArray::number(line) + " G1 X1.5\r\n";
+        TransferRig rig;
+        rig.start(false);
+        QVERIFY(!rig.isShown("boxTxButtons"));
+        rig.pty.write(program);
+        QTRY_COMPARE(rig.editor->wholeText(), program);
+        QCOMPARE(rig.editor->caret(), program.size()); // the view went along
+        QCOMPARE(rig.readAll(), QByteArray());         // nothing is answered
+        rig.editor->moveCaretTo(0);
+        rig.deliver("M30");
+        QCOMPARE(rig.editor->firstVisible(), 0); // the operator's place is left alone
+        rig.view->saveFile(path);
+        QCOMPARE(contentOf(path), program + "M30");
+        rig.click("btnNew");
+        rig.view->initialize(false, 1); // bound once more, but not heard twice
+        for (const char* chunk : {"A\n\n\nB", "A\r\r", "\r", "\n", "\n"})
+            rig.deliver(chunk); // doubled line ends collapse within a chunk only
+        rig.view->saveFile(path);
+        QCOMPARE(contentOf(path), QByteArray("A\n\nBA\r\r\n\n"));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"O1.nc"});
+    }
+
+    void failedSaveIsToldAndHarmsNothing_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("folder is gone") << "gone/O1.nc";
+        QTest::newRow("disk is full") << "taken/old.nc";
+    }
+
+    void failedSaveIsToldAndHarmsNothing()
+    {
+        QFETCH(QString, path);
+        const QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir("taken"));
+        TransferRig rig;
+        rig.start(false);
+        rig.deliver("O0");
+        rig.view->saveFile(folder.filePath("taken/old.nc"));
+        const QByteArray received = "O0" + QByteArray("O1 X1\r\n").repeated(20'000);
+        rig.deliver(received.mid(2));
+        MessageBoxes boxes("OK");
+        rlimit before;
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit full{std::min<rlim_t>(100'000, before.rlim_max), before.rlim_max}; // no file can grow beyond it
+        ::signal(SIGXFSZ, SIG_IGN);
+        if (path == "taken/old.nc") ::setrlimit(RLIMIT_FSIZE, &full);
+        rig.view->saveFile(folder.filePath(path));
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        QCOMPARE(boxes.texts.size(), 1);
+        QCOMPARE(rig.editor->wholeText(), received);
+        QCOMPARE(contentOf(folder.filePath("taken/old.nc")), QByteArray("O0"));
+        QCOMPARE(QDir(folder.filePath("taken")).entryList(QDir::Files | QDir::Hidden), QStringList{"old.nc"});
+        rig.view->saveFile(folder.filePath("O1.nc")); // another place is the way out
+        QCOMPARE(contentOf(folder.filePath("O1.nc")), received);
+    }
+
+    void dialogsStartInTheMachinesFolder()
+    {
+        const QTemporaryDir folder;
+        TransferRig rig;
+        rig.startWith("O1\n");
+        rig.click("btnLock");
+        const auto directory = [&](const char* button, const char* name) {
+            rig.click(button);
+            const std::unique_ptr<QFileDialog> dialog(rig.find<QFileDialog>(name));
+            return dialog->directory();
+        };
+        QCOMPARE(directory("btnFolder", "openDialog"), QFileInfo(rig.find<QLineEdit>("txtPath")->text()).dir());
+        rig.view->saveFile(folder.filePath("O8.nc")); // where the last file was
+        QCOMPARE(directory("btnSave", "saveDialog"), QDir(folder.path()));
+        rig.machine->MCOUTDIR = QUrl::fromLocalFile(QDir::rootPath()).toString(); // the machine's comes first
+        QCOMPARE(directory("btnSave", "saveDialog"), QDir::root());
+        rig.machine->MCOUTDIR = QDir::rootPath();
+        QCOMPARE(directory("btnFolder", "openDialog"), QDir::root());
+    }
+
+    void openedProgramIsLockedAndRewound()
+    {
+        TransferRig rig;
+        rig.startWith("G0\nG1\n");
+        rig.editor->moveCaretTo(4);
+        rig.chooseStart(1);
+        rig.open("O1\r\n\r\nM30");
+        QTest::keyClicks(rig.editor, "X");
+        QCOMPARE(rig.editor->wholeText(), QByteArray("O1\n\nM30"));
+        QVERIFY(rig.view->textLocked() && !rig.find<QWidget>("btnNew")->isEnabled());
+        QVERIFY(rig.editor->caret() == 0 && rig.chosenStart() == 0);
+        rig.click("btnLock");
+        QTest::keyClicks(rig.editor, "N5 ");
+        rig.click("btnSend");
+        QCOMPARE(rig.readUntilIdle(), QByteArray("N5 O1\r\n\r\nM30"));
+    }
+
+    void whatCannotBeReadChangesNothing()
+    {
+        TransferRig rig;
+        rig.startWith("G0\n");
+        const QTemporaryDir folder;
+        const QByteArray pipe = folder.filePath("pipe").toLocal8Bit(); // would be waited for as long as nobody writes
+        QVERIFY(::mkfifo(pipe.constData(), 0600) == 0);
+        for (const char* path : {"/no such file", "/", "/dev/zero", pipe.constData()})
+            rig.view->openFile(QString::fromLocal8Bit(path));
+        QCOMPARE(rig.editor->wholeText(), QByteArray("G0\n"));
+        QVERIFY(rig.find<QLineEdit>("txtPath")->text().endsWith("program.nc"));
+    }
+
+    void oneDroppedFileIsOpened()
+    {
+        const QTemporaryDir folder;
+        TransferRig rig;
+        rig.startWith("O7\nM30\n");
+        const QUrl file = QUrl::fromLocalFile(rig.find<QLineEdit>("txtPath")->text());
+        QVERIFY(!drop(rig, {file})); // locked
+        rig.click("btnLock");
+        QTest::keyClicks(rig.editor, "X");
+        for (const QList<QUrl>& urls : {QList<QUrl>{},
+                                        {file, file},
+                                        {QUrl::fromLocalFile(folder.path())},
+                                        {QUrl("http://host/O1.nc")},
+                                        {QUrl::fromLocalFile("/no such file")}})
+            QVERIFY(!drop(rig, urls));
+        QVERIFY(!drop(rig, {file}, Qt::MoveAction));
+        QCOMPARE(rig.editor->wholeText(), QByteArray("XO7\nM30\n"));
+        rig.sendUntilHeld(2);
+        QVERIFY(!drop(rig, {file}));
+        rig.click("btnStop");
+        QVERIFY(drop(rig, {file}));
+        QCOMPARE(rig.editor->wholeText(), QByteArray("O7\nM30\n"));
+    }
+};
+
+QTEST_MAIN(FilesTest)
+#include "transfer_files.moc"
