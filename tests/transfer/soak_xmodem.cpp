@@ -40,7 +40,7 @@ struct Soak {
         rig.machine->MCFLOW = 3;
         rig.machine->MCTXEOB = "LF";
         rig.start(sends);
-        rig.child->port->startRxTimer(0.001);
+        rig.port.startRxTimer(0.001);
     }
     ~Soak() { ::close(device); }
 

@@ -15,7 +15,7 @@ struct LrzszRig {
         rig.machine->MCFLOW = 3;
         rig.machine->MCTXEOB = "LF";
         rig.start(send);
-        rig.child->port->startRxTimer(0.001); // replies that wait for the usual poll would make a long test
+        rig.port.startRxTimer(0.001); // replies that wait for the usual poll would make a long test
     }
 
     // rx takes this program; returns what its file holds when both sides have ended.
@@ -107,16 +107,6 @@ private Q_SLOTS:
         QVERIFY(line.peer.isContent());
     }
 
-    void highBytesArriveWithoutBit7()
-    {
-        QByteArray all;
-        for (int code = 0; code < 256; ++code)
-            all += static_cast<char>(code);
-        LrzszRig line(false);
-        QCOMPARE(line.takeFromSx(all), all.left(128) + all.left(128));
-        QVERIFY(line.peer.isContent());
-    }
-
     void oneFault_data()
     {
         QTest::addColumn<bool>("sends");
@@ -154,26 +144,20 @@ private Q_SLOTS:
         }
     }
 
-    void noisyLine_data()
-    {
-        QTest::addColumn<unsigned>("seed");
-        for (unsigned seed = 1; seed <= 4; ++seed) // none with two faults that cancel out in the sum of a block
-            QTest::addRow("seed %u", seed) << seed;
-    }
-
     // Many faults in both directions. Blocks may come twice or be missing; then it says so, and nothing else differs.
     void noisyLine()
     {
-        QFETCH(unsigned, seed);
         const Relay::Faults faults{.flips = 1e-3, .drops = 2e-4, .longestDelayMs = 5};
-        LrzszRig line(false, {faults, faults, seed});
         const QByteArray program = lines(6000, "\r\n");
-        const QByteArray received = line.takeFromSx(program, shortSecond);
-        const QString told = line.rig.text("lblStatus");
-        qInfo("%d flipped, %d lost, %lld of %lld bytes, told: %s", line.relay.flipped(), line.relay.dropped(),
-              static_cast<long long>(received.size()), static_cast<long long>(program.size()), qPrintable(told));
-        QVERIFY(line.relay.flipped() > 0);
-        QVERIFY(received == padded(program, '\x1A') || told.contains("\nBlock") || told.contains("cancelled"));
+        for (unsigned seed = 1; seed <= 4; ++seed) { // none with two faults that cancel out in the sum of a block
+            LrzszRig line(false, {faults, faults, seed});
+            const QByteArray received = line.takeFromSx(program, shortSecond);
+            const QString told = line.rig.text("lblStatus");
+            qInfo("seed %u: %d flipped, %d lost, told: %s", seed, line.relay.flipped(), line.relay.dropped(),
+                  qPrintable(told));
+            QVERIFY(line.relay.flipped() > 0);
+            QVERIFY(received == padded(program, '\x1A') || told.contains("\nBlock") || told.contains("cancelled"));
+        }
     }
 };
 
