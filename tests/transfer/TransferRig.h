@@ -48,7 +48,6 @@ public:
     {
         machine->MCFLOW = 0;
         machine->MCBAUD = 115200;
-        machine->MCNAME = "Mill";
         g::mcIcons = {std::make_shared<MachineRecord>(), machine};
         g::mcChildViews = {std::make_shared<ChildView>(), child};
     }
@@ -74,7 +73,6 @@ public:
         view = std::make_unique<viewTX>();
         view->initialize(send, 1);
         view->tmrXModemTimer.stop(); // tests tick by themselves
-        view->resize(800, 600);
         view->show();
         view->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(view.get()));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/MessageBoxes.h"
+#include "transfer/TransferClock.h"
 #include "transfer/TransferRig.h"
 
 namespace
@@ -169,9 +170,52 @@ private Q_SLOTS:
         MessageBoxes boxes("OK");
         rig.deliver(startSignal + startSignal);
         QCOMPARE(boxes.texts.size(), 1);
-        QVERIFY(boxes.texts[0].contains("Mill"));
         QCOMPARE(rig.machine->activity, TransferActivity::PortLost);
         QVERIFY(rig.isShown("btnSend") && !rig.isShown("boxWaitForCNC"));
+    }
+
+    void heldLineIsToldApartFromARunningOne()
+    {
+        TransferRig rig;
+        rig.machine->MCFLOW = 1;
+        rig.startWith(program);
+        rig.view->initialize(true, 1); // bound once more, but hears each write once
+        rig.sendUntilHeld(2);          // the second line does not go out
+        QCOMPARE(rig.headline(), QString("Sending"));
+        QTRY_COMPARE(rig.headline(), QString("Held by the control"));
+        QCOMPARE(rig.machine->activity, TransferActivity::Held);
+        QVERIFY2(rig.details().startsWith(QString::fromUtf8("Line 2 of 3 · 4 bytes")), qPrintable(rig.details()));
+        for (int stops = 0; stops < 2; ++stops) {
+            rig.click("btnStop");
+            QCOMPARE(rig.headline(), QString("Stopped at line 3, Send continues there"));
+            rig.click("btnSend");
+        }
+        rig.releaseLine();
+        rig.readUntilIdle();
+        QVERIFY2(rig.headline().startsWith("Sent: 3 lines, 12 bytes in 0:0"), qPrintable(rig.headline()));
+    }
+
+    void holdIsMeasuredByBytesAndSpeed()
+    {
+        const auto check = [](unsigned long baud, int bytes, int notHeld, int held) {
+            TransferClock clock;
+            clock.begin(5, {TransferClock::msPerByte(baud, 1), 1, 0, 1000});
+            QVERIFY(!clock.isHeld(100'000'000)); // nothing is being written
+            clock.wrote(5, bytes);
+            QVERIFY(!clock.isHeld(5 + notHeld) && clock.isHeld(5 + held));
+            clock.completed(5 + held, 30);
+            QVERIFY(!clock.isHeld(5 + held));
+            clock.wrote(5 + held, 1); // waits until the one before has left the line
+            QVERIFY(!clock.isHeld(5 + held + notHeld));
+            clock.stop(6 + held);
+            QVERIFY(!clock.isHeld(100'000'000)); // the operator's stop is no hold
+            clock.resume(100'000'000);
+            QVERIFY(!clock.isHeld(100'000'000 + notHeld));
+        };
+        check(115200, 30, 900, 1100);
+        check(110, 100, 10'500, 13'000);
+        check(9600, 1'000'000, 1'100'000, 1'400'000);
+        check(0, 100, 900, 1100); // a speed that nobody knows
     }
 };
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/MessageBoxes.h"
 #include "transfer/TransferRig.h"
 
 #include <QRandomGenerator>
@@ -13,7 +14,8 @@ const QByteArray onTheLine("%G0\r\nG1\r\nG2\r\nG3\r\n");
 using Step = std::function<void(TransferRig&)>;
 } // namespace
 
-/// Stop and continue: whatever the moment, the control gets every byte once, from the line that the operator chose.
+/// Stop and continue: whatever the moment, the control gets every byte once, from the line that the operator chose; and
+/// nothing of the program is lost with the port.
 class StoppingTest : public QObject
 {
     Q_OBJECT
@@ -165,6 +167,73 @@ private Q_SLOTS:
         QVERIFY(rig.isShown("btnStop") && !rig.isShown("btnSend") && !rig.isShown("cbo1"));
         rig.releaseLine();
         QCOMPARE(rig.readUntilIdle(), onTheLine);
+    }
+
+    void lostPortIsToldInEveryState()
+    {
+        for (const bool sends : {false, true})
+            for (const int flow : {1, 3}) {
+                TransferRig rig;
+                rig.machine->MCFLOW = flow;
+                rig.start(sends);
+                MessageBoxes boxes("OK");
+                rig.open(program);
+                rig.holdLineAfter(0);
+                sends ? rig.click("btnSend") : rig.view->startXModemTimer(0.01);
+                rig.pty.hangUp();
+                QTRY_COMPARE(rig.machine->activity, TransferActivity::PortLost);
+                QCOMPARE(rig.headline(), QString("Port lost"));
+                QVERIFY(!rig.view->dncRunning() && !rig.isShown("boxWaitForCNC"));
+                QVERIFY(!rig.view->tmrXModemTimer.isActive());
+                QVERIFY(!rig.port.isOpen()); // the system can give the name to the adapter again
+                QCOMPARE(boxes.texts, QStringList());
+                if (!sends) continue;
+                rig.click("btnSend"); // the adapter is not back
+                QVERIFY(boxes.texts.size() == 1 && !rig.view->dncRunning());
+            }
+    }
+
+    // Writes to a lost device count as complete: the program would race to its end and be told as sent. The port keeps
+    // what a stop cut off; with the port that is gone, and no part of the program may go with it.
+    void lostPortTakesNothingOfTheProgramAway_data()
+    {
+        QTest::addColumn<bool>("waits");
+        QTest::addColumn<int>("writesOut");
+        QTest::addColumn<QByteArray>("rest");
+        QTest::newRow("in the wait") << true << 0 << onTheLine;
+        QTest::newRow("in the header") << false << 0 << onTheLine;
+        QTest::newRow("in a line") << false << 3 << QByteArray("G2\r\nG3\r\n"); // the whole line
+        QTest::newRow("in the trailer") << false << 5 << QByteArray("G3\r\n\x04");
+    }
+
+    void lostPortTakesNothingOfTheProgramAway()
+    {
+        QFETCH(bool, waits);
+        QFETCH(int, writesOut);
+        QFETCH(QByteArray, rest);
+        for (const bool stops : {false, true}) {
+            const QTemporaryDir folder;
+            TransferRig rig;
+            rig.machine->MCPORT = folder.filePath("adapter");
+            rig.machine->MCTXSOT = "37";
+            if (writesOut == 5) rig.machine->MCTXEOT = "4";
+            rig.machine->MCWAIT = waits;
+            rig.startWith(program);
+            rig.sendUntilHeld(writesOut);
+            if (stops) rig.click("btnStop");
+            rig.pty.hangUp();
+            QTRY_COMPARE(rig.headline(), QString("Port lost"));
+            QCOMPARE(rig.details().contains("Stopped at line "), writesOut > 0);
+
+            PtyPair again; // by the name that the record has, as udev gives an adapter a lasting one
+            QVERIFY(QFile::link(again.devicePath(), rig.machine->MCPORT));
+            rig.click("btnSend");
+            if (waits) rig.click("btnSendNow");
+            QCOMPARE(again.readAtLeast(rest.size()), rest);
+            QTRY_COMPARE(rig.machine->activity, TransferActivity::Sent);
+            again.hangUp(); // noticed again
+            QTRY_COMPARE(rig.headline(), QString("Port lost"));
+        }
     }
 };
 
