@@ -149,8 +149,7 @@ private Q_SLOTS:
             LrzszRig line(false, {faults, faults, seed});
             const QByteArray received = line.takeFromSx(program, shortSecond);
             const QString told = line.rig.text("lblStatus");
-            qInfo("seed %u: %d flipped, %d lost, told: %s", seed, line.relay.flipped(), line.relay.dropped(),
-                  qPrintable(told));
+            qInfo() << "seed" << seed << line.relay.flipped() << "flipped" << line.relay.dropped() << "lost" << told;
             QVERIFY(line.relay.flipped() > 0);
             QVERIFY(received == padded(program, '\x1A') || told.contains("\nBlock") || told.contains("cancelled"));
         }
