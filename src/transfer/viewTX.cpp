@@ -161,10 +161,11 @@ bool viewTX::dncRunning() const
 
 void viewTX::setDncRunning(bool running)
 {
-    if (running) ui->btnStop->show(); // first: the focus goes there from Send
+    const bool byKeyboard = running && ui->btnSend->hasFocus();
     ui->btnSend->setHidden(running);
     ui->btnRewind->setHidden(running);
     ui->btnStop->setHidden(!running);
+    if (byKeyboard) ui->btnStop->setFocus();
     applyLock();
 }
 

@@ -14,6 +14,17 @@
 namespace
 {
 constexpr char DC1 = 17; // the start signal, also XON
+
+// A full disk takes a part first; only the write after that says why.
+bool writeAll(QSaveFile& file, const QByteArray& bytes)
+{
+    for (qsizetype at = 0; at < bytes.size();) {
+        const auto written = file.write(bytes.constData() + at, bytes.size() - at);
+        if (written <= 0) return false;
+        at += written;
+    }
+    return true;
+}
 } // namespace
 
 void viewTX::RxOnComm()
@@ -53,7 +64,9 @@ void viewTX::saveFile(const QString& path)
 {
     QSaveFile file(path);
     const QByteArray text = ui->rt1->wholeText();
-    const bool isSaved = file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit();
+    // Unbuffered: a disk that is full only when a buffer is written at the end would go unnoticed.
+    const bool isSaved =
+        file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(file, text) && file.commit();
     if (isSaved) {
         lastFolder_ = QFileInfo(path).absolutePath();
         return;

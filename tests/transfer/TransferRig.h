@@ -2,7 +2,9 @@
 #pragma once
 
 #include "config/ChildView.h"
+#include "config/g.h"
 #include "config/MachineRecord.h"
+#include "serial/CustomObject.h"
 #include "support/PtyPair.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramEditor.h"
@@ -11,11 +13,11 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QDeadlineTimer>
+#include <QFile>
 #include <QLabel>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <functional>
 
 /// A machine as its icon carries it; keeps what the icon would show.
 struct RigMachine : MachineRecord, MachineProgress {
@@ -42,46 +44,141 @@ struct RigChild : ChildView, TransferHost {
 class TransferRig
 {
 public:
-    TransferRig();
-    ~TransferRig();
-    void start(bool send = true);
+    TransferRig()
+    {
+        machine->MCFLOW = 0;
+        machine->MCBAUD = 115200;
+        g::mcIcons = {std::make_shared<MachineRecord>(), machine};
+        g::mcChildViews = {std::make_shared<ChildView>(), child};
+    }
+    ~TransferRig()
+    {
+        releaseLine();
+        view.reset();
+        port.Close();
+        g::mcIcons.clear();
+        g::mcChildViews.clear();
+    }
 
-    /// Starts with the program open in the active window, ready for keys.
-    void startTyping(const QByteArray& program);
+    void start(bool send = true)
+    {
+        port.Speed = static_cast<unsigned long>(machine->MCBAUD);
+        port.FlowType = static_cast<int>(machine->MCFLOW);
+        port.Parity = 0;
+        QVERIFY(port.Open(pty.devicePath()) >= 0);
+        // Registered before the view: it hears of a completed write before the view sends the next.
+        port.nc->addObserver(&observer_, "TxOnComm", &port, [this](const Notification&) {
+            if (++completions == holdAfter_) holdLine();
+        });
+        view = std::make_unique<viewTX>();
+        view->initialize(send, 1);
+        view->tmrXModemTimer.stop(); // tests tick by themselves
+        view->show();
+        view->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(view.get()));
+        editor = find<ProgramEditor>("rt1");
+        editor->setFocus();
+    }
 
-    /// Opens a program file of these bytes in the view.
-    void open(const QByteArray& program);
-    void click(const char* button);
-    void chooseStart(int item); // 0 from the top, 1 from the caret
-    bool isShown(const char* name) const;
-    QString text(const char* label) const;
-    int state() const { return view->txState.State; }
+    /// Starts to send, with a program file of these bytes open.
+    void startWith(const QByteArray& program)
+    {
+        start();
+        open(program);
+    }
+
+    void open(const QByteArray& program)
+    {
+        QFile file(folder_.filePath("program.nc"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(program) == program.size());
+        file.close();
+        view->openFile(file.fileName());
+    }
+
+    /// Sends until that many writes have gone out, the header being the first; the next is cut off.
+    void sendUntilHeld(int writes)
+    {
+        holdLineAfter(writes);
+        click("btnSend");
+        QTRY_VERIFY(isHeld && completions == holdAfter_);
+        QTest::qWait(0); // the view has heard of it and given the next write to the port
+    }
+
+    void click(const char* button)
+    {
+        auto* found = find<QAbstractButton>(button);
+        QVERIFY2(found->isVisible() && found->isEnabled(), button);
+        QTest::mouseClick(found, Qt::LeftButton);
+    }
+    void chooseStart(int item) { find<QComboBox>("cbo1")->setCurrentIndex(item); } // 0 from the top, 1 from the caret
+    int chosenStart() const { return find<QComboBox>("cbo1")->currentIndex(); }
+
+    template <typename Widget> Widget* find(const char* name) const { return view->findChild<Widget*>(name); }
+    bool isShown(const char* name) const { return find<QWidget>(name)->isVisible(); }
+    QString text(const char* label) const { return find<QLabel>(label)->text(); }
+    QString headline() const { return text("lblTransferState"); }
+    QString details() const { return text("lblStatus").simplified(); }
 
     /// Plays a control that reads all the time until the transfer has ended; returns all that the line carried.
-    QByteArray readUntilIdle();
+    QByteArray readUntilIdle()
+    {
+        QByteArray bytes;
+        for (const QDeadlineTimer end(longestWait); view->dncRunning() && !end.hasExpired();)
+            bytes += pty.readAtLeast(1, 1);
+        return bytes + readAll();
+    }
+
     /// What the line has carried and not yet delivered, up to this moment. Not while the view sends, nor
     /// between a stop and the send that continues it: the cut-off rest would be given up.
-    QByteArray readAll();
-    /// Delivers these bytes to the view as one chunk.
-    void deliver(const QByteArray& chunk);
+    QByteArray readAll()
+    {
+        // A marker behind all that was sent before, in one write with what is still on its way.
+        const QByteArray marker("\x01<marker>\x02");
+        const bool wasStopped = port.stopButtonPressed.exchange(true);
+        const int completed = completions;
+        port.sendBytes(port.takeUnsentBytes() + marker);
+        QByteArray bytes;
+        const QDeadlineTimer end(longestWait);
+        while (!(bytes.endsWith(marker) && completions > completed) && !end.hasExpired())
+            bytes += pty.readAtLeast(1, 1);
+        port.stopButtonPressed = wasStopped;
+        return bytes.chopped(marker.size());
+    }
 
-    /// The line takes nothing from here on, as if the control had sent XOFF.
-    void holdLine();
-    void releaseLine();
-    /// Holds the line when that many writes have gone out.
-    void holdLineAfter(int count) { holdAfter_ = count; }
-    bool isHeld() const { return held_; }
+    /// Delivers these bytes to the view as one chunk.
+    void deliver(const QByteArray& chunk)
+    {
+        port.bytesRxBuffer = chunk;
+        port.nc->post("RxOnComm", &port);
+    }
+
+    /// The line takes nothing after that many further writes, as if the control had sent XOFF.
+    void holdLineAfter(int writes)
+    {
+        holdAfter_ = completions + writes;
+        if (writes == 0) holdLine();
+    }
+    void releaseLine()
+    {
+        if (isHeld) ::tcflow(port.hPort, TCOON);
+        isHeld = false;
+    }
 
     PtyPair pty;
     std::shared_ptr<RigMachine> machine = std::make_shared<RigMachine>();
     std::shared_ptr<RigChild> child = std::make_shared<RigChild>();
+    serialPort& port = *child->port;
     std::unique_ptr<viewTX> view;
     ProgramEditor* editor = nullptr;
     int completions = 0;
+    bool isHeld = false;
 
 private:
+    static constexpr int longestWait = 60'000; // ms; a hang, not a slow machine
+
+    void holdLine() { isHeld = CustomObject::ioctl_XOff(port.hPort) == 0; }
+
     QObject observer_;
     QTemporaryDir folder_;
     int holdAfter_ = -1;
-    bool held_ = false;
 };

@@ -23,88 +23,91 @@ QByteArray program()
         text += "N" + QByteArray::number(line) + " G1 X" + QByteArray::number(line % 997) + ".125 Y-2.5 F1200\n";
     return text.left(programSize);
 }
+
+bool isProgram(const QByteArray& received, char padding)
+{
+    return received == program().leftJustified(received.size(), padding) && received.size() - programSize < 128;
+}
+
+// lrzsz refuses our number after 255 and is deaf to our marked NAK, so the simulated control is the peer.
+struct Soak {
+    Soak(bool sends, const Relay::Plan& plan)
+        : control(settings(sends)),
+          device(::open(control.devicePath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)),
+          relay({rig.pty.master(), rig.pty.master()}, {device, device}, plan)
+    {
+        rig.machine->MCFLOW = 3;
+        rig.machine->MCTXEOB = "LF";
+        rig.start(sends);
+        rig.port.startRxTimer(0.001);
+    }
+    ~Soak() { ::close(device); }
+
+    static cncsim::Settings settings(bool sends)
+    {
+        cncsim::Settings made;
+        made.protocol = sends ? cncsim::Protocol::XModemReceive : cncsim::Protocol::XModemSend;
+        made.punchProgram = program().toStdString();
+        return made;
+    }
+
+    TransferRig rig;
+    cncsim::SimulatedControl control;
+    int device;
+    Relay relay;
+};
 } // namespace
 
 class XModemSoak : public QObject
 {
     Q_OBJECT
-    struct Peer;
 private Q_SLOTS:
-    void sending();
-    void receiving();
-    void whatTheChecksumLetsPass();
-};
-
-// lrzsz refuses our number after 255 and is deaf to our marked NAK, so the simulated control is the peer.
-struct XModemSoak::Peer {
-    Peer(cncsim::Protocol protocol, const QByteArray& toSend)
-        : control({.protocol = protocol, .punchProgram = toSend.toStdString()}),
-          device(::open(control.devicePath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC))
+    void sending()
     {
+        Soak soak(true, {oneInFifty, {}});
+        soak.rig.open(program());
+        soak.rig.click("btnSend");
+        QTRY_VERIFY_WITH_TIMEOUT(!soak.rig.view->dncRunning(), longest);
+        const auto report = soak.control.report();
+        qInfo("%d bytes spoiled, %zu blocks taken", soak.relay.flipped(), report.blocks);
+        QVERIFY(isProgram(QByteArray::fromStdString(report.program), ' '));
     }
-    ~Peer() { ::close(device); }
 
-    cncsim::SimulatedControl control;
-    int device;
-};
+    void receiving()
+    {
+        Soak soak(false, {{}, oneInFifty});
+        soak.rig.view->startXModemTimer(viewTX::xmodemTickInterval);
+        QTRY_VERIFY_WITH_TIMEOUT(soak.control.isComplete(), longest);
+        const auto report = soak.control.report();
+        qInfo("%d bytes spoiled, %zu blocks sent, %zu of them again; shown: %s", soak.relay.flipped(), report.blocks,
+              report.repeatedBlocks, qPrintable(soak.rig.details()));
+        QVERIFY(isProgram(soak.rig.editor->wholeText(), '\x1A'));
+    }
 
-void XModemSoak::sending()
-{
-    Peer peer(cncsim::Protocol::XModemReceive, {});
-    TransferRig rig;
-    rig.machine->MCFLOW = 3;
-    rig.machine->MCTXEOB = "LF";
-    rig.start(true);
-    rig.child->port->startRxTimer(0.001);
-    rig.open(program());
-    rig.click("btnSend");
-    const Relay relay({rig.pty.master(), rig.pty.master()}, {peer.device, peer.device}, {oneInFifty, {}});
-    QTRY_VERIFY_WITH_TIMEOUT(!rig.view->dncRunning(), longest);
-    const auto report = peer.control.report();
-    qInfo("%d bytes spoiled, %zu blocks taken", relay.flipped(), report.blocks);
-    const auto received = QByteArray::fromStdString(report.program);
-    QVERIFY(received == program().leftJustified(received.size(), ' ') && received.size() - programSize < 128);
-}
-
-void XModemSoak::receiving()
-{
-    Peer peer(cncsim::Protocol::XModemSend, program());
-    TransferRig rig;
-    rig.machine->MCFLOW = 3;
-    rig.start(false);
-    rig.child->port->startRxTimer(0.001);
-    rig.view->startXModemTimer(viewTX::xmodemTickInterval);
-    const Relay relay({rig.pty.master(), rig.pty.master()}, {peer.device, peer.device}, {{}, oneInFifty});
-    QTRY_VERIFY_WITH_TIMEOUT(peer.control.isComplete(), longest);
-    const auto report = peer.control.report();
-    qInfo("%d bytes spoiled, %zu blocks sent, %zu of them again; shown: %s", relay.flipped(), report.blocks,
-          report.repeatedBlocks, qPrintable(rig.text("lblStatus")));
-    const QByteArray received = rig.editor->wholeText();
-    QVERIFY(received == program().leftJustified(received.size(), '\x1A') && received.size() - programSize < 128);
-}
-
-void XModemSoak::whatTheChecksumLetsPass()
-{
-    constexpr int blocks = 2'000'000;
-    std::mt19937 chance(1);
-    std::uniform_int_distribution at(XModemBlock::headSize, XModemBlock::size - 1);
-    std::uniform_int_distribution bit(0, 6);
-    QByteArray good = XModemBlock::build(1, program().left(XModemBlock::dataSize));
-    good.back() = static_cast<char>(good.back() & 0x7F); // as the line delivers it
-    for (const int flips : {1, 2, 3, 4, 8}) {
-        int passed = 0;
-        for (int block = 0; block < blocks; ++block) {
-            QByteArray damaged = good;
-            for (int flip = 0; flip < flips; ++flip) {
-                const int place = at(chance);
-                damaged[place] = static_cast<char>(damaged[place] ^ 1 << bit(chance));
+    void whatTheChecksumLetsPass()
+    {
+        constexpr int blocks = 2'000'000;
+        std::mt19937 chance(1);
+        std::uniform_int_distribution at(XModemBlock::headSize, XModemBlock::size - 1);
+        std::uniform_int_distribution bit(0, 6);
+        QByteArray good = XModemBlock::build(1, program().left(XModemBlock::dataSize));
+        good.back() = static_cast<char>(good.back() & 0x7F); // as the line delivers it
+        for (const int flips : {1, 2, 3, 4, 8}) {
+            int passed = 0;
+            for (int block = 0; block < blocks; ++block) {
+                QByteArray damaged = good;
+                for (int flip = 0; flip < flips; ++flip) {
+                    const int place = at(chance);
+                    damaged[place] = static_cast<char>(damaged[place] ^ 1 << bit(chance));
+                }
+                if (damaged != good && XModemBlock::isGood(damaged)) ++passed;
             }
-            if (damaged != good && XModemBlock::isGood(damaged)) ++passed;
+            qInfo("%d bits turned over: %d of %d blocks pass (%.3f %%)", flips, passed, blocks,
+                  100.0 * passed / blocks);
+            if (flips == 1) QCOMPARE(passed, 0);
         }
-        qInfo("%d bits turned over: %d of %d blocks pass (%.3f %%)", flips, passed, blocks, 100.0 * passed / blocks);
-        if (flips == 1) QCOMPARE(passed, 0);
     }
-}
+};
 
 int main(int argc, char* argv[])
 {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/MessageBoxes.h"
+#include "transfer/TransferClock.h"
 #include "transfer/TransferRig.h"
 
 namespace
@@ -7,6 +8,9 @@ namespace
 const QByteArray leader(20, '\0');
 const QByteArray okumaHeader = leader + QByteArray("\x12\0", 2) + leader; // the first line has a leader of its own
 const QByteArray okumaTrailer = leader + QByteArray("\x14\0\0\0\0\0", 6);
+const QByteArray program("G0\nG1\nG2\n");
+const QByteArray onTheLine("G0\r\nG1\r\nG2\r\n");
+const QByteArray startSignal("\x11"); // DC1
 
 // What of the record makes the bytes on the line.
 struct Machine {
@@ -18,178 +22,203 @@ struct Machine {
     bool stripEmptyLines = false;
 };
 } // namespace
-Q_DECLARE_METATYPE(Machine)
 
+/// What goes out on the line, and when.
 class SendingTest : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void bytesOnTheLine_data();
-    void bytesOnTheLine();
-    void longProgramIsWholeAndInOrder();
-    void secondTransferIsFramedAsTheFirst();
-    void emptyProgramIsRefused();
-    void runningTransferShowsStopAlone();
-    void repeatSendsAgainUntilStop();
-    void progressAndIconFollow();
-};
-
-void SendingTest::bytesOnTheLine_data()
-{
-    QTest::addColumn<Machine>("machine");
-    QTest::addColumn<QByteArray>("program");
-    QTest::addColumn<QByteArray>("bytes");
-    const auto row = [](const char* name, const Machine& machine, const QByteArray& program, const QByteArray& bytes) {
-        QTest::newRow(name) << machine << program << bytes;
-    };
-    row("last line with a line end", {}, "G0\nG1\n", "G0\r\nG1\r\n");
-    row("last line without", {}, "G0\nG1", "G0\r\nG1");
-    row("one line", {}, "M30", "M30");
-    row("a line end alone", {}, "\n", "\r\n");
-    row("end of block LF", {.eob = "LF"}, "G0\nG1\n", "G0\nG1\n");
-    row("end of block CR", {.eob = "CR"}, "G0\nG1\n", "G0\rG1\r");
-    row("end of block LF CR CR", {.eob = "LFCRCR"}, "G0\nG1", "G0\n\r\rG1");
-    row("no end of block", {.eob = ""}, "G0\nG1\n", "G0G1");
-    row("literal end of block", {.eob = "*"}, "G0\nG1\n", "G0*G1*");
-    row("unknown control type", {.mode = "Haas"}, "%\nG0\n%", "%\r\nG0\r\n%");
-    row("start and end", {.sot = "37,13", .eot = "3,4"}, "G0\n", "%\rG0\r\n\3\4");
-    row("start and end as text", {.sot = "O1,-", .eot = "END"}, "G0\n", "O1-G0\r\nEND");
-    row("bytes that are no ASCII", {}, "G\xE9\xFF\n", "G??\r\n");
-    row("blanks and controls", {}, QByteArray("\t G0 \x01\0\x7F\n", 9),
-        QByteArray("\t G0 \x01\0\x7F", 8).append("\r\n"));
-
-    row("Fanuc", {.mode = "Fanuc"}, "O1\nM30\n", leader + "%\r\nO1\r\nM30\r\n%\r\n");
-    row("Fanuc with the program's own percent lines", {.mode = "FANUC"}, "%\nO1\n % \nG%0%\n%",
-        leader + "%\r\nO1\r\nG0\r\n%\r\n");
-    row("Fanuc keeps blank lines that it did not make", {.mode = "fanuc"}, "O1\n \nM30\n",
-        leader + "%\r\nO1\r\n \r\nM30\r\n%\r\n");
-    row("Fanuc, percent lines only", {.mode = "Fanuc", .eob = "LF"}, "%\n%\n", leader + "%\n%\n");
-    row("Fanuc sends no start and end strings", {.mode = "Fanuc", .sot = "65", .eot = "66"}, "O1",
-        leader + "%\r\nO1%\r\n");
-
-    row("Okuma", {.mode = "okuma"}, "$A.MIN%\nG0\n", okumaHeader + "$A.MIN%\r\nG0\r\n" + okumaTrailer);
-    row("Okuma without tape codes of the text", {.mode = "OKUMA"}, QByteArray("\0\x12G\x14\0\n\x12\n", 8),
-        okumaHeader + "G\r\n\r\n" + okumaTrailer);
-    row("Okuma, first line stripped", {.mode = "OKUMA", .stripComments = true, .stripEmptyLines = true}, "(A)\nG0\nG1",
-        okumaHeader + "G0\r\nG1" + okumaTrailer);
-
-    row("comments", {.stripComments = true}, "N1 (A) G0 ; B\n(C;D)\nG1 (open\n;E\nM30", "N1  G0\r\n\r\nG1\r\n\r\nM30");
-    row("empty lines", {.stripEmptyLines = true}, "G0\n \t\n(A)\n \nM30\n  ", "G0\r\n(A)\r\nM30\r\n");
-    row("both", {.eot = "4", .stripComments = true, .stripEmptyLines = true}, "(A)\nG0\n ;B\n(C)\n", "G0\r\n\4");
-    row("nothing left", {.sot = "1", .eot = "4", .stripComments = true, .stripEmptyLines = true}, "(A)\n(B)\n", "\1\4");
-}
-
-void SendingTest::bytesOnTheLine()
-{
-    QFETCH(Machine, machine);
-    QFETCH(QByteArray, program);
-    TransferRig rig;
-    auto& mc = *rig.machine;
-    mc.MCMODE = machine.mode;
-    mc.MCTXEOB = machine.eob;
-    mc.MCTXSOT = machine.sot;
-    mc.MCTXEOT = machine.eot;
-    mc.MCSTRIPCOMMENTS = machine.stripComments;
-    mc.MCSTRIPEMPTYLINES = machine.stripEmptyLines;
-    rig.start();
-    rig.open(program);
-    rig.click("btnSend");
-    QTEST(rig.readUntilIdle(), "bytes");
-    QCOMPARE(rig.state(), viewTX::TxState::txState_idle);
-    QCOMPARE(rig.text("txtPCent"), QStringLiteral("100%"));
-}
-
-void SendingTest::longProgramIsWholeAndInOrder()
-{
-    TransferRig rig;
-    rig.machine->MCFLOW = 1;
-    rig.start();
-    QByteArray program;
-    for (int i = 0; i < 3000; ++i)
-        program += "N" + QByteArray::number(i) + " G1 X" + QByteArray(i % 97, '1') + '\n';
-    rig.open(program);
-    rig.click("btnSend");
-    QCOMPARE(rig.readUntilIdle(), program.replace("\n", "\r\n"));
-}
-
-void SendingTest::secondTransferIsFramedAsTheFirst()
-{
-    TransferRig rig;
-    rig.machine->MCMODE = "OKUMA";
-    rig.start();
-    rig.open("G0\nG1\n");
-    for (int transfer = 0; transfer < 2; ++transfer) {
+    // A machine that waits for the control's start signal, Send pressed.
+    static void startWaiting(TransferRig& rig, int flow)
+    {
+        rig.machine->MCWAIT = true;
+        rig.machine->MCFLOW = flow;
+        rig.startWith(program);
         rig.click("btnSend");
-        QCOMPARE(rig.readUntilIdle(), okumaHeader + "G0\r\nG1\r\n" + okumaTrailer);
     }
-}
 
-void SendingTest::emptyProgramIsRefused()
-{
-    TransferRig rig;
-    rig.start();
-    MessageBoxes boxes("OK");
-    rig.click("btnSend");
-    QCOMPARE(boxes.texts,
-             QStringList{"Can not send an empty file\n\nOpen folder and select a file to send to the CNC"});
-    QVERIFY(rig.isShown("btnSend") && rig.isShown("btnRewind") && !rig.isShown("btnStop"));
-    QCOMPARE(rig.readAll(), QByteArray());
-}
+private Q_SLOTS:
+    void bytesOnTheLine_data()
+    {
+        QTest::addColumn<Machine>("machine");
+        QTest::addColumn<QByteArray>("program");
+        QTest::addColumn<QByteArray>("bytes");
+        const auto row = [](const char* name, const Machine& machine, const QByteArray& program,
+                            const QByteArray& bytes) { QTest::newRow(name) << machine << program << bytes; };
+        row("last line without a line end", {}, "G0\r\nG1\rG2", "G0\r\nG1\r\nG2");
+        row("blank lines", {.eob = "LF"}, "G0\n\n\n\nG1\r\n\r\nG2\n", "G0\n\nG1\n\nG2\n");
+        row("end of block of three characters", {.eob = "LFCRCR"}, "G0\nG1", "G0\n\r\rG1");
+        row("no end of block", {.eob = ""}, "G0\nG1\n", "G0G1");
+        row("unknown control type", {.mode = "Fanuc 0M"}, "%\n\x12G0\n%", "%\r\n\x12G0\r\n%");
+        row("start and end", {.sot = "37,13", .eot = "3,4"}, "G0\n", "%\rG0\r\n\3\4");
+        row("any bytes", {.eob = "LF"}, QByteArray("\t G0 \x01\0\x7F\n\xE9\x85\xFF\x0B\x0C\n", 15),
+            QByteArray("\t G0 \x01\0\x7F\n???\x0B\x0C\n", 15));
 
-void SendingTest::runningTransferShowsStopAlone()
-{
-    TransferRig rig;
-    rig.start();
-    rig.open("G0\nG1\n");
-    QVERIFY(!rig.isShown("btnStop"));
-    rig.holdLine();
-    rig.click("btnSend");
-    QVERIFY(rig.view->dncRunning());
-    QVERIFY(rig.isShown("btnStop") && !rig.isShown("btnSend") && !rig.isShown("btnRewind") && !rig.isShown("cbo1"));
-    rig.releaseLine();
-    rig.readUntilIdle();
-    QVERIFY(!rig.isShown("btnStop") && rig.isShown("btnSend") && rig.isShown("btnRewind") && rig.isShown("cbo1"));
-    QVERIFY(!rig.isShown("btnStep"));
-}
+        row("Fanuc with the program's own percent lines", {.mode = "Fanuc"}, "%\nO1\n % \n \nG%0%\n%",
+            leader + "%\r\nO1\r\n \r\nG0\r\n%\r\n");
+        row("Fanuc, percent lines only", {.mode = "fanuc", .eob = "LF"}, "%\n%\n", leader + "%\n%\n");
+        row("Fanuc sends no start and end strings", {.mode = "FANUC", .sot = "65", .eot = "66", .stripComments = true},
+            "%(A)\nO1(B)", leader + "%\r\nO1%\r\n");
+        row("Okuma without tape codes of the text", {.mode = "OKUMA"}, QByteArray("$A%\n\0\x12G\x14\0\n\x12\n", 12),
+            okumaHeader + "$A%\r\nG\r\n\r\n" + okumaTrailer);
+        row("Okuma, first line stripped", {.mode = "okuma", .stripComments = true, .stripEmptyLines = true},
+            "(A)\nG0\nG1", okumaHeader + "G0\r\nG1" + okumaTrailer);
 
-void SendingTest::repeatSendsAgainUntilStop()
-{
-    TransferRig rig;
-    rig.machine->MCMODE = "FANUC";
-    rig.machine->MCREPEAT = true;
-    rig.start();
-    rig.open("O1\nM30\n");
-    const QByteArray once = leader + "%\r\nO1\r\nM30\r\n%\r\n";
-    rig.click("btnSend");
-    const QByteArray thrice = rig.pty.readAtLeast(3 * once.size());
-    QVERIFY(thrice.startsWith(once + once + once));
-    rig.click("btnStop");
-    QVERIFY(!rig.view->dncRunning());
-    rig.readAll();
-    QCOMPARE(rig.readAll(), QByteArray());
-}
+        row("comments", {.stripComments = true}, "N1 (A) G0(B)X1 ; C\n(D;E)\n  G1(;)X1) \t\nG2 (open\n;F\nM30 (G)",
+            "N1  G0X1\r\n\r\n  G1X1)\r\nG2\r\n\r\nM30");
+        row("empty lines", {.stripEmptyLines = true}, "G0\n \t\n(A)\n \nM30\n  ", "G0\r\n(A)\r\nM30\r\n");
+        row("both, and nothing left", {.sot = "1", .eot = "4", .stripComments = true, .stripEmptyLines = true},
+            "(A)\n ;B\n", "\1\4");
+    }
 
-void SendingTest::progressAndIconFollow()
-{
-    TransferRig rig;
-    rig.start();
-    QVERIFY(!rig.isShown("boxPBOuter"));
-    rig.open("0123456789\n0123456789\n0123456789\n0123456789\n");
-    rig.holdLineAfter(3); // header and two lines
-    rig.click("btnSend");
-    QTRY_VERIFY(rig.isHeld());
-    QTRY_COMPARE(rig.text("txtPCent"), QStringLiteral("50%"));
-    QCOMPARE(rig.machine->maximum, 44.0);
-    QCOMPARE(rig.machine->value, 22.0);
-    QCOMPARE(rig.machine->activity, TransferActivity::Sending);
-    QVERIFY(!rig.machine->hidden && rig.isShown("boxPBOuter"));
-    const int outer = rig.view->findChild<QWidget*>("boxPBOuter")->width();
-    QCOMPARE(rig.view->findChild<QWidget*>("boxPBInner")->width(), outer / 2);
-    rig.releaseLine();
-    rig.readUntilIdle();
-    QCOMPARE(rig.machine->activity, TransferActivity::Sent);
-}
+    void bytesOnTheLine()
+    {
+        QFETCH(Machine, machine);
+        QFETCH(QByteArray, program);
+        TransferRig rig;
+        auto& mc = *rig.machine;
+        rig.startWith(program);
+        mc.MCMODE = machine.mode;
+        mc.MCTXEOB = machine.eob;
+        mc.MCTXSOT = machine.sot;
+        mc.MCTXEOT = machine.eot;
+        mc.MCSTRIPCOMMENTS = machine.stripComments;
+        mc.MCSTRIPEMPTYLINES = machine.stripEmptyLines;
+        rig.view->machineChanged();
+        rig.click("btnSend");
+        QTEST(rig.readUntilIdle(), "bytes");
+        QCOMPARE(rig.text("txtPCent"), QStringLiteral("100%"));
+        QCOMPARE(rig.machine->activity, TransferActivity::Sent);
+    }
+
+    void nothingGoesOutBeforeTheStartSignal()
+    {
+        for (const int flow : {0, 1}) {
+            TransferRig rig;
+            startWaiting(rig, flow);
+            QVERIFY(rig.isShown("boxWaitForCNC") && rig.isShown("btnSendNow") && rig.isShown("btnStop"));
+            QCOMPARE(rig.machine->activity, TransferActivity::Waiting);
+            QVERIFY(!(rig.pty.line().c_iflag & IXON));                     // the driver would swallow the start signal
+            QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier); // chooses no line
+            QCOMPARE(rig.readAll(), QByteArray());
+            rig.pty.write("G11 is no start" + startSignal);
+            QTRY_VERIFY(!rig.isShown("boxWaitForCNC"));
+            QCOMPARE(bool(rig.pty.line().c_iflag & IXON), flow == 1);
+            QCOMPARE(rig.readUntilIdle(), onTheLine);
+        }
+        TransferRig rig;
+        startWaiting(rig, 2); // RTS/CTS does not wait
+        QCOMPARE(rig.readUntilIdle(), onTheLine);
+    }
+
+    void oneStartSignalStartsOnce()
+    {
+        TransferRig rig;
+        rig.machine->MCMODE = "OKUMA";
+        rig.machine->MCREPEAT = true;
+        startWaiting(rig, 0);
+        const QByteArray whole = okumaHeader + onTheLine + okumaTrailer;
+        for (int transfer = 0; transfer < 2; ++transfer) { // every repeat waits again and is framed as the first
+            rig.holdLineAfter(2);
+            rig.deliver(startSignal + startSignal);
+            QTRY_VERIFY(rig.isHeld);
+            rig.deliver(startSignal);
+            rig.releaseLine();
+            QCOMPARE(rig.pty.readAtLeast(whole.size()), whole);
+            QTRY_VERIFY(rig.view->booWaitingForStartSignal);
+            QCOMPARE(rig.readAll(), QByteArray());
+        }
+        rig.click("btnStop");
+        rig.deliver(startSignal + "\x06\x15\x18 O1\n");
+        QVERIFY(!rig.view->dncRunning());
+        QCOMPARE(rig.editor->wholeText(), program);
+        QCOMPARE(rig.readAll(), QByteArray());
+    }
+
+    void stopInTheWaitLosesNothing()
+    {
+        TransferRig rig;
+        rig.machine->MCTXSOT = "37";
+        startWaiting(rig, 1);
+        for (int stop = 0; stop < 2; ++stop) {
+            rig.click("btnStop");
+            QVERIFY(!rig.isShown("boxWaitForCNC") && rig.isShown("btnSend"));
+            rig.click("btnSend"); // waits again
+            QVERIFY(rig.isShown("boxWaitForCNC"));
+        }
+        rig.holdLineAfter(2);
+        rig.deliver(startSignal);
+        QTRY_VERIFY(rig.isHeld);
+        rig.click("btnStop"); // in the second line
+        rig.releaseLine();
+        const QByteArray before = rig.pty.readAtLeast(5);
+        for (int stop = 0; stop < 2; ++stop) { // and what that stop cut off outlasts a wait that is given up
+            rig.click("btnSend");
+            QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier);
+            if (stop == 0) rig.click("btnStop");
+        }
+        rig.deliver(startSignal);
+        QVERIFY(rig.pty.line().c_iflag & IXON);
+        QCOMPARE(before + rig.readUntilIdle(), "%" + onTheLine);
+    }
+
+    void pulledAdapterIsReportedOnce()
+    {
+        TransferRig rig;
+        startWaiting(rig, 1);
+        rig.pty.hangUp();
+        MessageBoxes boxes("OK");
+        rig.deliver(startSignal + startSignal);
+        QCOMPARE(boxes.texts.size(), 1);
+        QCOMPARE(rig.machine->activity, TransferActivity::PortLost);
+        QVERIFY(rig.isShown("btnSend") && !rig.isShown("boxWaitForCNC"));
+    }
+
+    void heldLineIsToldApartFromARunningOne()
+    {
+        TransferRig rig;
+        rig.machine->MCFLOW = 1;
+        rig.startWith(program);
+        rig.view->initialize(true, 1); // bound once more, but hears each write once
+        rig.sendUntilHeld(2);          // the second line does not go out
+        QTRY_COMPARE(rig.headline(), QString("Held by the control"));
+        QCOMPARE(rig.machine->activity, TransferActivity::Held);
+        QVERIFY2(rig.details().startsWith(QString::fromUtf8("Line 2 of 3 · 4 bytes")), qPrintable(rig.details()));
+        for (int stops = 0; stops < 2; ++stops) {
+            rig.click("btnStop");
+            QCOMPARE(rig.headline(), QString("Stopped at line 3, Send continues there"));
+            rig.click("btnSend");
+        }
+        rig.releaseLine();
+        rig.readUntilIdle();
+        QVERIFY2(rig.headline().startsWith("Sent: 3 lines, 12 bytes in 0:0"), qPrintable(rig.headline()));
+        rig.view.reset();
+        QVERIFY(rig.machine->hidden && rig.machine->activity == TransferActivity::Idle);
+    }
+
+    void holdIsMeasuredByBytesAndSpeed()
+    {
+        const auto check = [](unsigned long baud, int bytes, int notHeld, int held) {
+            TransferClock clock;
+            clock.begin(5, {TransferClock::msPerByte(baud, 1), 1, 0, 1000});
+            QVERIFY(!clock.isHeld(100'000'000)); // nothing is being written
+            clock.wrote(5, bytes);
+            QVERIFY(!clock.isHeld(5 + notHeld) && clock.isHeld(5 + held));
+            clock.completed(5 + held, 30);
+            QVERIFY(!clock.isHeld(5 + held));
+            clock.wrote(5 + held, 1); // waits until the one before has left the line
+            QVERIFY(!clock.isHeld(5 + held + notHeld));
+            clock.stop(6 + held);
+            QVERIFY(!clock.isHeld(100'000'000)); // the operator's stop is no hold
+            clock.resume(100'000'000);
+            QVERIFY(!clock.isHeld(100'000'000 + notHeld));
+        };
+        check(115200, 30, 900, 1100);
+        check(110, 100, 10'500, 13'000);
+        check(9600, 1'000'000, 1'100'000, 1'400'000);
+        check(0, 100, 900, 1100); // a speed that nobody knows
+    }
+};
 
 QTEST_MAIN(SendingTest)
 #include "transfer_sending.moc"

@@ -1,224 +1,266 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/MessageBoxes.h"
 #include "transfer/TransferRig.h"
 
 #include <QRandomGenerator>
 
-#include <chrono>
-#include <thread>
+#include <functional>
 
 namespace
 {
 const QByteArray leader(20, '\0');
-const QByteArray program("O1\nG1 X1\nG2 X2\nM30\n");
-const QByteArray framed = leader + "%\r\nO1\r\nG1 X1\r\nG2 X2\r\nM30\r\n%\r\n";
-constexpr int writes = 6; // header, four lines, trailer
-
-// More than a pseudo-terminal holds: a write of this is taken in part as long as nobody reads.
-constexpr int overfull = 200'000;
+const QByteArray program("G0\nG1\nG2\nG3\n");
+const QByteArray onTheLine("%G0\r\nG1\r\nG2\r\nG3\r\n");
+using Step = std::function<void(TransferRig&)>;
 } // namespace
 
-/// Stop and continue: whatever the moment, the control gets every byte once.
+/// Stop and continue: whatever the moment, the control gets every byte once, from the line that the operator chose; and
+/// nothing of the program is lost with the port.
 class StoppingTest : public QObject
 {
     Q_OBJECT
 
+    static QPoint place(const TransferRig& rig, int line, int column)
+    {
+        const auto position = rig.editor->positionFromLineIndex(line, column);
+        const auto x = rig.editor->SendScintilla(QsciScintilla::SCI_POINTXFROMPOSITION, 0UL, position);
+        const auto y = rig.editor->SendScintilla(QsciScintilla::SCI_POINTYFROMPOSITION, 0UL, position);
+        return {static_cast<int>(x), static_cast<int>(y) + 3};
+    }
+
 private Q_SLOTS:
-    void stopBeforeAnyByteOfAWriteWasTaken_data();
-    void stopBeforeAnyByteOfAWriteWasTaken();
-    void stopWhileAWriteIsHalfTaken_data();
-    void stopWhileAWriteIsHalfTaken();
-    void stopWhenAllIsTakenButNotReported();
-    void stopAfterStopOfTheContinuedSend();
-    void doubleClickOnStopKeepsThePlace();
-    void spaceStopsWhatSpaceStarted();
-    void randomStops_data();
-    void randomStops();
-};
-
-void StoppingTest::stopBeforeAnyByteOfAWriteWasTaken_data()
-{
-    QTest::addColumn<int>("taken");
-    for (int taken = 0; taken < writes; ++taken)
-        QTest::addRow("after %d writes", taken) << taken;
-}
-
-void StoppingTest::stopBeforeAnyByteOfAWriteWasTaken()
-{
-    QFETCH(int, taken);
-    TransferRig rig;
-    rig.machine->MCMODE = "FANUC";
-    rig.start();
-    rig.open(program);
-    taken == 0 ? rig.holdLine() : rig.holdLineAfter(taken);
-    rig.click("btnSend");
-    QTRY_VERIFY(rig.isHeld() && rig.completions == taken);
-    rig.click("btnStop");
-    QCOMPARE(rig.state(), viewTX::TxState::txState_idle);
-    QVERIFY(rig.isShown("cbo1"));
-    QCOMPARE(rig.view->findChild<QComboBox*>("cbo1")->currentIndex(), 1);
-
-    rig.releaseLine();
-    const QByteArray before = rig.pty.read();
-    rig.click("btnSend");
-    QCOMPARE(before + rig.readUntilIdle(), framed);
-    QCOMPARE(rig.view->findChild<QComboBox*>("cbo1")->currentIndex(), 0); // the next one is whole again
-}
-
-void StoppingTest::stopWhileAWriteIsHalfTaken_data()
-{
-    QTest::addColumn<int>("big"); // which of start, lines and end is too big for the line to take at once
-    QTest::newRow("start string") << 0;
-    QTest::newRow("first line") << 1;
-    QTest::newRow("line in the middle") << 2;
-    QTest::newRow("last line") << 3;
-    QTest::newRow("end string") << 4;
-}
-
-void StoppingTest::stopWhileAWriteIsHalfTaken()
-{
-    QFETCH(int, big);
-    QList<QByteArray> parts{"S", "G1", "G2", "G3", "E"};
-    for (int i = 0; i < overfull; ++i) // no two places of it look alike
-        parts[big] += QByteArray::number(i % 9973, 36).rightJustified(3, '.').at(i % 3);
-    TransferRig rig;
-    rig.machine->MCTXSOT = parts[0];
-    rig.machine->MCTXEOT = parts[4];
-    rig.start();
-    rig.open(parts[1] + '\n' + parts[2] + '\n' + parts[3]);
-    rig.click("btnSend");
-
-    QTRY_COMPARE(rig.completions, big);
-    const QByteArray before = rig.pty.readAtLeast(parts.first(big).join("").size() + 100);
-    rig.click("btnStop");
-    rig.click("btnSend");
-    const QByteArray whole = before + rig.readUntilIdle();
-    const QByteArray expected = parts[0] + parts[1] + "\r\n" + parts[2] + "\r\n" + parts[3] + parts[4];
-    QCOMPARE(whole.size(), expected.size());
-    QVERIFY(whole == expected);
-}
-
-void StoppingTest::stopWhenAllIsTakenButNotReported()
-{
-    TransferRig rig;
-    rig.start();
-    rig.open("G0\nG1\nG2\n");
-    rig.holdLineAfter(2); // start string and first line
-    rig.click("btnSend");
-    QTRY_VERIFY(rig.isHeld());
-    QTest::qWait(0);
-    rig.releaseLine();
-    // The event loop stands still: the line is taken and its completion is queued, but nobody has heard of it.
-    QByteArray before;
-    while (before.size() < 8) {
-        before += rig.pty.read();
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    rig.click("btnStop");
-    const auto caret = rig.editor->caret();
-    QTest::qWait(20);
-    QCOMPARE(rig.state(), viewTX::TxState::txState_idle);
-    QCOMPARE(rig.editor->caret(), caret);
-    QVERIFY(rig.isShown("btnSend"));
-    QCOMPARE(rig.pty.read(), QByteArray());
-    rig.click("btnSend");
-    QCOMPARE(before + rig.readUntilIdle(), QByteArray("G0\r\nG1\r\nG2\r\n"));
-}
-
-void StoppingTest::stopAfterStopOfTheContinuedSend()
-{
-    TransferRig rig;
-    rig.start();
-    rig.open("G0\nG1\nG2\n");
-    rig.holdLineAfter(2);
-    rig.click("btnSend");
-    QTRY_VERIFY(rig.isHeld());
-    for (int stops = 0; stops < 3; ++stops) { // the same rest is cut off again and again
-        rig.click("btnStop");
-        rig.click("btnSend");
-    }
-    rig.releaseLine();
-    QCOMPARE(rig.readUntilIdle(), QByteArray("G0\r\nG1\r\nG2\r\n"));
-}
-
-void StoppingTest::doubleClickOnStopKeepsThePlace()
-{
-    TransferRig rig;
-    rig.start();
-    rig.open(program);
-    rig.holdLineAfter(2);
-    rig.click("btnSend");
-    QTRY_VERIFY(rig.isHeld());
-    QTRY_VERIFY(rig.editor->caret() > 0);
-    const auto* stop = rig.view->findChild<QWidget*>("btnStop");
-    // To the window: what comes up in the button's place gets the second click.
-    QTest::mouseDClick(rig.view->windowHandle(), Qt::LeftButton, {},
-                       stop->mapTo(rig.view.get(), stop->rect().center()));
-    QVERIFY(rig.isShown("btnSend"));
-    QCOMPARE(rig.view->findChild<QComboBox*>("cbo1")->currentIndex(), 1);
-}
-
-void StoppingTest::spaceStopsWhatSpaceStarted()
-{
-    TransferRig rig;
-    rig.startTyping(program);
-    rig.holdLine();
-    rig.view->findChild<QWidget*>("btnSend")->setFocus();
-    QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
-    QTRY_VERIFY(rig.view->dncRunning());
-    QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
-    QVERIFY(!rig.view->dncRunning());
-}
-
-void StoppingTest::randomStops_data()
-{
-    QTest::addColumn<QString>("mode");
-    QTest::newRow("general") << "NONE";
-    QTest::newRow("Okuma") << "OKUMA";
-}
-
-void StoppingTest::randomStops()
-{
-    QFETCH(QString, mode);
-    QRandomGenerator random(77);
-    QByteArray text;
-    for (int line = 0; line < 200; ++line)
-        text += "N" + QByteArray::number(line) + QByteArray(random.bounded(8000), static_cast<char>('A' + line % 26)) +
-                '\n';
-
-    TransferRig rig;
-    rig.machine->MCMODE = mode;
-    rig.machine->MCTXEOB = "LF";
-    rig.start();
-    rig.editor->setUpdatesEnabled(false); // painting long lines would be most of the work
-    rig.open(text);
-    rig.click("btnSend");
-    QByteArray got;
-    int stops = 0;
-    int halfLines = 0;
-    while (rig.view->dncRunning() && stops < 100) {
-        // The control reads in spells, so that stops meet an empty, a filling and a full line.
-        if (random.bounded(8) == 0) got += rig.pty.read();
-        QTest::qWait(static_cast<int>(random.bounded(30)));
-        if (!rig.view->dncRunning()) break;
-        rig.click("btnStop");
-        if (random.bounded(4) == 0) {
-            got += rig.pty.read();
-            halfLines += !got.endsWith('\n');
+    void stopBeforeAnyByteOfAWriteWasTaken()
+    {
+        for (int taken = 0; taken < 6; ++taken) { // writes: header, four lines, trailer
+            TransferRig rig;
+            rig.machine->MCMODE = "FANUC";
+            rig.startWith(program);
+            rig.sendUntilHeld(taken);
+            for (int stops = 0; stops < 3; ++stops) { // the same rest is cut off again and again
+                rig.click("btnStop");
+                QVERIFY(rig.isShown("cbo1") && !rig.isShown("btnStop"));
+                QCOMPARE(rig.chosenStart(), 1);
+                if (stops < 2) rig.click("btnSend");
+            }
+            QCOMPARE(rig.machine->activity, TransferActivity::Stopped);
+            for (int line = 0; line < rig.editor->lines(); ++line)
+                QCOMPARE(rig.editor->markersAtLine(line), 0U);
+            rig.releaseLine();
+            const QByteArray before = rig.pty.read();
+            rig.click("btnSend");
+            QCOMPARE(before + rig.readUntilIdle(), leader + "%\r\n" + onTheLine.mid(1) + "%\r\n");
+            QCOMPARE(rig.chosenStart(), 0); // the next one is whole again
+            QCOMPARE(rig.editor->caret(), rig.editor->textSize());
         }
-        rig.click("btnSend");
-        ++stops;
     }
-    got += rig.readUntilIdle();
 
-    QByteArray expected = text;
-    if (mode == "OKUMA")
-        expected = leader + QByteArray("\x12\0", 2) + leader + text + leader + QByteArray("\x14\0\0\0\0\0", 6);
-    qInfo("%d stops, %d of them seen with a line under way", stops, halfLines);
-    QCOMPARE(got.size(), expected.size());
-    QVERIFY(got == expected);
-    QVERIFY(stops > 20 && halfLines > 0);
-}
+    void slipsOnStopHarmNothing()
+    {
+        for (const bool byKeyboard : {false, true}) {
+            TransferRig rig;
+            rig.startWith(program);
+            rig.sendUntilHeld(3);
+            if (byKeyboard) {
+                QVERIFY(rig.find<QWidget>("btnStop")->hasFocus()); // it was on Send
+                QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
+            } else {
+                // To the window: what comes up in the button's place gets the second click.
+                const auto* stop = rig.find<QWidget>("btnStop");
+                QTest::mouseDClick(rig.view->windowHandle(), Qt::LeftButton, {},
+                                   stop->mapTo(rig.view.get(), stop->rect().center()));
+            }
+            QVERIFY(!rig.view->dncRunning());
+            QCOMPARE(rig.chosenStart(), 1);
+        }
+    }
+
+    void randomStops()
+    {
+        QRandomGenerator random(77);
+        QByteArray text;
+        for (int line = 0; line < 200; ++line)
+            text += "N" + QByteArray::number(line) +
+                    QByteArray(random.bounded(8000), static_cast<char>('A' + line % 26)) + '\n';
+        for (const char* mode : {"NONE", "OKUMA"}) {
+            TransferRig rig;
+            rig.machine->MCMODE = mode;
+            rig.machine->MCTXEOB = "LF";
+            rig.start();
+            rig.editor->setUpdatesEnabled(false); // painting long lines would be most of the work
+            rig.open(text);
+            rig.click("btnSend");
+            QByteArray got;
+            int stops = 0;
+            int halfLines = 0;
+            while (rig.view->dncRunning() && stops < 100) {
+                // The control reads in spells, so that stops meet an empty, a filling and a full line.
+                if (random.bounded(8) == 0) got += rig.pty.read();
+                QTest::qWait(static_cast<int>(random.bounded(30)));
+                if (!rig.view->dncRunning()) break;
+                rig.click("btnStop");
+                if (random.bounded(4) == 0) {
+                    got += rig.pty.read();
+                    halfLines += !got.endsWith('\n');
+                }
+                rig.click("btnSend");
+                ++stops;
+            }
+            got += rig.readUntilIdle();
+            const QByteArray expected = *mode == 'N' ? text
+                                                     : leader + QByteArray("\x12\0", 2) + leader + text + leader +
+                                                           QByteArray("\x14\0\0\0\0\0", 6);
+            qInfo("%s: %d stops, %d of them seen with a line under way", mode, stops, halfLines);
+            QCOMPARE(got.size(), expected.size());
+            QVERIFY(got == expected);
+            QVERIFY(stops > 20 && halfLines > 0);
+        }
+    }
+
+    void operatorChoosesTheLine_data()
+    {
+        QTest::addColumn<Step>("step");
+        QTest::addColumn<QByteArray>("continued");
+        const auto row = [](const char* name, const QByteArray& continued, const Step& step) {
+            QTest::newRow(name) << step << continued;
+        };
+        row("nothing touched", "G2\r\nG3\r\n", [](TransferRig&) {});
+        row("there and back", "G3\r\n", [](TransferRig& rig) {
+            QTest::keyClick(rig.editor, Qt::Key_Up);
+            QTest::keyClick(rig.editor, Qt::Key_Down);
+        });
+        row("click inside a line", "G1\r\nG2\r\nG3\r\n",
+            [](TransferRig& rig) { QTest::mouseClick(rig.editor->viewport(), Qt::LeftButton, {}, place(rig, 1, 1)); });
+        row("caret moved by no key", "G1\r\nG2\r\nG3\r\n",
+            [](TransferRig& rig) { rig.editor->setCursorPosition(1, 0); });
+        row("all selected by the context menu", onTheLine, [](TransferRig& rig) {
+            rig.editor->selectAll();
+            QCOMPARE(rig.headline(), QString("Ready to send")); // no more "continues there"
+            rig.chooseStart(0);
+        });
+        row("context menu asked for", "G2\r\nG3\r\n",
+            [](TransferRig& rig) { QTest::mouseClick(rig.editor->viewport(), Qt::RightButton, {}, place(rig, 0, 1)); });
+        row("pasted", "X\r\nG3\r\n", [](TransferRig& rig) {
+            rig.click("btnLock");
+            rig.editor->insert("X\n");
+        });
+        row("rewound", onTheLine, [](TransferRig& rig) { rig.click("btnRewind"); });
+        row("top chosen", onTheLine, [](TransferRig& rig) { rig.chooseStart(0); });
+        row("another file", "M30", [](TransferRig& rig) {
+            rig.open("M30");
+            rig.chooseStart(1);
+        });
+    }
+
+    void operatorChoosesTheLine()
+    {
+        QFETCH(Step, step);
+        TransferRig rig;
+        rig.machine->MCTXSOT = "37";
+        rig.startWith(program);
+        rig.sendUntilHeld(3); // the start string, G0 and G1 are on the line, G2 is cut off
+        rig.click("btnStop");
+        QCOMPARE(rig.editor->caret(), 9); // where the next line begins
+        rig.releaseLine();
+        QCOMPARE(rig.pty.readAtLeast(9), QByteArray("%G0\r\nG1\r\n"));
+        step(rig);
+        rig.click("btnSend");
+        QTEST(rig.readUntilIdle(), "continued");
+    }
+
+    void operatorsHandsOffTheEditorDuringATransfer()
+    {
+        TransferRig rig;
+        rig.machine->MCTXSOT = "37";
+        rig.startWith(program);
+        rig.sendUntilHeld(3);
+        QTRY_COMPARE(rig.editor->selectedText(), QStringLiteral("G2\n")); // the line going out is marked
+        QVERIFY(rig.editor->markersAtLine(2) != 0);
+        for (int lock = 0; lock < 2; ++lock) { // may be unlocked, but not before the end
+            QTest::mouseClick(rig.editor->viewport(), Qt::LeftButton, {}, place(rig, 0, 1));
+            QTest::keyClick(rig.editor, Qt::Key_Home, Qt::ControlModifier);
+            QTest::keyClicks(rig.editor, "X");
+            QTest::keyClick(rig.editor, Qt::Key_Delete);
+            QTest::keyClick(rig.editor, Qt::Key_V, Qt::ControlModifier);
+            QTest::keyClick(rig.editor, Qt::Key_Z, Qt::ControlModifier);
+            QTest::keyClick(rig.editor, Qt::Key_A, Qt::ControlModifier);
+            QCOMPARE(rig.editor->wholeText(), program);
+            QVERIFY(!rig.find<QWidget>("btnFolder")->isEnabled());
+            rig.click("btnLock");
+        }
+        QCOMPARE(rig.text("txtPCent"), QStringLiteral("50%"));
+        QCOMPARE(rig.find<QWidget>("boxPBInner")->width(), rig.find<QWidget>("boxPBOuter")->width() / 2);
+        QVERIFY(!rig.machine->hidden && rig.machine->value / rig.machine->maximum == 0.5);
+        QVERIFY(rig.isShown("btnStop") && !rig.isShown("btnSend") && !rig.isShown("cbo1"));
+        rig.releaseLine();
+        QCOMPARE(rig.readUntilIdle(), onTheLine);
+    }
+
+    void lostPortIsToldInEveryState()
+    {
+        for (const bool sends : {false, true})
+            for (const int flow : {1, 3}) {
+                TransferRig rig;
+                rig.machine->MCFLOW = flow;
+                rig.start(sends);
+                MessageBoxes boxes("OK");
+                rig.open(program);
+                rig.holdLineAfter(0);
+                sends ? rig.click("btnSend") : rig.view->startXModemTimer(0.01);
+                rig.pty.hangUp();
+                QTRY_COMPARE(rig.machine->activity, TransferActivity::PortLost);
+                QVERIFY(!rig.view->dncRunning() && !rig.isShown("boxWaitForCNC"));
+                QVERIFY(!rig.view->tmrXModemTimer.isActive());
+                QVERIFY(!rig.port.isOpen()); // the system can give the name to the adapter again
+                QCOMPARE(boxes.texts, QStringList());
+                if (!sends) continue;
+                rig.click("btnSend"); // the adapter is not back
+                QVERIFY(boxes.texts.size() == 1 && !rig.view->dncRunning());
+            }
+    }
+
+    // Writes to a lost device count as complete: the program would race to its end and be told as sent. The port keeps
+    // what a stop cut off; with the port that is gone, and no part of the program may go with it.
+    void lostPortTakesNothingOfTheProgramAway_data()
+    {
+        QTest::addColumn<bool>("waits");
+        QTest::addColumn<int>("writesOut");
+        QTest::addColumn<QByteArray>("rest");
+        QTest::newRow("in the wait") << true << 0 << onTheLine;
+        QTest::newRow("in the header") << false << 0 << onTheLine;
+        QTest::newRow("in a line") << false << 3 << QByteArray("G2\r\nG3\r\n"); // the whole line
+        QTest::newRow("in the trailer") << false << 5 << QByteArray("G3\r\n\x04");
+    }
+
+    void lostPortTakesNothingOfTheProgramAway()
+    {
+        QFETCH(bool, waits);
+        QFETCH(int, writesOut);
+        QFETCH(QByteArray, rest);
+        for (const bool stops : {false, true}) {
+            const QTemporaryDir folder;
+            TransferRig rig;
+            rig.machine->MCPORT = folder.filePath("adapter");
+            rig.machine->MCTXSOT = "37";
+            if (writesOut == 5) rig.machine->MCTXEOT = "4";
+            rig.machine->MCWAIT = waits;
+            rig.startWith(program);
+            rig.sendUntilHeld(writesOut);
+            if (stops) rig.click("btnStop");
+            rig.pty.hangUp();
+            QTRY_COMPARE(rig.headline(), QString("Port lost"));
+            QCOMPARE(rig.details().contains("Stopped at line "), writesOut > 0);
+
+            PtyPair again; // by the name that the record has, as udev gives an adapter a lasting one
+            QVERIFY(QFile::link(again.devicePath(), rig.machine->MCPORT));
+            rig.click("btnSend");
+            if (waits) rig.click("btnSendNow");
+            QCOMPARE(again.readAtLeast(rest.size()), rest);
+            QTRY_COMPARE(rig.machine->activity, TransferActivity::Sent);
+            again.hangUp(); // noticed again
+            QTRY_COMPARE(rig.headline(), QString("Port lost"));
+        }
+    }
+};
 
 QTEST_MAIN(StoppingTest)
 #include "transfer_stopping.moc"

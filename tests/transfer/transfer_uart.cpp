@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/TransferRig.h"
+
+/// On a line whose driver holds bytes back, as that of a UART does and a pseudo-terminal's does not.
+class UartTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    // What the driver still holds of a block belongs to a send that is continued; in front of another program's header
+    // it would be machined.
+    void restOfAStoppedBlock_data()
+    {
+        QTest::addColumn<bool>("rewinds");
+        QTest::newRow("goes out when the send is continued") << false;
+        QTest::newRow("does not come before the next program") << true;
+    }
+
+    void restOfAStoppedBlock()
+    {
+        QFETCH(bool, rewinds);
+        const QByteArray program = "A" + QByteArray(400, 'a') + "\nB" + QByteArray(400, 'b') + "\nM30\n";
+        TransferRig rig;
+        rig.machine->MCBAUD = 9600;
+        rig.machine->MCTXEOB = "LF";
+        rig.startWith(program);
+        rig.click("btnSend");
+        QByteArray got;
+        QTRY_VERIFY((got += rig.pty.read()).size() > 20);
+        rig.click("btnStop");
+        if (rewinds) rig.click("btnRewind");
+        rig.click("btnSend");
+        got += rig.readUntilIdle();
+        const auto cut = got.lastIndexOf('A');
+        QCOMPARE(got.mid(cut), program);
+        QCOMPARE(cut > 0, rewinds);
+        QVERIFY2(cut < 200, got.left(cut).constData()); // had gone out before the stop
+    }
+};
+
+QTEST_MAIN(UartTest)
+#include "transfer_uart.moc"
