@@ -17,7 +17,8 @@ import time
 from performance import SOURCE, machine
 
 PAGE = SOURCE / "docs" / "reliability.md"
-FAULT_TESTS = ["config_saving", "serial_lost", "transfer_spoiled_line", "e2e_faults", "e2e_ending"]
+FAULT_TESTS = ["config_saving", "serial_line", "transfer_files", "transfer_lrzsz", "transfer_stopping", "transfer_uart",
+               "e2e_faults", "e2e_windows"]
 MONKEY_ACTIONS = 10_000
 FUZZ_SECONDS = 300  # for each target
 
