@@ -71,7 +71,10 @@ void viewTX::send(const QByteArray& bytes)
 // The operator chose another program or place: what was told of the last transfer does not hold any more.
 void viewTX::readyAgain()
 {
-    if (booModeTX && !dncRunning() && status_.entered() != TransferState::PortLost) status_.enter(TransferState::Ready);
+    if (booModeTX && !dncRunning() && status_.entered() != TransferState::PortLost) {
+        status_.enter(TransferState::Ready);
+        setPBarsHidden(true);
+    }
     if (!booModeTX) status_.forgetReceived();
     refreshStatus();
 }
@@ -89,7 +92,7 @@ TransferFacts viewTX::facts(TransferState state) const
     facts.flow = mc->MCFLOW;
     facts.baud = sp->Speed;
     facts.bytes = ui->rt1->textSize();
-    facts.lines = booModeTX ? programLines() : ui->rt1->lines();
+    facts.lines = programLines();
     facts.blocks = xmodemBlocks_;
     facts.repeats = xmodemRepeats_;
     facts.notice = noticeFor(state);
