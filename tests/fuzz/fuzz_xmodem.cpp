@@ -40,6 +40,19 @@ std::pair<Child&, viewTX&> receiver()
     return {*child, *view};
 }
 
+// Inputs come faster than replies are written. One more send gives up what waits, and is done when all before is.
+void waitForReplies(serialPort& port)
+{
+    bool isDone = false;
+    QObject observer;
+    port.nc->addObserver(&observer, QStringLiteral("TxOnComm"), &port,
+                         [&isDone](const Notification&) { isDone = true; });
+    port.stopButtonPressed = true;
+    port.sendBytes({});
+    while (!isDone)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
 /// The rules of reception, told once more and in another way.
 struct Model {
     QByteArray program, packet;
@@ -84,6 +97,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     }
     const auto* editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
     PROMISE(QString::fromUtf8(editor->wholeText()).toLatin1() == model.program);
-    QCoreApplication::processEvents(); // the replies' completions
+    waitForReplies(*child.port);
     return 0;
 }
