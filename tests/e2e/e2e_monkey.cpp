@@ -261,7 +261,7 @@ private Q_SLOTS:
             if (action % 50 == 0) check();
         }
         const auto lines = places_[0].wire.lines + places_[1].wire.lines + places_[2].wire.lines;
-        qInfo("%d actions, %d lines reached the controls", actions, static_cast<int>(lines));
+        note(QString("%1 actions, %2 lines reached the controls").arg(actions).arg(lines));
         QVERIFY(lines > 100);
         op_.reset();
     }
