@@ -26,10 +26,11 @@ std::pair<Child&, viewTX&> receiver()
     static char name[] = "fuzz_xmodem";
     static char* argv[] = {name, nullptr};
     static int argc = 1;
+    static auto* const application = new QApplication(argc, argv); // first: the port needs its event loop
     static const auto child = std::make_shared<Child>();
     static viewTX* view = nullptr;
+    Q_UNUSED(application)
     if (!view) {
-        new QApplication(argc, argv);
         g::mcIcons = {std::make_shared<MachineRecord>(), std::make_shared<MachineRecord>()};
         g::mcIcons[1]->MCFLOW = 3;
         g::mcChildViews = {std::make_shared<ChildView>(), child};
