@@ -90,7 +90,8 @@ def coverage_table():
     log = output(["tools/coverage.sh"])
     folders = collections.defaultdict(lambda: [0, 0])
     below = []
-    for file, lines, run in re.findall(r"^(\S+\.(?:cpp|h))\s+(\d+)\s+(\d+)\s", log, re.MULTILINE):
+    for file, lines, run in re.findall(r"^(?:build/coverage/layers/\w+/)?(\S+\.(?:cpp|h))\s+(\d+)\s+(\d+)\s", log,
+                                       re.MULTILINE):
         folder = folders[os.path.dirname(file)]
         folder[0] += int(lines)
         folder[1] += int(run)

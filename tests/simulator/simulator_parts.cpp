@@ -39,6 +39,8 @@ private Q_SLOTS:
     void marks();
     void receiver_data();
     void receiver();
+    void sender_data();
+    void sender();
     void wrongParityIsTold();
     void bytesAfterXoffAreCountedAndLost();
 };
@@ -153,6 +155,46 @@ void PartsTest::receiver()
     QTEST(QString::fromStdString(receiver.problem()), "problem");
     QCOMPARE(receiver.data(), std::string(receiver.blocks() * 128, 'a'));
 }
+
+void PartsTest::sender_data()
+{
+    QTest::addColumn<XModemSettings>("settings");
+    QTest::addColumn<std::string>("replies");
+    QTest::addColumn<Script>("sent"); // for each reply
+    QTest::addColumn<QString>("problem");
+    const auto row = [](const XModemSettings& settings, const std::string& replies, const Script& sent,
+                        const char* problem = "") {
+        QTest::addRow("%s, %zu steps", problem, replies.size()) << settings << replies << sent << problem;
+    };
+    const std::string one = numbered(1);
+    const std::string two = xmodem::block(2, "a", '\x1A');
+    std::string spoiled = one;
+    ++spoiled.back();
+    row({}, "x\x15\6\6\6\6", {"", one, two, "\4", "", ""});
+    row({}, "\x95\x95\6\x15\6\x15\6", {one, one, two, two, "\4", "\4", ""});
+    row({.plainNakOnly = true}, "\x95\x15\x95\x15", {"", one, "", one});
+    row({.spoilBlock = 1}, "\x15\x15\6", {spoiled, one, two});
+    row({.duplicateBlock = 1}, "\x15\6\6\6", {one, one, two, "\4"});
+    row({.stallInBlock = 1}, "\x15\x15\6", {one.substr(0, 60), one, two});
+    row({.cancelAtBlock = 2}, "\x15\6\6", {one, "\x18\x18", ""}, "cancelled at block 2");
+    row({.silentAfterBlock = 1}, "\x15\6\x15", {one, "", ""}, "silent after block 1");
+    row({}, "\x15\x18\6", {one, "", ""}, "the receiver cancelled at block 1");
+}
+
+void PartsTest::sender()
+{
+    QFETCH(XModemSettings, settings);
+    QFETCH(std::string, replies);
+    QFETCH(QString, problem);
+    XModemSender sender(settings, std::string(129, 'a'));
+    Script sent;
+    for (const char reply : replies)
+        sent.push_back(sender.take({reply}, begin));
+    QTEST(sent, "sent");
+    QCOMPARE(QString::fromStdString(sender.problem()), problem);
+    QCOMPARE(sender.isComplete(), replies.back() == '\6' && problem.isEmpty() && sent.back().empty());
+}
+
 void PartsTest::wrongParityIsTold()
 {
     SimulatedControl control({.evenParity = true, .silenceMs = 50, .punchProgram = "AC\r\n"});

@@ -98,11 +98,13 @@ private Q_SLOTS:
             startWaiting(rig, flow);
             QVERIFY(rig.isShown("boxWaitForCNC") && rig.isShown("btnSendNow") && rig.isShown("btnStop"));
             QCOMPARE(rig.machine->activity, TransferActivity::Waiting);
+            rig.click("btnHideWaitBox");
+            QVERIFY(!rig.isShown("boxWaitForCNC") && rig.isShown("btnStop")); // it still waits
             QVERIFY(!(rig.pty.line().c_iflag & IXON));                     // the driver would swallow the start signal
             QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier); // chooses no line
             QCOMPARE(rig.readAll(), QByteArray());
             rig.pty.write("G11 is no start" + startSignal);
-            QTRY_VERIFY(!rig.isShown("boxWaitForCNC"));
+            QTRY_VERIFY(!rig.view->booWaitingForStartSignal);
             QCOMPARE(bool(rig.pty.line().c_iflag & IXON), flow == 1);
             QCOMPARE(rig.readUntilIdle(), onTheLine);
         }
