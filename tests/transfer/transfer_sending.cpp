@@ -91,6 +91,18 @@ private Q_SLOTS:
         QCOMPARE(rig.machine->activity, TransferActivity::Sent);
     }
 
+    void emptyProgramIsRefused()
+    {
+        TransferRig rig;
+        rig.machine->MCMODE = "FANUC"; // header and trailer alone would be a program, too
+        rig.startWith("");
+        MessageBoxes boxes("OK");
+        rig.click("btnSend");
+        QCOMPARE(boxes.texts.size(), 1);
+        QVERIFY(!rig.view->dncRunning());
+        QCOMPARE(rig.readAll(), QByteArray());
+    }
+
     void nothingGoesOutBeforeTheStartSignal()
     {
         for (const int flow : {0, 1}) {
