@@ -16,5 +16,5 @@ public:
 
 private:
     struct State;
-    const std::shared_ptr<State> state_;
+    std::shared_ptr<State> state_; // shared with the thread that runs the tasks
 };

@@ -62,12 +62,19 @@ int serialPort::Close()
     return hPort = failed;
 }
 
+// The flag alone is also set after a program that went out whole; what the driver still holds of that one must reach
+// the control.
+bool serialPort::isCutOff() const
+{
+    return stopButtonPressed && !writes_.empty();
+}
+
 void serialPort::letGo()
 {
-    // Also true after a program that went out whole; what the driver still holds of that one must reach the control.
-    const bool cutOff = stopButtonPressed && !writes_.empty();
+    const bool cutOff = isCutOff();
     abandonWrites();
     if (!device_) return;
+    writing_ = OrderedQueue(); // the next device need not wait until a write to this one has noticed
     device_->shut(cutOff ? Descriptor::Pending::Discard : Descriptor::Pending::Send);
     // Closing a line that the control holds can take the driver many seconds.
     BackgroundQueue::post([device = std::exchange(device_, nullptr)]() mutable { device.reset(); });
@@ -117,7 +124,7 @@ QByteArray serialPort::takeUnsentBytes()
 
 void serialPort::discardCutOff()
 {
-    if (!stopButtonPressed || writes_.empty()) return;
+    if (!isCutOff()) return;
     abandonWrites();
     if (device_) device_->discardPending();
 }

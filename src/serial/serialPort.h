@@ -98,6 +98,7 @@ Q_SIGNALS:
     void lost();
 
 private:
+    bool isCutOff() const;
     void letGo();
     void tellIfLost();
     QByteArray abandonWrites();

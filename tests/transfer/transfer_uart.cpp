@@ -35,6 +35,21 @@ private Q_SLOTS:
         QCOMPARE(cut > 0, rewinds);
         QVERIFY2(cut < 200, got.left(cut).constData()); // had gone out before the stop
     }
+
+    // Sent by itself is not cut off: the driver still holds its end when the next one begins.
+    void repeatKeepsTheEndOfTheProgram()
+    {
+        TransferRig rig;
+        rig.machine->MCBAUD = 9600;
+        rig.machine->MCTXEOB = "LF";
+        rig.machine->MCTXEOT = "4";
+        rig.machine->MCREPEAT = true;
+        rig.startWith("A" + QByteArray(50, 'a') + '\n');
+        rig.click("btnSend");
+        const QByteArray once = "A" + QByteArray(50, 'a') + "\n\4";
+        QVERIFY(rig.pty.readAtLeast(3 * once.size()).startsWith(once.repeated(3)));
+        rig.click("btnStop");
+    }
 };
 
 QTEST_MAIN(UartTest)
