@@ -110,8 +110,6 @@ void viewMC::setPBarMaximum(double maximum)
 void viewMC::setPBarValue(double value)
 {
     value_ = value;
-    const double share = maximum_ > 0 ? std::clamp(value / maximum_, 0.0, 1.0) : 0;
-    ui->pBar->setValue(static_cast<int>(share * barSteps));
     showState();
 }
 
@@ -126,9 +124,20 @@ void viewMC::showActivity(TransferActivity activity)
     showState();
 }
 
+void viewMC::showBar()
+{
+    double share = maximum_ > 0 ? std::clamp(value_ / maximum_, 0.0, 1.0) : 0;
+    if (activity_ == TransferActivity::Sent) share = 1; // the value is where the last line began
+    const int steps = static_cast<int>(share * barSteps);
+    if (ui->pBar->value() == steps) return;
+    ui->pBar->setValue(steps);
+    ui->pBar->update(); // of itself it moves in steps of nine pixels
+}
+
 // The state is told in words, so that it does not depend on colour.
 void viewMC::showState()
 {
+    showBar();
     const auto& look =
         *std::find_if(std::begin(looks), std::end(looks), [this](const Look& l) { return l.activity == activity_; });
     const QString text = QString::fromLatin1(look.text).replace(QLatin1String("%1"),

@@ -47,6 +47,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void showBar();
     void showState();
     void showImages(const QString& machine, const QString& state);
     void showDeleteButton();

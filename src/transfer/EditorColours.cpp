@@ -79,7 +79,7 @@ EditorColours::EditorColours(const QPalette& palette)
       match(tint(paper, QColor(255, 180, 0), luminance(paper) > 0.18 ? 0.35 : 0.2)),
       alarm(tint(paper, QColor(220, 40, 40), 0.3))
 {
-    const QList<QColor> grounds{paper, selection, lineOut, match};
+    const QList<QColor> grounds{paper, selection, lineOut, caretLine, match};
     ink = readable(palette.color(QPalette::Text), grounds);
     margin = between(paper, ink, 0.06);
     lineNumber = readable(between(margin, ink, 0.55), {margin});

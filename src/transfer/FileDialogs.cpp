@@ -2,6 +2,7 @@
 #include "transfer/FileDialogs.h"
 
 #include <QHeaderView>
+#include <QScreen>
 #include <QTreeView>
 #include <QUrl>
 
@@ -11,7 +12,7 @@ QFileDialog* FileDialogs::make(QWidget* parent, const QString& title, const QStr
     auto* dialog = new QFileDialog(parent, title, url.isLocalFile() ? url.toLocalFile() : folder);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     // The toolkit's own dialog cuts off names, sizes and dates. A desktop's own one goes by itself.
-    dialog->resize(880, 560);
+    dialog->resize(QSize(880, 560).boundedTo(parent->screen()->availableSize() * 0.9));
     if (auto* files = dialog->findChild<QTreeView*>(QStringLiteral("treeView")))
         files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     return dialog;

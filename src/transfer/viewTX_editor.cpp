@@ -34,7 +34,6 @@ void viewTX::viewDidLoad()
 {
     ui->btnFont->hide();
     ui->btnStep->hide();
-    // It stands where Stop was; where Send is, a second click on Stop would send on.
     ui->btnRewind->installEventFilter(this);
     ui->btnNew->setIcon(Images::icon(QStringLiteral("new")));
     ui->btnFolder->setIcon(Images::icon(QStringLiteral("open")));
@@ -212,7 +211,8 @@ void viewTX::showWaitBox(const QString& text, bool canSendNow)
 bool viewTX::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == ui->boxPBOuter && event->type() == QEvent::Resize) showPercent(percent_);
-    // The second half of a double click on Stop: it would take the place away where to continue.
+    // The second half of a double click on Stop, which stands where Rewind comes up (and not Send: that would send
+    // on). It would take the place away where to continue.
     if (watched == ui->btnRewind && event->type() == QEvent::MouseButtonDblClick) return true;
     return QWidget::eventFilter(watched, event);
 }

@@ -165,8 +165,10 @@ void viewTX::endedByItself()
 void viewTX::btnStop_Click()
 {
     const bool ownsCaret = dncRunning() && !isXModem();
-    if (underWay()) movePBars(); // the mark may lag a little behind
-    if (ownsCaret && underWay()) resume_ = ResumePoint{txState.State, txEOF, nextLine_};
+    if (underWay()) {
+        movePBars(); // the mark, and the bars with it, may lag a little behind
+        if (ownsCaret) resume_ = ResumePoint{txState.State, txEOF, nextLine_};
+    }
     // Stopped in the wait, nothing has gone out: the header is still to come.
     if (ownsCaret && booWaitingForStartSignal && selectedStart() == fromTheTop) resume_ = ResumePoint{};
     if (dncRunning()) {
