@@ -3,7 +3,7 @@
 
 #include "benchmarks/BenchLine.h"
 #include "config/g.h"
-#include "transfer/ProgramEditor.h"
+#include "editor/ProgramEditor.h"
 #include "transfer/TransferHost.h"
 #include "transfer/viewTX.h"
 

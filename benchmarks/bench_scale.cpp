@@ -4,10 +4,10 @@
 #include "benchmarks/PacedLine.h"
 #include "config/g.h"
 #include "config/SettingsText.h"
+#include "editor/ProgramEditor.h"
 #include "platform/Preferences.h"
 #include "shell/AppDelegate.h"
 #include "shell/viewChild.h"
-#include "transfer/ProgramEditor.h"
 #include "transfer/viewTX.h"
 
 #include <QApplication>

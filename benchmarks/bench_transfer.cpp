@@ -2,8 +2,8 @@
 // What large programs and many machines cost. Prints a table; run it from a release build. Arguments choose: open,
 // line, search, send, receive, settings.
 #include "config/g.h"
-#include "transfer/ProgramEditor.h"
-#include "transfer/ProgramSearch.h"
+#include "editor/ProgramEditor.h"
+#include "editor/ProgramSearch.h"
 #include "transfer/TransferHost.h"
 #include "transfer/viewTX.h"
 

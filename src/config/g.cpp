@@ -6,8 +6,6 @@
 #include "platform/Preferences.h"
 
 #include <QFile>
-#include <QMessageBox>
-#include <QPushButton>
 
 #include <algorithm>
 
@@ -32,7 +30,7 @@ g::McIcons g::mcIcons;
 g::McChildViews g::mcChildViews;
 std::function<std::shared_ptr<MachineRecord>()> g::makeMcIcon = [] { return std::make_shared<MachineRecord>(); };
 std::function<std::shared_ptr<ChildView>()> g::makeMcChildView = [] { return std::make_shared<ChildView>(); };
-QWidget* g::msgBoxParent = nullptr;
+std::function<bool(const QString&, const QString&, const QString&)> g::showMessage;
 
 void g::readAllMcSettings()
 {
@@ -134,13 +132,7 @@ bool g::fileWrite(const QString& path, const QString& content)
 
 bool g::msgBox(const QString& text, const QString& sBtnOne, const QString& sBtnTwo)
 {
-    QMessageBox box(msgBoxParent);
-    box.setObjectName(QStringLiteral("msgBox"));
-    box.setWindowModality(Qt::ApplicationModal);
-    box.setTextFormat(Qt::PlainText); // a file or machine may be named like markup
-    box.setText(QString(text).replace(QLatin1Char('\r'), QLatin1Char('\n')));
-    const auto* first = box.addButton(sBtnOne, QMessageBox::AcceptRole);
-    if (!sBtnTwo.isEmpty()) box.addButton(sBtnTwo, QMessageBox::RejectRole);
-    box.exec();
-    return box.clickedButton() == first;
+    if (showMessage) return showMessage(text, sBtnOne, sBtnTwo);
+    qCritical("%s", qPrintable(text));
+    return false;
 }

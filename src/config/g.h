@@ -11,8 +11,6 @@
 #include <memory>
 #include <optional>
 
-class QWidget;
-
 /// What all parts of the program share: the machine list, its storage, conversions and the message box.
 /// Main thread only.
 class g
@@ -59,6 +57,6 @@ public:
     /// A modal message. True exactly when the first button was chosen; without a second label there is one button.
     /// Carriage returns in the text show as line breaks.
     static bool msgBox(const QString& text, const QString& sBtnOne, const QString& sBtnTwo);
-    /// The window over which messages appear; the shell sets it.
-    static QWidget* msgBoxParent;
+    /// How a message reaches the operator, as msgBox. The shell registers its own here; without one it is only logged.
+    static std::function<bool(const QString& text, const QString& sBtnOne, const QString& sBtnTwo)> showMessage;
 };

@@ -2,8 +2,8 @@
 #include "shell/AboutWindow.h"
 #include "ui_AboutWindow.h"
 
-#include "resources/Images.h"
-#include "shell/TextLook.h"
+#include "widgets/Images.h"
+#include "widgets/TextLook.h"
 
 #include <Qsci/qsciglobal.h>
 

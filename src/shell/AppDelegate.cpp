@@ -5,6 +5,7 @@
 #include "config/g.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
+#include "widgets/MessageBox.h"
 
 #include <QApplication>
 
@@ -12,7 +13,9 @@ AppDelegate::AppDelegate() : ui(std::make_unique<Ui::mainWindow>())
 {
     g::makeMcIcon = [] { return std::make_shared<viewMC>(); };
     g::makeMcChildView = [] { return std::make_shared<viewChild>(); };
-    g::msgBoxParent = &window_;
+    g::showMessage = [this](const QString& text, const QString& first, const QString& second) {
+        return MessageBox::ask(&window_, text, first, second);
+    };
     setUpWindow();
 }
 
@@ -26,7 +29,7 @@ AppDelegate::~AppDelegate()
     }
     g::mcChildViews.clear();
     g::mcIcons.clear();
-    g::msgBoxParent = nullptr;
+    g::showMessage = nullptr;
 }
 
 void AppDelegate::applicationDidFinishLaunching()

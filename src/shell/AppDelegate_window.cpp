@@ -3,9 +3,9 @@
 #include "ui_mainWindow.h"
 
 #include "config/g.h"
-#include "resources/Images.h"
 #include "shell/AboutWindow.h"
-#include "shell/TextLook.h"
+#include "widgets/Images.h"
+#include "widgets/TextLook.h"
 
 #include <QApplication>
 #include <QCursor>

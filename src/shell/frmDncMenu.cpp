@@ -4,8 +4,8 @@
 
 #include "config/MachineRecord.h"
 #include "platform/NotificationCenter.h"
-#include "resources/Images.h"
-#include "shell/TextLook.h"
+#include "widgets/Images.h"
+#include "widgets/TextLook.h"
 
 #include <QKeyEvent>
 #include <QScreen>

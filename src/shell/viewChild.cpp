@@ -4,12 +4,12 @@
 
 #include "config/g.h"
 #include "platform/NotificationCenter.h"
-#include "resources/Images.h"
 #include "shell/frmChild.h"
 #include "shell/PortProblem.h"
-#include "shell/TextLook.h"
 #include "shell/viewSetup.h"
 #include "transfer/viewTX.h"
+#include "widgets/Images.h"
+#include "widgets/TextLook.h"
 
 #include <QKeyEvent>
 #include <QScreen>

@@ -3,9 +3,9 @@
 #include "ui_viewMC.h"
 
 #include "platform/NotificationCenter.h"
-#include "resources/Images.h"
 #include "shell/MachineButton.h"
-#include "shell/TextLook.h"
+#include "widgets/Images.h"
+#include "widgets/TextLook.h"
 
 #include <QEnterEvent>
 

@@ -3,7 +3,7 @@
 #include "ui_viewSetup.h"
 
 #include "config/g.h"
-#include "transfer/FileDialogs.h"
+#include "widgets/FileDialogs.h"
 
 #include <QComboBox>
 

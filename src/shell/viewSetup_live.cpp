@@ -6,9 +6,9 @@
 #include "config/ControlCodes.h"
 #include "config/g.h"
 #include "platform/DeviceList.h"
+#include "protocol/Framing.h"
 #include "shell/LineSummary.h"
-#include "shell/TextLook.h"
-#include "transfer/Framing.h"
+#include "widgets/TextLook.h"
 
 #include <QEvent>
 #include <QFile>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "protocol/TransferClock.h"
 #include "transfer/MachineProgress.h"
-#include "transfer/TransferClock.h"
 
 #include <QString>
 

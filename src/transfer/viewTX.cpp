@@ -4,7 +4,7 @@
 
 #include "config/ControlCodes.h"
 #include "config/g.h"
-#include "transfer/EditorActions.h"
+#include "editor/EditorActions.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferHost.h"
 #include "transfer/TransferWords.h"

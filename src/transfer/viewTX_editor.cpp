@@ -3,9 +3,9 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
-#include "resources/Images.h"
-#include "transfer/FileDialogs.h"
 #include "transfer/MachineProgress.h"
+#include "widgets/FileDialogs.h"
+#include "widgets/Images.h"
 
 #include <QDropEvent>
 #include <QEvent>

@@ -3,8 +3,8 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
-#include "transfer/FileDialogs.h"
-#include "transfer/LineEnds.h"
+#include "protocol/LineEnds.h"
+#include "widgets/FileDialogs.h"
 
 #include <QFileDialog>
 #include <QFileInfo>

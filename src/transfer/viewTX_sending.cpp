@@ -3,8 +3,8 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
-#include "transfer/Framing.h"
-#include "transfer/LineFilter.h"
+#include "protocol/Framing.h"
+#include "protocol/LineFilter.h"
 #include "transfer/MachineProgress.h"
 
 int viewTX::selectedStart() const

@@ -3,10 +3,10 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
-#include "resources/Images.h"
+#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferWords.h"
-#include "transfer/XModemBlock.h"
+#include "widgets/Images.h"
 
 #include <QEvent>
 #include <QFileInfo>

@@ -3,9 +3,9 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
-#include "transfer/LineFilter.h"
+#include "protocol/LineFilter.h"
+#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
-#include "transfer/XModemBlock.h"
 
 namespace
 {

@@ -2,7 +2,6 @@
 #include "config/ControlCodes.h"
 #include "config/g.h"
 #include "config/StringTools.h"
-#include "support/MessageBoxes.h"
 
 #include <QTest>
 
@@ -15,8 +14,6 @@ private Q_SLOTS:
     void notationsBecomeCharacters_data();
     void notationsBecomeCharacters();
     void textIsCountedInCharacters();
-    void onlyTheFirstButtonCounts_data();
-    void onlyTheFirstButtonCounts();
 };
 
 void ConversionsTest::textBecomesBytes_data()
@@ -77,26 +74,5 @@ void ConversionsTest::textIsCountedInCharacters()
     QCOMPARE(strReplace("%a%%", "%", "x") + strReplace("a", {}, "b"), QStringLiteral("xaxxa"));
 }
 
-void ConversionsTest::onlyTheFirstButtonCounts_data()
-{
-    QTest::addColumn<QString>("second");
-    QTest::addColumn<QString>("clicked");
-    QTest::addColumn<bool>("result");
-    const QString none, cancel = "Cancel";
-    QTest::newRow("one button") << none << QStringLiteral("OK") << true;
-    QTest::newRow("first of two") << cancel << QStringLiteral("OK") << true;
-    QTest::newRow("second of two") << cancel << cancel << false;
-    QTest::newRow("Escape") << cancel << none << false;
-}
-
-void ConversionsTest::onlyTheFirstButtonCounts()
-{
-    QFETCH(QString, second);
-    QFETCH(QString, clicked);
-    MessageBoxes boxes(clicked);
-    QTEST(g::msgBox("Could not save <b>O1</b>\r\rNo room", "OK", second), "result");
-    QCOMPARE(boxes.texts, QStringList{"Could not save <b>O1</b>\n\nNo room"});
-}
-
-QTEST_MAIN(ConversionsTest)
+QTEST_GUILESS_MAIN(ConversionsTest)
 #include "config_conversions.moc"

@@ -3,8 +3,8 @@
 #include "e2e/Shop.h"
 #include "support/PtyPair.h"
 
+#include "editor/ProgramEditor.h"
 #include "shell/viewChild.h"
-#include "transfer/ProgramEditor.h"
 
 #include <QLabel>
 #include <QProcess>

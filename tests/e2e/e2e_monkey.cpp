@@ -4,9 +4,9 @@
 #include "e2e/WireCheck.h"
 #include "simulator/SimulatedControl.h"
 
+#include "editor/ProgramEditor.h"
 #include "shell/frmChild.h"
 #include "shell/viewChild.h"
-#include "transfer/ProgramEditor.h"
 #include "transfer/viewTX.h"
 
 #include <QAbstractItemView>

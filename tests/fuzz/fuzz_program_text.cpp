@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Whatever a program file holds: it opens the same in pieces of any size and as plain replacement would have it. Of a
 // line only what the machine asks for is taken out, and what must not reach the control does not.
+#include "editor/FileText.h"
 #include "fuzz/Fuzz.h"
-#include "transfer/LineEnds.h"
-#include "transfer/LineFilter.h"
+#include "protocol/LineEnds.h"
+#include "protocol/LineFilter.h"
 
 #include <QRegularExpression>
 
@@ -15,10 +16,10 @@ constexpr std::array types{ControlType::General, ControlType::Fanuc, ControlType
 
 void openFile(const QByteArray& file, int pieceSize)
 {
-    LineEnds::FileToText fileToText;
+    FileText fileText;
     QByteArray text;
     for (qsizetype at = 0; at < file.size(); at += pieceSize)
-        text += fileToText.convert(file.constData() + at, std::min<qsizetype>(pieceSize, file.size() - at));
+        text += fileText.convert(file.constData() + at, std::min<qsizetype>(pieceSize, file.size() - at));
     PROMISE(QString::fromUtf8(text) == QString::fromLatin1(file).replace(u'\r', u'\n').replace("\n\n", "\n"));
     const QString collapsed = QString::fromLatin1(file).replace("\n\n", "\n").replace("\r\r", "\r");
     PROMISE(LineEnds::collapseDoubled(file) == collapsed.toLatin1());

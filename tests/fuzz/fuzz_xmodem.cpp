@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Any bytes in any chunks: the receive view takes exactly the blocks whose sum is right, and nothing else.
 #include "config/g.h"
+#include "editor/ProgramEditor.h"
 #include "fuzz/Fuzz.h"
-#include "transfer/ProgramEditor.h"
 #include "transfer/TransferHost.h"
 #include "transfer/viewTX.h"
 

@@ -4,12 +4,13 @@
 #include "config/ChildView.h"
 #include "config/g.h"
 #include "config/MachineRecord.h"
+#include "editor/ProgramEditor.h"
 #include "serial/CustomObject.h"
 #include "support/PtyPair.h"
 #include "transfer/MachineProgress.h"
-#include "transfer/ProgramEditor.h"
 #include "transfer/TransferHost.h"
 #include "transfer/viewTX.h"
+#include "widgets/MessageBox.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -48,6 +49,9 @@ public:
     {
         machine->MCFLOW = 0;
         machine->MCBAUD = 115200;
+        g::showMessage = [this](const QString& text, const QString& first, const QString& second) {
+            return MessageBox::ask(view.get(), text, first, second);
+        };
         g::mcIcons = {std::make_shared<MachineRecord>(), machine};
         g::mcChildViews = {std::make_shared<ChildView>(), child};
     }
@@ -56,6 +60,7 @@ public:
         releaseLine();
         view.reset();
         port.Close();
+        g::showMessage = nullptr;
         g::mcIcons.clear();
         g::mcChildViews.clear();
     }

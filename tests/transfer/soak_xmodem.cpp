@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Long XModem transfers over a line that spoils one block in fifty, and what a checksum of seven bits lets pass.
 // Takes a minute or more; run it by hand.
+#include "protocol/XModemBlock.h"
 #include "simulator/SimulatedControl.h"
 #include "support/Relay.h"
 #include "transfer/TransferRig.h"
-#include "transfer/XModemBlock.h"
 
 #include <fcntl.h>
 #include <random>

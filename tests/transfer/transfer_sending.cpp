@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "protocol/TransferClock.h"
 #include "support/MessageBoxes.h"
-#include "transfer/TransferClock.h"
 #include "transfer/TransferRig.h"
 
 namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "protocol/XModemBlock.h"
 #include "transfer/TransferRig.h"
-#include "transfer/XModemBlock.h"
 
 namespace
 {

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "editor/GCodeStyle.h"
+
+#include <QColor>
+#include <QPalette>
+
+#include <array>
+
+/// The editor's colours, made from a palette, light or dark. Whatever is text can be read on the paper, in a selection,
+/// in a match and on the line going out: at least `readableContrast` to each.
+struct EditorColours {
+    static constexpr double readableContrast = 4.5; // WCAG 2.1, level AA
+
+    explicit EditorColours(const QPalette& palette);
+
+    QColor paper;
+    QColor ink;
+    QColor accent;
+    QColor selection;
+    QColor lineOut;
+    QColor caretLine;
+    QColor match;
+    QColor alarm; ///< ground of a field that holds something wrong
+    QColor margin;
+    QColor lineNumber;
+    std::array<QColor, GCode::styleCount> text; ///< by GCodeStyle
+
+    /// Contrast of two colours as WCAG defines it, 1 to 21.
+    static double contrast(const QColor& one, const QColor& other);
+};

@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "editor/ProgramEditor.h"
+
+#include "editor/FileText.h"
+#include "editor/GCodeColouring.h"
+
+#include <QAccessible>
+#include <QInputMethodEvent>
+
+#include <algorithm>
+
+namespace
+{
+constexpr qsizetype pieceSize = 1 << 20; // bytes converted at a time, so that a huge file is not held twice
+constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // of UTF-8; says how the file is read and is no program text
+constexpr int markInterval = 80;                        // ms, while lines go out
+} // namespace
+
+qsizetype ProgramEditor::ask(unsigned message, qsizetype first, qsizetype second) const
+{
+    return SendScintilla(message, static_cast<unsigned long>(first), static_cast<long>(second));
+}
+
+qsizetype ProgramEditor::textSize() const
+{
+    return ask(SCI_GETLENGTH);
+}
+
+qsizetype ProgramEditor::caret() const
+{
+    return ask(SCI_GETCURRENTPOS);
+}
+
+ProgramEditor::Line ProgramEditor::lineAt(qsizetype position) const
+{
+    const qsizetype number = ask(SCI_LINEFROMPOSITION, position);
+    const qsizetype start = ask(SCI_POSITIONFROMLINE, number);
+    return {start, start + ask(SCI_LINELENGTH, number)};
+}
+
+int ProgramEditor::lineNumber(qsizetype position) const
+{
+    return static_cast<int>(ask(SCI_LINEFROMPOSITION, position)) + 1;
+}
+
+ProgramEditor::Line ProgramEditor::lineNumbered(int number) const
+{
+    return lineAt(ask(SCI_POSITIONFROMLINE, number - 1));
+}
+
+QString ProgramEditor::lineText(Line line) const
+{
+    const auto text = view(line);
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+std::string_view ProgramEditor::view(Line range) const
+{
+    // Not the pointer to the whole text: to give it, the editor moves the text together.
+    if (range.end <= range.start) return {};
+    const auto* text = reinterpret_cast<const char*>(ask(SCI_GETRANGEPOINTER, range.start, range.end - range.start));
+    return {text, static_cast<std::size_t>(range.end - range.start)};
+}
+
+QByteArray ProgramEditor::wholeText() const
+{
+    const auto text = view({0, textSize()});
+    return {text.data(), static_cast<qsizetype>(text.size())};
+}
+
+ProgramEditor::Line ProgramEditor::selection() const
+{
+    return {ask(SCI_GETSELECTIONSTART), ask(SCI_GETSELECTIONEND)};
+}
+
+qsizetype ProgramEditor::firstVisible() const
+{
+    return ask(SCI_POSITIONFROMLINE, ask(SCI_DOCLINEFROMVISIBLE, ask(SCI_GETFIRSTVISIBLELINE)));
+}
+
+template <typename Change> void ProgramEditor::changeText(Change change)
+{
+    const bool wasReadOnly = isReadOnly();
+    const qsizetype notices = ask(SCI_GETMODEVENTMASK);
+    ask(SCI_SETREADONLY, 0);
+    ask(SCI_SETUNDOCOLLECTION, 0);
+    // The library answers each notice of a change by counting all characters before it, for assistive technology.
+    ask(SCI_SETMODEVENTMASK, 0);
+    change();
+    ask(SCI_SETMODEVENTMASK, notices);
+    ask(SCI_EMPTYUNDOBUFFER);
+    ask(SCI_SETUNDOCOLLECTION, 1);
+    ask(SCI_SETREADONLY, wasReadOnly);
+    Q_EMIT linesChanged();
+    Q_EMIT textChanged();
+}
+
+void ProgramEditor::setProgram(const QByteArray& fileBytes)
+{
+    clearProgram();
+    QByteArrayView program(fileBytes);
+    if (program.startsWith(byteOrderMark)) program = program.sliced(byteOrderMark.size());
+    changeText([&] {
+        ask(SCI_ALLOCATE, program.size() + 1);
+        FileText fileText;
+        for (qsizetype at = 0; at < program.size(); at += pieceSize) {
+            const auto piece = fileText.convert(program.constData() + at, std::min(pieceSize, program.size() - at));
+            SendScintilla(SCI_APPENDTEXT, static_cast<uintptr_t>(piece.size()), piece.constData());
+        }
+    });
+    moveCaretTo(0);
+}
+
+void ProgramEditor::clearProgram()
+{
+    clearLineOut();
+    changeText([this] { ask(SCI_CLEARALL); });
+}
+
+void ProgramEditor::appendReceived(const QByteArray& bytes)
+{
+    // Asked in lines: the scroll bar's range follows the text later. A scroll bar below may hide the last line.
+    const bool atEnd = ask(SCI_GETFIRSTVISIBLELINE) + ask(SCI_LINESONSCREEN) + 1 >= ask(SCI_GETLINECOUNT);
+    const QByteArray text = QString::fromLatin1(bytes).toUtf8();
+    changeText([&] { SendScintilla(SCI_APPENDTEXT, static_cast<uintptr_t>(text.size()), text.constData()); });
+    if (!atEnd) return;
+    ask(SCI_SETEMPTYSELECTION, textSize());
+    ask(SCI_SCROLLTOEND);
+}
+
+void ProgramEditor::moveCaretTo(qsizetype position)
+{
+    select({position, position});
+}
+
+// The caret goes to the end. Without scrolling where laying out the line would take too long.
+void ProgramEditor::select(Line line)
+{
+    if (isShown()) {
+        ask(SCI_SETSEL, line.start, line.end);
+    } else {
+        ask(SCI_SETSELECTION, line.end, line.start);
+    }
+}
+
+bool ProgramEditor::isShown() const
+{
+    return colouring_->unshownLine() == 0;
+}
+
+// Lines may go out faster than anyone can read them: showing each would cost more than sending it.
+void ProgramEditor::markLineOut(Line line)
+{
+    lineToMark_ = line;
+    if (!markPause_.isActive()) showLineOut();
+}
+
+void ProgramEditor::showLineOut()
+{
+    if (!lineToMark_) return;
+    const Line line = *lineToMark_;
+    clearLineOut();
+    markPause_.start(markInterval);
+    lineOut_ = static_cast<int>(ask(SCI_LINEFROMPOSITION, line.start));
+    markerAdd(lineOut_, lineOutArrow);
+    markerAdd(lineOut_, lineOutBackground);
+    // Without scrolling when the operator looks at another place.
+    if (isCaretHeld() && shownPlace_.end > 0)
+        ask(SCI_SETSELECTION, line.end, line.start);
+    else
+        select(line);
+    Q_EMIT lineOutShown();
+}
+
+void ProgramEditor::clearLineOut()
+{
+    lineToMark_.reset();
+    if (lineOut_ < 0) return;
+    markerDelete(lineOut_);
+    lineOut_ = -1;
+}
+
+template <typename Handle> void ProgramEditor::watch(Handle handle)
+{
+    if (!isShown()) return; // not blindly
+    const qsizetype caretBefore = caret();
+    const qsizetype sizeBefore = textSize();
+    handle();
+    if (caret() != caretBefore || textSize() != sizeBefore) Q_EMIT operatorTouched();
+}
+
+void ProgramEditor::setCaretHeld(bool held)
+{
+    if (held != caretHeld_) leavePlace();
+    caretHeld_ = held;
+    setCaretLineVisible(!held); // beside the mark of the line going out it would mislead
+}
+
+void ProgramEditor::showPlace(Line place)
+{
+    if (!caretHeld_) return watch([&] { select(place); });
+    leavePlace();
+    shownPlace_ = place;
+    ask(SCI_SETINDICATORCURRENT, placeIndicator);
+    ask(SCI_INDICATORFILLRANGE, place.start, place.end - place.start);
+    ask(SCI_SCROLLRANGE, place.end, place.start);
+}
+
+void ProgramEditor::leavePlace()
+{
+    if (shownPlace_.end == 0) return;
+    ask(SCI_SETINDICATORCURRENT, placeIndicator);
+    ask(SCI_INDICATORCLEARRANGE, 0, textSize());
+    shownPlace_ = {};
+}
+
+void ProgramEditor::tellCaret(int updated)
+{
+    if (!(updated & SC_UPDATE_SELECTION) || !QAccessible::isActive()) return;
+    auto* access = QAccessible::queryAccessibleInterface(this);
+    if (!access || !access->textInterface()) return;
+    QAccessibleTextCursorEvent event(this, access->textInterface()->cursorPosition());
+    QAccessible::updateAccessibility(&event);
+}
+
+void ProgramEditor::keyPressEvent(QKeyEvent* event)
+{
+    watch([&] { QsciScintilla::keyPressEvent(event); });
+}
+
+void ProgramEditor::undo()
+{
+    watch([this] { QsciScintilla::undo(); });
+}
+
+void ProgramEditor::redo()
+{
+    watch([this] { QsciScintilla::redo(); });
+}
+
+void ProgramEditor::cut()
+{
+    watch([this] { QsciScintilla::cut(); });
+}
+
+void ProgramEditor::paste()
+{
+    watch([this] { QsciScintilla::paste(); });
+}
+
+void ProgramEditor::selectAll(bool select)
+{
+    watch([this, select] { QsciScintilla::selectAll(select); });
+}
+
+void ProgramEditor::inputMethodEvent(QInputMethodEvent* event)
+{
+    // No way of typing brings in a CR: it would be a line end that no end of block takes the place of.
+    QInputMethodEvent typed(event->preeditString(), event->attributes());
+    typed.setCommitString(QString(event->commitString()).remove(u'\r'), event->replacementStart(),
+                          event->replacementLength());
+    watch([&] { QsciScintilla::inputMethodEvent(&typed); });
+    event->setAccepted(typed.isAccepted());
+}
+
+void ProgramEditor::mousePressEvent(QMouseEvent* event)
+{
+    watch([&] { QsciScintilla::mousePressEvent(event); });
+}
+
+void ProgramEditor::mouseReleaseEvent(QMouseEvent* event)
+{
+    watch([&] { QsciScintilla::mouseReleaseEvent(event); });
+}

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <Qsci/qsciscintilla.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QTimer>
+
+#include <optional>
+#include <string_view>
+
+class GCodeColouring;
+
+/// The editor that holds the NC program. Positions and lengths are bytes of its UTF-8 text, everywhere; the editor
+/// answers them from its own index, so nothing here costs more in a long program. Look and keys are in
+/// ProgramEditor_look.cpp.
+class ProgramEditor : public QsciScintilla
+{
+    Q_OBJECT
+public:
+    /// A line with the line end that closes it: [start, end).
+    struct Line {
+        qsizetype start = 0;
+        qsizetype end = 0;
+    };
+
+    explicit ProgramEditor(QWidget* parent = nullptr);
+
+    qsizetype textSize() const;
+    qsizetype caret() const;
+    Line lineAt(qsizetype position) const;
+    /// Lines are numbered from 1, as in the margin.
+    int lineNumber(qsizetype position) const;
+    Line lineNumbered(int number) const;
+    QString lineText(Line line) const;
+    QByteArray wholeText() const;
+    /// The text of the range in place, until the text changes.
+    std::string_view view(Line range) const;
+    Line selection() const;
+    qsizetype firstVisible() const;
+
+    /// Replaces the text by a program file's bytes, line ends converted and without a byte order mark. The caret goes
+    /// to the top.
+    void setProgram(const QByteArray& fileBytes);
+    void clearProgram();
+    /// Adds received bytes at the end, one character each; the view follows unless the operator scrolled away.
+    void appendReceived(const QByteArray& bytes);
+
+    void moveCaretTo(qsizetype position);
+    /// Marks the line as the one going out and leaves the caret behind it, where the next line begins. When lines
+    /// follow each other fast, only every so often, the latest one then.
+    void markLineOut(Line line);
+    void clearLineOut();
+
+    /// A program with an endless line is not shown, nor can it be edited; it is sent and saved as any other.
+    bool isShown() const;
+
+    /// A transfer runs and owns the caret: finding and going to a line only show the place.
+    void setCaretHeld(bool held);
+    bool isCaretHeld() const { return caretHeld_; }
+    /// Selects the place; with the caret held, scrolls there and marks it, and stays there while lines go out.
+    void showPlace(Line place);
+    /// The place that is marked, empty without one.
+    Line shownPlace() const { return shownPlace_; }
+    /// Takes the mark off and follows the transfer again.
+    void leavePlace();
+
+    // From the context menu: the operator's doing, as with keys.
+    void undo() override;
+    void redo() override;
+    void cut() override;
+    void paste() override;
+    void selectAll(bool select = true) override;
+
+Q_SIGNALS:
+    /// The operator moved the caret or changed the text.
+    void operatorTouched();
+    /// The mark of the line going out has moved.
+    void lineOutShown();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    /// Tab always moves on: a tab character has no place in a block, and who works without a mouse must get out again.
+    bool focusNextPrevChild(bool next) override { return QAbstractScrollArea::focusNextPrevChild(next); }
+
+private:
+    static constexpr int lineOutArrow = 0; // markers
+    static constexpr int lineOutBackground = 1;
+    static constexpr int placeIndicator = 8; // the first that is not kept for lexers
+
+    void setUpLook();
+    void setUpKeys();
+    void paintNotice();
+    void showLineOut();
+    void select(Line line);
+    void tellCaret(int updated);
+    void fitLineNumbers();
+    qsizetype ask(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
+    // Lets Scintilla handle an event of the operator's and tells when that moved the caret or changed the text.
+    template <typename Handle> void watch(Handle handle);
+    // Changes the text whatever the lock; the change can't be undone.
+    template <typename Change> void changeText(Change change);
+
+    GCodeColouring* colouring_;
+    int lineOut_ = -1;
+    bool caretHeld_ = false;
+    Line shownPlace_;
+    std::optional<Line> lineToMark_;
+    QTimer markPause_;
+};

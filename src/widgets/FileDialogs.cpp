@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "widgets/FileDialogs.h"
+
+#include <QHeaderView>
+#include <QScreen>
+#include <QTreeView>
+#include <QUrl>
+
+QFileDialog* FileDialogs::make(QWidget* parent, const QString& title, const QString& folder)
+{
+    const QUrl url(folder);
+    auto* dialog = new QFileDialog(parent, title, url.isLocalFile() ? url.toLocalFile() : folder);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    // The toolkit's own dialog cuts off names, sizes and dates. A desktop's own one goes by itself.
+    dialog->resize(QSize(880, 560).boundedTo(parent->screen()->availableSize() * 0.9));
+    if (auto* files = dialog->findChild<QTreeView*>(QStringLiteral("treeView")))
+        files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    return dialog;
+}

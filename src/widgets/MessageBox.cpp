@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "widgets/MessageBox.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+
+bool MessageBox::ask(QWidget* parent, const QString& text, const QString& firstButton, const QString& secondButton)
+{
+    QMessageBox box(parent);
+    box.setObjectName(QStringLiteral("msgBox"));
+    box.setWindowModality(Qt::ApplicationModal);
+    box.setTextFormat(Qt::PlainText); // a file or machine may be named like markup
+    box.setText(QString(text).replace(QLatin1Char('\r'), QLatin1Char('\n')));
+    const auto* first = box.addButton(firstButton, QMessageBox::AcceptRole);
+    if (!secondButton.isEmpty()) box.addButton(secondButton, QMessageBox::RejectRole);
+    box.exec();
+    return box.clickedButton() == first;
+}
