@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "protocol/XModemBlock.h"
 
+#include "protocol/XModemCodes.h"
+
 #include <numeric>
 
 namespace
 {
-constexpr char startOfHeader = 1;
+
 constexpr int checksumAt = 131;
 } // namespace
 
@@ -26,7 +28,7 @@ QByteArray XModemBlock::build(int number, const QByteArray& data)
     const QByteArray padded = data.leftJustified(dataSize, ' ');
     QByteArray block;
     block.reserve(size);
-    block.append(startOfHeader);
+    block.append(XModemCodes::SOH);
     block.append(static_cast<char>(number));
     block.append(static_cast<char>(255 - number));
     block.append(padded);

@@ -3,6 +3,8 @@
 
 #include "config/MachineRecord.h"
 #include "platform/NotificationCenter.h"
+#include "protocol/XModemCodes.h"
+#include "protocol/XModemReceive.h"
 #include "serial/serialPort.h"
 #include "transfer/TransferStatus.h"
 
@@ -35,11 +37,10 @@ public:
     static constexpr int MODE_TX = 1;
     static constexpr int MODE_RX = 2;
 
-    // XModem control bytes, as the protocol defines them.
-    static constexpr int iSOH = 1;
-    static constexpr int iEOT = 4;
-    static constexpr int iACK = 6;
-    static constexpr int iNAK = 21;
+    static constexpr int iSOH = XModemCodes::SOH;
+    static constexpr int iEOT = XModemCodes::EOT;
+    static constexpr int iACK = XModemCodes::ACK;
+    static constexpr int iNAK = XModemCodes::NAK;
 
     struct TxState {
         int State = 0;
@@ -132,11 +133,11 @@ public:
     bool booSentXModemBOF = false;
     bool booSentXModemEOF = false;
     bool booSentXModemEOT = false;
-    bool booGotXModemSOH = false;
-    QByteArray bytesXModemPacket;  ///< the block being received
-    QByteArray bBuffer;            ///< the program as bytes, without what went into blocks
-    QByteArray bPacket;            ///< the block last sent
-    int iXModemTimeoutCounter = 0; ///< ticks since the last received byte
+    bool booGotXModemSOH() const { return xmodemReceive_.state() != XModemReceive::State::Between; }
+    const QByteArray& bytesXModemPacket() const { return xmodemReceive_.packet(); } ///< the block being received
+    QByteArray bBuffer; ///< the program as bytes, without what went into blocks
+    QByteArray bPacket; ///< the block last sent
+    int iXModemTimeoutCounter() const { return xmodemReceive_.silence(); } ///< ticks since the last received byte
     QTimer tmrXModemTimer;
 
 protected:
@@ -181,13 +182,9 @@ private:
     void sendNextBlock();
     void followBlocks();
     void actOnXModemReplies(const QByteArray& bytes);
-    void gatherXModem(const QByteArray& bytes);
-    void finishBlock();
-    bool hasMissedBlock() const;
-    void forgetSender();
-    void noticeNumber();
+    void carryOut(const XModemReceive::Step& step);
+    void reply(XModemReceive::Reply reply);
     void noteCancelled();
-    void sendPlainNak();
 
     void appendReceived(const QByteArray& bytes);
 
@@ -224,15 +221,7 @@ private:
     qsizetype xmodemLineEnd_ = 0;     // in the editor
     qsizetype xmodemLineEndSent_ = 0; // in the bytes sent
 
-    // XModem reception.
-    bool xmodemOpened_ = false; // the first SOH of this program has come
-    int xmodemNoise_ = 0;       // bytes since the last block that belong to none
-    int xmodemPolls_ = 0;       // polls in a row that brought no SOH
-    int xmodemBlocks_ = 0;      // blocks taken, repeats not counted
-    int xmodemRepeats_ = 0;
-    int xmodemLastNumber_ = -1;
-    QString repeatNotice_;
-    QString missingNotice_;
+    XModemReceive xmodemReceive_;
 
     // What the operator is told.
     TransferStatus status_;

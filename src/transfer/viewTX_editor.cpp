@@ -59,9 +59,7 @@ void viewTX::btnNew_Click()
     ui->txtPath->clear();
     nextLine_ = 0;
     resume_.reset();
-    xmodemBlocks_ = xmodemRepeats_ = 0;
-    repeatNotice_.clear(); // they speak of what stood in the editor
-    missingNotice_.clear();
+    xmodemReceive_.forgetProgram();
     showProgramName();
     readyAgain();
 }

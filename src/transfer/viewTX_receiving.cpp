@@ -39,7 +39,7 @@ void viewTX::RxOnComm()
             beginSend();
         return;
     }
-    if (isXModem()) return gatherXModem(bytes);
+    if (isXModem()) return carryOut(xmodemReceive_.take(bytes));
     appendReceived(LineEnds::collapseDoubled(bytes));
 }
 

@@ -82,8 +82,7 @@ void viewTX::readyAgain()
 QString viewTX::noticeFor(TransferState state) const
 {
     if (booModeTX) return state == TransferState::Cancelled ? cancelNotice_ : lostNotice_;
-    const bool hasBoth = !missingNotice_.isEmpty() && !repeatNotice_.isEmpty();
-    return missingNotice_ + (hasBoth ? QStringLiteral("\n") : QString()) + repeatNotice_;
+    return xmodemReceive_.notice();
 }
 
 TransferFacts viewTX::facts(TransferState state) const
@@ -93,8 +92,8 @@ TransferFacts viewTX::facts(TransferState state) const
     facts.baud = sp->Speed;
     facts.bytes = ui->rt1->textSize();
     facts.lines = programLines();
-    facts.blocks = xmodemBlocks_;
-    facts.repeats = xmodemRepeats_;
+    facts.blocks = xmodemReceive_.blocks();
+    facts.repeats = xmodemReceive_.repeats();
     facts.notice = noticeFor(state);
     if (!booModeTX) return facts;
     facts.isFromTop = isXModem() || selectedStart() == fromTheTop;

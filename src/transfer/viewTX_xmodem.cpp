@@ -7,20 +7,6 @@
 #include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 
-namespace
-{
-constexpr char CAN = 24; // the receiver cancels
-
-// Ticks of the one-second timer.
-constexpr int pollTicks = 2;
-constexpr int refusedSilence = 2;     // after a refused block, before a plain NAK
-constexpr int refusedRepeat = 5;      // and between further ones
-constexpr int stalledSilence = 5;     // until a block that stays incomplete is dropped
-constexpr int pollsBeforePlain = 3;   // the opening ones
-constexpr int pollsAfterNoise = 1;    // a block has come whose SOH was lost
-constexpr int pollsAfterSilence = 30; // a minute: longer than a sender takes its time
-} // namespace
-
 // --- Sending ---------------------------------------------------------------------------------------------------------
 
 QByteArray viewTX::xmodemBytes(qsizetype lineStart, qsizetype lineEnd) const
@@ -74,7 +60,7 @@ void viewTX::sendXModemPacket(bool next)
         return;
     }
     if (booSentXModemEOF) {
-        send(QByteArray(1, static_cast<char>(iEOT)));
+        send(QByteArray(1, XModemCodes::EOT));
         booSentXModemEOT = true;
         return;
     }
@@ -127,7 +113,7 @@ void viewTX::actOnXModemReplies(const QByteArray& bytes)
             status_.clock.completed(now(), xmodemSent_);
             sendXModemPacket(true);
             break;
-        case CAN:
+        case XModemCodes::CAN:
             if (txState.State == TxState::txState_sending_xmodem) noteCancelled(); // several come
             booSentXModemEOT = true;
             sendXModemPacket(true);
@@ -152,122 +138,29 @@ void viewTX::startXModemTimer(double interval)
 
 void viewTX::tmrXModem_Tick()
 {
-    ++iXModemTimeoutCounter;
-    if (!booGotXModemSOH) {
-        if (iXModemTimeoutCounter >= pollTicks) {
-            iXModemTimeoutCounter = 0;
-            ++xmodemPolls_;
-            sp->sendByte(iNAK);
-        } else if (!xmodemOpened_ && xmodemPolls_ >= pollsBeforePlain) {
-            sendPlainNak();
-        } else if (xmodemOpened_ && xmodemPolls_ >= (hasMissedBlock() ? pollsAfterNoise : pollsAfterSilence)) {
-            // A plain peer waits for an answer for as long as our marked NAKs keep coming. It repeats a block that we
-            // have if our ACK was lost, so it is called very late unless its block was.
-            xmodemPolls_ = 0;
-            xmodemNoise_ = 0;
-            sendPlainNak();
-        }
-        return;
-    }
-    if (bytesXModemPacket.isEmpty()) { // the block was refused and its repeat does not come
-        const int silence = iXModemTimeoutCounter - refusedSilence;
-        if (silence >= 0 && silence % refusedRepeat == 0) sendPlainNak();
-    } else if (iXModemTimeoutCounter >= stalledSilence) {
-        bytesXModemPacket.clear();
-        iXModemTimeoutCounter = 0;
-        sp->sendByte(iNAK);
-    }
+    carryOut(xmodemReceive_.tick());
 }
 
-// sendByte marks a NAK with a parity bit, and peers that know plain 8-bit XModem alone do not hear that one.
-void viewTX::sendPlainNak()
+void viewTX::carryOut(const XModemReceive::Step& step)
 {
-    sp->sendBytes(QByteArray(1, static_cast<char>(iNAK)));
-}
-
-void viewTX::gatherXModem(const QByteArray& bytes)
-{
-    int cancels = 0;
-    for (const char byte : bytes) {
-        if (!booGotXModemSOH && byte == iEOT) {
-            sp->sendByte(iACK);
-            setDncRunning(false);
-            status_.enter(TransferState::Received);
-            refreshStatus();
-            forgetSender();
-        } else if (!booGotXModemSOH && byte == iSOH) {
-            booGotXModemSOH = true;
-            xmodemOpened_ = true;
-            xmodemNoise_ = 0;
-            xmodemPolls_ = 0;
-            bytesXModemPacket.clear();
-        } else if (!booGotXModemSOH) {
-            ++xmodemNoise_;
-            if (byte == CAN) ++cancels;
-        }
-        if (booGotXModemSOH) {
-            bytesXModemPacket.append(byte);
-            iXModemTimeoutCounter = 0;
-        }
+    for (const auto answer : step.replies)
+        reply(answer);
+    if (step.isWhole) {
+        setDncRunning(false);
+        status_.enter(TransferState::Received);
     }
-    if (bytesXModemPacket.size() >= XModemBlock::size) finishBlock();
-    if (cancels < 2) return; // one may be a damaged byte
-    forgetSender();
-    missingNotice_ =
-        QStringLiteral("The control cancelled after block %1: the program is not whole").arg(xmodemBlocks_);
+    if (!step.program.isEmpty()) appendReceived(step.program);
     refreshStatus();
 }
 
-// Without its SOH a block is noise, but so much of it that it can be nothing else.
-bool viewTX::hasMissedBlock() const
+void viewTX::reply(XModemReceive::Reply reply)
 {
-    return xmodemNoise_ >= XModemBlock::dataSize;
-}
-
-// What comes next is another program.
-void viewTX::forgetSender()
-{
-    xmodemOpened_ = false;
-    xmodemNoise_ = 0;
-    xmodemPolls_ = 0;
-    xmodemLastNumber_ = -1;
-}
-
-void viewTX::finishBlock()
-{
-    if (!XModemBlock::isGood(bytesXModemPacket)) {
-        // Still under way: the repeat begins with its SOH and is gathered whole from that byte.
-        bytesXModemPacket.clear();
-        sp->sendByte(iNAK);
-        return;
+    switch (reply) {
+    case XModemReceive::Reply::Ack:
+        return sp->sendByte(iACK);
+    case XModemReceive::Reply::MarkedNak:
+        return sp->sendByte(iNAK);
+    case XModemReceive::Reply::PlainNak:
+        return sp->sendBytes(QByteArray(1, XModemCodes::NAK)); // sendByte would mark it
     }
-    sp->sendByte(iACK);
-    appendReceived(XModemBlock::data(bytesXModemPacket));
-    noticeNumber();
-    bytesXModemPacket.clear();
-    booGotXModemSOH = false;
-}
-
-// Numbers decide nothing, but a block that came twice or not at all must not go unnoticed: an EOT that noise makes up
-// acknowledges the block that it stood in.
-void viewTX::noticeNumber()
-{
-    // Bit 7 is stripped: 255 reads as 127, and 0 or 1 follows it.
-    const int number = static_cast<unsigned char>(bytesXModemPacket[1]) & 0x7F;
-    const bool isNext = xmodemLastNumber_ < 0
-                            ? number == 1
-                            : number == ((xmodemLastNumber_ + 1) & 0x7F) || (xmodemLastNumber_ == 0x7F && number == 1);
-    if (number == xmodemLastNumber_) {
-        ++xmodemRepeats_;
-        repeatNotice_ = QStringLiteral("Block %1 came twice and stands twice in the program (%2 repeated so far)")
-                            .arg(xmodemBlocks_)
-                            .arg(xmodemRepeats_);
-    } else {
-        if (!isNext)
-            missingNotice_ =
-                QStringLiteral("Blocks are missing after block %1: the program is not whole").arg(xmodemBlocks_);
-        ++xmodemBlocks_;
-    }
-    xmodemLastNumber_ = number;
-    refreshStatus();
 }

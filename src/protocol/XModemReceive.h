@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+/// The receiving side of XModem. Knows no line and no clock: bytes and the ticks of a one-second timer come in, replies
+/// and the program's bytes go out.
+///
+///     Between ──SOH──> InBlock ──good──> Between          Between ──EOT──> Between, the program is whole
+///                      InBlock ──wrong sum──> Refused     Refused, Stalled ──SOH──> InBlock
+///                      InBlock ──silence──> Stalled       Refused, Stalled ──a lone EOT──> Between
+class XModemReceive
+{
+public:
+    enum class State {
+        Between, ///< no block is under way; before the first one, too
+        InBlock,
+        Refused, ///< the block's sum was wrong; its repeat has not begun
+        Stalled, ///< the block stayed incomplete and was dropped; its repeat has not begun
+    };
+
+    enum class Reply {
+        Ack,
+        MarkedNak, ///< with the parity bit, as controls know it
+        PlainNak,  ///< peers that know plain 8-bit XModem alone do not hear the marked one
+    };
+
+    /// What follows from bytes or a tick.
+    struct Step {
+        QList<Reply> replies; ///< in the order in which they go out
+        QByteArray program;   ///< to be added to the program, padding included
+        bool isWhole = false; ///< the sender has said that the program is complete
+    };
+
+    /// Takes what has arrived since the last call. A block has to end with it: what follows a block in the same call
+    /// spoils it, since a sender waits for the answer.
+    Step take(const QByteArray& bytes);
+    /// A second has gone by.
+    Step tick();
+    /// The program received so far has been put away; what is told of it does not hold any more.
+    void forgetProgram();
+
+    State state() const { return state_; }
+    /// The block as gathered so far.
+    const QByteArray& packet() const { return packet_; }
+    /// Ticks since the last gathered byte or the last poll.
+    int silence() const { return silence_; }
+
+    int blocks() const { return blocks_; } ///< taken, repeats not counted
+    int repeats() const { return repeats_; }
+    /// What the operator has to know about missing and repeated blocks, one a line; empty when all is well.
+    QString notice() const;
+
+private:
+    void gather(char byte);
+    bool isEndBelieved(const QByteArray& bytes) const;
+    void finishBlock(Step& step);
+    void noteNumber(int number);
+    void noteCancel();
+    void forgetSender();
+    void poll(Step& step);
+    bool hasMissedBlock() const;
+
+    State state_ = State::Between;
+    QByteArray packet_;
+    int silence_ = 0;
+
+    // What came since the last block and helps to tell whether the sender waits for us.
+    bool isOpened_ = false; // the first SOH of this program has come
+    int noise_ = 0;         // bytes that belong to no block
+    int polls_ = 0;         // in a row, without an answer
+
+    int blocks_ = 0;
+    int repeats_ = 0;
+    int lastNumber_ = -1;
+    QString missing_;
+    QString repeated_;
+};
