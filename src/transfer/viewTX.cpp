@@ -43,9 +43,8 @@ QString lineFormat(const MachineRecord& mc)
 
 viewTX::viewTX(QWidget* parent)
     : QWidget(parent), sp(std::make_shared<serialPort>()), mc(std::make_shared<MachineRecord>()),
-      ui(std::make_unique<Ui::viewTX>())
+      ui(std::make_unique<Ui::viewTX>()), program_((ui->setupUi(this), *ui->rt1))
 {
-    ui->setupUi(this);
     connect(ui->btnSend, &QPushButton::clicked, this, &viewTX::btnSend_Click);
     connect(ui->btnStop, &QPushButton::clicked, this, &viewTX::btnStop_Click);
     connect(ui->btnRewind, &QPushButton::clicked, this, &viewTX::btnRewind_Click);

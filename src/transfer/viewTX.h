@@ -4,8 +4,11 @@
 #include "config/MachineRecord.h"
 #include "platform/NotificationCenter.h"
 #include "protocol/XModemCodes.h"
+#include "protocol/XModemProgram.h"
 #include "protocol/XModemReceive.h"
+#include "protocol/XModemSend.h"
 #include "serial/serialPort.h"
+#include "transfer/EditorProgram.h"
 #include "transfer/TransferStatus.h"
 
 #include <QElapsedTimer>
@@ -129,14 +132,14 @@ public:
     qsizetype iIndexCurrentLine = 0;
     bool booWaitingForStartSignal = false;
 
-    int iXModemPacketNo = 0;
-    bool booSentXModemBOF = false;
-    bool booSentXModemEOF = false;
-    bool booSentXModemEOT = false;
+    int iXModemPacketNo() const { return xmodemSend_.nextNumber(); }
+    bool booSentXModemBOF() const { return xmodemSend_.sent() > 0; }
+    bool booSentXModemEOF() const { return xmodemSend_.isAllSent(); }
+    bool booSentXModemEOT() const { return xmodemSend_.state() == XModemSend::State::End; }
+    const QByteArray& bBuffer() const { return xmodemSend_.program(); } ///< the whole program as bytes
+    const QByteArray& bPacket() const { return xmodemSend_.packet(); }  ///< the block last sent
     bool booGotXModemSOH() const { return xmodemReceive_.state() != XModemReceive::State::Between; }
     const QByteArray& bytesXModemPacket() const { return xmodemReceive_.packet(); } ///< the block being received
-    QByteArray bBuffer; ///< the program as bytes, without what went into blocks
-    QByteArray bPacket; ///< the block last sent
     int iXModemTimeoutCounter() const { return xmodemReceive_.silence(); } ///< ticks since the last received byte
     QTimer tmrXModemTimer;
 
@@ -178,9 +181,9 @@ private:
     void showWaitBox(const QString& text, bool canSendNow);
     static QString waitForStart();
 
-    QByteArray xmodemBytes(qsizetype lineStart, qsizetype lineEnd) const;
-    void sendNextBlock();
-    void followBlocks();
+    void carryOut(const XModemSend::Step& step);
+    void showBlockOut();
+    void endXModem(XModemSend::Ending ending);
     void actOnXModemReplies(const QByteArray& bytes);
     void carryOut(const XModemReceive::Step& step);
     void reply(XModemReceive::Reply reply);
@@ -208,6 +211,7 @@ private:
     bool portIsBack();
 
     std::unique_ptr<Ui::viewTX> ui;
+    EditorProgram program_;
     bool booModeTX = true;
     bool vTextLocked = false;
     qsizetype nextLine_ = 0; // position of the line that goes out next; belongs to the transfer while it runs
@@ -215,12 +219,8 @@ private:
     double percent_ = 0;
     QString lastFolder_; // of the file opened or saved last in this view
 
-    // XModem sending: how far blocks have used up the program, and the editor's line that this is in.
-    qsizetype xmodemSent_ = 0;
-    qsizetype xmodemLineStart_ = 0;
-    qsizetype xmodemLineEnd_ = 0;     // in the editor
-    qsizetype xmodemLineEndSent_ = 0; // in the bytes sent
-
+    XModemProgram xmodemProgram_;
+    XModemSend xmodemSend_;
     XModemReceive xmodemReceive_;
 
     // What the operator is told.

@@ -186,7 +186,7 @@ void viewTX::movePBars()
 {
     const double unit = std::max(icon().pBarMaximum() / 100.0, 0.1);
     const double percent = static_cast<double>(iIndexCurrentLine) / unit;
-    const bool isAllOut = isXModem() ? booSentXModemEOF : txEOF;
+    const bool isAllOut = isXModem() ? xmodemSend_.isAllSent() : txEOF;
     icon().setPBarValue(unit * percent);
     showPercent(isAllOut ? 100 : percent);
 }

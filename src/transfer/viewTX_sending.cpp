@@ -183,6 +183,7 @@ void viewTX::btnStop_Click()
     }
     booWaitingForStartSignal = false;
     txState.State = TxState::txState_idle;
+    xmodemSend_.stop();
     sp->stopButtonPressed = true;
     if (ownsCaret) ui->rt1->moveCaretTo(nextLine_); // clicks during wait and transfer may have taken it elsewhere
     ui->rt1->clearLineOut();

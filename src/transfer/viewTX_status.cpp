@@ -57,7 +57,7 @@ void viewTX::beginXModemClock()
 {
     firstLine_ = 1;
     auto send = plainSend(0);
-    send.to = bBuffer.size();
+    send.to = xmodemSend_.program().size();
     send.bytesPerUnit = static_cast<double>(XModemBlock::size) / XModemBlock::dataSize;
     status_.clock.begin(now(), send);
 }

@@ -33,8 +33,7 @@ struct LrzszRig {
         peer.startSending(program);
         QByteArray log;
         [&] { QTRY_VERIFY((log += peer.log()).contains("XMODEM receive command now")); }();
-        rig.view->iXModemTimeoutCounter = 0;
-        for (int tick = 1; tick <= 7; ++tick) // up to the first NAK that a plain peer hears
+        for (int tick = rig.view->iXModemTimeoutCounter(); tick < 7; ++tick) // to the first NAK that a plain peer hears
             rig.view->tmrXModem_Tick();
         rig.view->startXModemTimer(second);
         waitForPeer();

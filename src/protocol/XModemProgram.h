@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "protocol/LineFilter.h"
+#include "protocol/ProgramText.h"
+
+#include <QByteArray>
+
+/// A program as the bytes that XModem sends, and which of its lines a byte belongs to. Remembers one place only, so a
+/// long program costs no more than its bytes.
+class XModemProgram
+{
+public:
+    /// The bytes of all lines that the filter lets through, "\n" made the end of block (in characters).
+    QByteArray begin(const ProgramText& text, const LineFilter& filter, const QString& endOfBlock);
+    /// Moves on to the line that holds the last of so many bytes; never back. The text is the one of begin.
+    ProgramText::Line follow(const ProgramText& text, qsizetype sent);
+
+private:
+    QByteArray lineBytes(const ProgramText& text, ProgramText::Line line) const;
+
+    LineFilter filter_;
+    QString endOfBlock_;
+    ProgramText::Line line_;
+    qsizetype lineEndSent_ = 0; // where line_ ends in the bytes
+};
