@@ -15,6 +15,7 @@ public:
     QByteArray begin(const ProgramText& text, const LineFilter& filter, const QString& endOfBlock);
     /// Moves on to the line that holds the last of so many bytes; never back. The text is the one of begin.
     ProgramText::Line follow(const ProgramText& text, qsizetype sent);
+    ProgramText::Line line() const { return line_; } ///< that follow has come to
 
 private:
     QByteArray lineBytes(const ProgramText& text, ProgramText::Line line) const;

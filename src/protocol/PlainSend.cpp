@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "protocol/PlainSend.h"
+
+#include "config/g.h"
+
+#include <utility>
+
+void PlainSend::prepareFromTop(const Setup& setup)
+{
+    setup_ = setup;
+    prepare(Place{State::Waiting, 0}, 0);
+}
+
+void PlainSend::prepareFromCaret(const Setup& setup, qsizetype caret)
+{
+    setup_ = setup;
+    if (place_ && place_->next != caret) place_.reset();
+    prepare(place_, caret);
+}
+
+void PlainSend::prepare(const std::optional<Place>& place, qsizetype next)
+{
+    place_ = place;
+    next_ = next;
+    state_ = State::Waiting;
+    if (!isContinued()) line_ = {next, next};
+}
+
+QByteArray PlainSend::begin(const QByteArray& cutOff)
+{
+    const bool continues = isContinued();
+    const auto place = std::exchange(place_, {});
+    if (continues) {
+        state_ = place->reached;
+        return cutOff;
+    }
+    isLeaderDue_ = setup_.filter.type == ControlType::Okuma;
+    if (!place) return nextLine();
+    state_ = State::Header;
+    return Framing::header(setup_.filter.type, setup_.startOfTransfer, setup_.endOfBlock);
+}
+
+PlainSend::Step PlainSend::written()
+{
+    switch (state_) {
+    case State::Header:
+    case State::Lines:
+        if (next_ < program_.size()) return {nextLine()};
+        state_ = State::Trailer;
+        return {Framing::trailer(setup_.filter.type, setup_.endOfTransfer, setup_.endOfBlock)};
+    case State::Trailer:
+        state_ = State::Idle;
+        if (setup_.repeats) prepare(Place{State::Waiting, 0}, 0);
+        return {.bytes = {}, .isSent = true};
+    default:
+        return {};
+    }
+}
+
+QByteArray PlainSend::nextLine()
+{
+    state_ = State::Lines;
+    std::optional<QString> text;
+    do {
+        line_ = program_.lineAt(next_);
+        next_ = line_.end;
+        text = setup_.filter.lineToSend(program_.lineText(line_));
+    } while (!text && next_ < program_.size());
+    if (!text) return {};
+
+    text->replace(u'\n', setup_.endOfBlock);
+    if (std::exchange(isLeaderDue_, false)) text->prepend(g::nulls(Framing::leaderLength));
+    return g::getBytes(*text);
+}
+
+void PlainSend::stop()
+{
+    const auto reached = std::exchange(state_, State::Idle);
+    // Stopped in its wait, a send keeps the place from which it was to begin.
+    if (reached > State::Waiting) place_ = Place{reached, next_};
+}
+
+PlainSend::Restart PlainSend::lose()
+{
+    stop();
+    const auto place = std::exchange(place_, {});
+    if (!place) return Restart::AsChosen;
+    if (place->reached < State::Lines) return Restart::FromTop;
+    next_ = line_.start;
+    return Restart::FromLineOut;
+}
+
+void PlainSend::forgetPlace()
+{
+    if (state_ == State::Idle) place_.reset();
+}
+
+void PlainSend::rewind()
+{
+    state_ = State::Idle;
+    place_.reset();
+    next_ = 0;
+}

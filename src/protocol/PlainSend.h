@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "protocol/LineFilter.h"
+#include "protocol/ProgramText.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+/// Sends a program as plain text, paced by the port: bytes go out, and each completed write brings the next ones. Knows
+/// no line and no clock.
+///
+///     Idle ──prepare──> Waiting ──begin, from the top──> Header ──written──> Lines
+///                       Waiting ──begin, from the caret──> Lines ──written, lines left──> Lines
+///                       Waiting ──begin, continued──> where the stop was: Header, Lines or Trailer
+///     Lines ──written, none left──> Trailer ──written──> Idle, sent; with repeat Waiting, from the top
+///     any ──stop, lose──> Idle
+class PlainSend
+{
+public:
+    enum class State {
+        Idle,
+        Waiting, ///< prepared; begin starts it
+        Header,
+        Lines,
+        Trailer,
+    };
+
+    /// What of a machine's settings makes the bytes of a send.
+    struct Setup {
+        LineFilter filter; ///< with the control type
+        QString startOfTransfer;
+        QString endOfBlock;
+        QString endOfTransfer;
+        bool repeats = false; ///< again from the top when all is out
+    };
+
+    /// What follows from a completed write.
+    struct Step {
+        std::optional<QByteArray> bytes; ///< to be written even when empty: their completion leads on
+        bool isSent = false;             ///< the whole program is out, trailer included
+    };
+
+    /// Where to start again when the port was lost, with all that it held.
+    enum class Restart {
+        AsChosen, ///< nothing was under way
+        FromTop,
+        FromLineOut, ///< nobody knows how much of this line has arrived; next() is its start
+    };
+
+    /// The program outlives this object and does not change between prepare and the end of a send.
+    explicit PlainSend(const ProgramText& program) : program_(program) {}
+
+    /// From the first line; what a stop cut off is forgotten.
+    void prepareFromTop(const Setup& setup);
+    /// From the line at `caret`. Continues the stopped send if that is where it would go on.
+    void prepareFromCaret(const Setup& setup, qsizetype caret);
+    /// Starts what was prepared: the bytes to write first. `cutOff` is what the stop kept from the line; it goes out
+    /// first in a continued send and is ignored in any other.
+    QByteArray begin(const QByteArray& cutOff);
+    /// The last write is complete. Nothing follows after a stop, however late the completion is reported.
+    Step written();
+    /// Stops and keeps the place, so that a send from there continues without a byte lost or doubled.
+    void stop();
+    /// The port is gone. Nothing can be continued after that.
+    Restart lose();
+    /// Caret or text were changed: a stopped send can't be continued any more. Nothing while a send is under way.
+    void forgetPlace();
+    /// No send is under way, and the first line is the next one.
+    void rewind();
+
+    State state() const { return state_; }
+    /// The next begin continues a stopped send.
+    bool isContinued() const { return place_ && place_->reached > State::Waiting; }
+    /// Where the line that goes out next begins.
+    qsizetype next() const { return next_; }
+    /// The line that went out last.
+    ProgramText::Line lineOut() const { return line_; }
+    bool isAllOut() const { return next_ > 0 && next_ >= program_.size(); }
+    /// The leader that an Okuma control wants before the first line is still to come.
+    bool isLeaderDue() const { return isLeaderDue_; }
+
+private:
+    // Where begin goes on. Without one it starts with the line at the caret.
+    struct Place {
+        State reached; // Waiting: the header is still to come
+        qsizetype next;
+    };
+
+    void prepare(const std::optional<Place>& place, qsizetype next);
+    QByteArray nextLine();
+
+    const ProgramText& program_;
+    Setup setup_;
+    State state_ = State::Idle;
+    std::optional<Place> place_;
+    qsizetype next_ = 0;
+    ProgramText::Line line_;
+    bool isLeaderDue_ = true;
+};
