@@ -48,16 +48,10 @@ QString programSize(const TransferFacts& facts)
 }
 } // namespace
 
-void TransferStatus::received(qint64 now)
+bool TransferStatus::isRunning() const
 {
-    entered_ = TransferState::Receiving;
-    lastByteAt_ = now;
-}
-
-void TransferStatus::forgetReceived()
-{
-    lastByteAt_.reset();
-    if (entered_ == TransferState::Received) entered_ = TransferState::Listening;
+    return entered_ == TransferState::WaitingForStart || entered_ == TransferState::WaitingForXModem ||
+           entered_ == TransferState::Sending;
 }
 
 TransferState TransferStatus::state(qint64 now) const

@@ -47,10 +47,12 @@ public:
     /// The transfer has come to this state. Held and Listening are found out by themselves, from Sending and Receiving.
     void enter(TransferState state) { entered_ = state; }
     TransferState entered() const { return entered_; }
+    /// A send is under way or waits for the control.
+    bool isRunning() const;
     /// Bytes have arrived.
-    void received(qint64 now);
+    void received(qint64 now) { lastByteAt_ = now; }
     /// What was received is not in the editor any more.
-    void forgetReceived();
+    void forgetReceived() { lastByteAt_.reset(); }
 
     TransferState state(qint64 now) const;
     /// The state in a few words.

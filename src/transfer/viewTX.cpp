@@ -5,7 +5,9 @@
 #include "config/ControlCodes.h"
 #include "config/g.h"
 #include "editor/EditorActions.h"
+#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
+#include "transfer/ProgramDrop.h"
 #include "transfer/TransferHost.h"
 #include "transfer/TransferWords.h"
 
@@ -39,11 +41,20 @@ QString lineFormat(const MachineRecord& mc)
         return QStringLiteral("n,8,");
     }
 }
+
+QString shortLine(const MachineRecord& mc)
+{
+    if (mc.MCPORT.isEmpty()) return QStringLiteral("NONE");
+    QString port = mc.MCPORT;
+    if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
+    const QString line = port + u',' + QString::number(mc.MCBAUD) + u',' + lineFormat(mc) + QString::number(mc.MCSBITS);
+    return line + QStringLiteral("\r\n") + TransferWords::flow(mc.MCFLOW);
+}
 } // namespace
 
 viewTX::viewTX(QWidget* parent)
     : QWidget(parent), sp(std::make_shared<serialPort>()), mc(std::make_shared<MachineRecord>()),
-      ui(std::make_unique<Ui::viewTX>()), program_((ui->setupUi(this), *ui->rt1))
+      ui(std::make_unique<Ui::viewTX>()), panel_(*this, (ui->setupUi(this), *ui)), program_(*ui->rt1), plain_(program_)
 {
     connect(ui->btnSend, &QPushButton::clicked, this, &viewTX::btnSend_Click);
     connect(ui->btnStop, &QPushButton::clicked, this, &viewTX::btnStop_Click);
@@ -56,21 +67,22 @@ viewTX::viewTX(QWidget* parent)
     connect(ui->btnLock, &QToolButton::clicked, this, &viewTX::btnLock_Click);
     connect(ui->btnFont, &QToolButton::clicked, this, &viewTX::btnFont_Click);
     connect(&tmrXModemTimer, &QTimer::timeout, this, &viewTX::tmrXModem_Tick);
-    // A line that was stopped half-way is continued only where the operator left it.
+    // A send that was stopped is continued only where the operator left it.
     connect(ui->rt1, &ProgramEditor::operatorTouched, this, [this] {
-        if (dncRunning()) return;
-        resume_.reset();
+        if (status_.isRunning()) return;
+        plain_.forgetPlace();
         readyAgain();
     });
     connect(ui->rt1, &ProgramEditor::lineOutShown, this, &viewTX::movePBars);
     connect(ui->rt1, &QsciScintilla::textChanged, this, [this] {
-        resume_.reset();
+        plain_.forgetPlace();
         refreshStatusLater();
     });
     connect(ui->cbo1, &QComboBox::activated, this, &viewTX::readyAgain);
     connect(&tmrStatus_, &QTimer::timeout, this, &viewTX::refreshStatus);
+    connect(new ProgramDrop(this, ui->btnFolder), &ProgramDrop::dropped, this, &viewTX::openFile);
+    tmrStatus_.setSingleShot(true);
     clock_.start();
-    ui->boxPBOuter->installEventFilter(this);
     new EditorActions(this, ui->rt1, ui->findBar);
     viewDidLoad();
 }
@@ -82,6 +94,15 @@ viewTX::~viewTX()
     icon().setPBarHidden(true);
 }
 
+void viewTX::viewDidLoad()
+{
+    panel_.setUp();
+    ui->cbo1->setCurrentIndex(0);
+    setPBarsHidden(true);
+    setTextLocked(false);
+    enter(TransferState::Ready);
+}
+
 void viewTX::initialize(bool send, int mcIndex)
 {
     if (mcIndex < 0 || mcIndex >= g::mcIcons.size()) qFatal("no machine at index %d", mcIndex);
@@ -90,55 +111,28 @@ void viewTX::initialize(bool send, int mcIndex)
     mc = g::mcIcons[mcIndex];
     if (auto* host = dynamic_cast<TransferHost*>(g::mcChildViews[mcIndex].get())) sp = host->machinePort();
 
-    showMachine();
-    ui->txtTXorRX->setText(send ? QStringLiteral("Send to CNC") : QStringLiteral("Receive"));
-    ui->boxTxButtons->setHidden(!send); // a receive view cannot send
+    panel_.showMode(send);
     setAcceptDrops(send);
-    observePort();
-    setEOB();
-    setSOT();
-    setEOT();
-    status_.enter(send ? TransferState::Ready : TransferState::Listening);
-    showPictures();
+    nc->removeObserver(this);
+    disconnect(lostConnection_);
+    // Told in the view and on the icon, without a message that would hold up the operators of other machines.
+    lostConnection_ = connect(sp.get(), &serialPort::lost, this, [this] { end(Ending::PortLost); });
+    // A sending view listens, too: the control's start signal and XModem replies drive it.
+    nc->addObserver(this, rxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
+    if (send) nc->addObserver(this, txOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
 
-    tmrXModemTimer.stop();
-    if (!isXModem()) return;
-    if (send) {
-        // An XModem send starts from the top, when the control asks for it.
-        ui->btnSendNow->hide();
-        setComboHidden(true);
-    } else {
-        startXModemTimer(xmodemTickInterval);
-    }
+    shownState_.reset(); // the icon is another one
+    machineChanged();
+    enter(send ? TransferState::Ready : TransferState::Listening);
 }
 
 void viewTX::machineChanged()
 {
-    showMachine();
+    panel_.showMachine(mc->MCNAME, TransferWords::line(*mc), shortLine(*mc));
     setEOB();
     setSOT();
     setEOT();
     refreshStatus();
-}
-
-void viewTX::observePort()
-{
-    nc->removeObserver(this);
-    disconnect(lostConnection_);
-    lostConnection_ = connect(sp.get(), &serialPort::lost, this, &viewTX::portVanished);
-    // A sending view listens too: the control's start signal and XModem replies drive it.
-    nc->addObserver(this, rxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
-    if (booModeTX) nc->addObserver(this, txOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
-}
-
-QString viewTX::machineSummary() const
-{
-    if (mc->MCPORT.isEmpty()) return QStringLiteral("NONE");
-    QString port = mc->MCPORT;
-    if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
-    const QString line =
-        port + u',' + QString::number(mc->MCBAUD) + u',' + lineFormat(*mc) + QString::number(mc->MCSBITS);
-    return line + QStringLiteral("\r\n") + TransferWords::flow(mc->MCFLOW);
 }
 
 MachineProgress& viewTX::icon() const
@@ -153,19 +147,41 @@ bool viewTX::isXModem() const
     return mc->MCFLOW == 3;
 }
 
+// The only writer of the state that is shown; buttons, lock, boxes and timers follow from it.
+void viewTX::enter(TransferState state)
+{
+    status_.enter(state);
+    setDncRunning(status_.isRunning());
+    panel_.showLock(vTextLocked, status_.isRunning());
+    // An XModem send always starts at the top, when the control asks for it.
+    setComboHidden(isXModem() || state == TransferState::Sending);
+    panel_.showWaitBox(state);
+
+    if (booModeTX || !isXModem() || state == TransferState::PortLost)
+        tmrXModemTimer.stop();
+    else if (state == TransferState::Listening && !tmrXModemTimer.isActive())
+        startXModemTimer(xmodemTickInterval);
+    refreshStatus();
+}
+
 bool viewTX::dncRunning() const
 {
     return ui->btnSend->isHidden();
 }
 
-void viewTX::setDncRunning(bool running)
+viewTX::TxState viewTX::txState() const
 {
-    const bool byKeyboard = running && ui->btnSend->hasFocus();
-    ui->btnSend->setHidden(running);
-    ui->btnRewind->setHidden(running);
-    ui->btnStop->setHidden(!running);
-    if (byKeyboard) ui->btnStop->setFocus();
-    applyLock();
+    if (xmodemSend_.state() != XModemSend::State::Idle) return {TxState::txState_sending_xmodem};
+    switch (plain_.state()) {
+    case PlainSend::State::Header:
+        return {TxState::txState_sending_header};
+    case PlainSend::State::Lines:
+        return {TxState::txState_sending_body};
+    case PlainSend::State::Trailer:
+        return {TxState::txState_sending_trailer};
+    default:
+        return {TxState::txState_idle};
+    }
 }
 
 void viewTX::setEOB()
@@ -181,4 +197,19 @@ void viewTX::setSOT()
 void viewTX::setEOT()
 {
     EOT = ControlCodes::startOrEnd(mc->MCTXEOT);
+}
+
+qsizetype viewTX::iIndexCurrentLine() const
+{
+    return isXModem() ? xmodemProgram_.line().start : plain_.lineOut().start;
+}
+
+QString viewTX::strBuffer() const
+{
+    return g::getString(xmodemSend_.program());
+}
+
+QString viewTX::sXModemPacket() const
+{
+    return g::getString(xmodemSend_.packet().mid(XModemBlock::headSize, XModemBlock::dataSize));
 }

@@ -3,53 +3,48 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
-#include "protocol/Framing.h"
-#include "protocol/LineFilter.h"
 #include "transfer/MachineProgress.h"
+#include "transfer/TransferWords.h"
 
-int viewTX::selectedStart() const
+namespace
 {
-    return ui->cbo1->currentIndex();
-}
+// Items of cbo1.
+constexpr int fromTheTop = 0;
+constexpr int fromTheCaret = 1;
+} // namespace
 
-bool viewTX::underWay() const
+bool viewTX::startsFromTop() const
 {
-    return dncRunning() && txState.State != TxState::txState_idle;
+    return ui->cbo1->currentIndex() == fromTheTop;
 }
 
 void viewTX::btnSend_Click()
 {
-    iTextLength = ui->rt1->textSize();
-    if (iTextLength <= 0) {
+    if (program_.size() <= 0) {
         g::msgBox(QStringLiteral("Can not send an empty file\r\rOpen folder and select a file to send to the CNC"),
                   QStringLiteral("OK"), {});
         return;
     }
-    if (!portIsBack()) return portLost();
-    txEOF = false;
-    txState.State = TxState::txState_idle;
-    setDncRunning(true);
-    icon().setPBarMaximum(static_cast<double>(iTextLength));
-    if (selectedStart() == fromTheTop) {
-        btnRewind_Click();
-    } else {
-        nextLine_ = ui->rt1->caret();
-        // However the caret was moved: what a stop cut off belongs to the place of that stop alone.
-        if (resume_ && resume_->nextLine != nextLine_) resume_.reset();
-    }
+    if (status_.entered() == TransferState::PortLost && sp->Open(mc->MCPORT) < 0) return tellPortLost();
+    icon().setPBarMaximum(static_cast<double>(program_.size()));
+    if (startsFromTop()) btnRewind_Click();
+    if (isXModem()) return beginSend();
+
+    const LineFilter filter{Framing::controlType(mc->MCMODE), mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
+    const PlainSend::Setup setup{filter, SOT, EOB, EOT, mc->MCREPEAT};
+    startsFromTop() ? plain_.prepareFromTop(setup) : plain_.prepareFromCaret(setup, ui->rt1->caret());
+    waitOrBegin();
+}
+
+void viewTX::waitOrBegin()
+{
     setPBarsHidden(false);
-    if (resume_ && resume_->state != TxState::txState_idle) movePBars();
-    if (mc->MCWAIT && (mc->MCFLOW == 0 || mc->MCFLOW == 1)) {
-        // The start signal is the XON byte: with flow control on, the driver would swallow it.
-        if (!sp->setFlow(0)) return portLost();
-        booWaitingForStartSignal = true;
-        showWaitBox(waitForStart(), true);
-        if (!resume_) status_.clock = {};
-        status_.enter(TransferState::WaitingForStart);
-        refreshStatus();
-        return;
-    }
-    beginSend();
+    if (plain_.isContinued()) movePBars();
+    if (!mc->MCWAIT || mc->MCFLOW > 1 || mc->MCFLOW < 0) return beginSend();
+    // The start signal is the XON byte: with flow control on, the driver would swallow it.
+    if (!sp->setFlow(0)) return tellPortLost();
+    if (!plain_.isContinued()) status_.clock = {};
+    enter(TransferState::WaitingForStart);
 }
 
 void viewTX::btnSendNow()
@@ -59,148 +54,115 @@ void viewTX::btnSendNow()
 
 void viewTX::btnHideWaitBox()
 {
-    ui->boxWaitForCNC->hide();
+    panel_.hideWaitBox();
 }
 
 void viewTX::beginSend()
 {
-    if (underWay()) return; // a second start signal must not start the program twice
-    ui->boxWaitForCNC->hide();
-    if (isXModem()) return startXModem();
-    if (mc->MCFLOW == 1 && !sp->setFlow(1)) return portLost();
-    booWaitingForStartSignal = false;
-    setComboHidden(true);
-    const bool isRest = selectedStart() != fromTheTop && resume_ && resume_->state != TxState::txState_idle;
-    isRest ? status_.clock.resume(now()) : beginClock();
-    status_.enter(TransferState::Sending);
-    refreshStatus();
-    selectedStart() == fromTheTop ? sendHeader() : continueSend();
-}
-
-void viewTX::sendHeader()
-{
-    const auto type = Framing::controlType(mc->MCMODE);
-    if (type == ControlType::Okuma) doneOkumaNulls = false;
-    txState.State = TxState::txState_sending_header;
-    send(Framing::header(type, SOT, EOB));
-}
-
-void viewTX::continueSend()
-{
-    if (!resume_) return sendLine();
-    if (resume_->state == TxState::txState_idle) {
-        resume_.reset();
-        return sendHeader();
-    }
-    // What the stop cut off goes out first; its completion then leads on as if there had been no stop.
-    txState.State = resume_->state;
-    txEOF = resume_->txEOF;
-    resume_.reset();
-    sp->sendBytes(sp->takeUnsentBytes());
-}
-
-void viewTX::sendLine()
-{
-    txState.State = TxState::txState_sending_body;
-    if (!dncRunning()) return;
-
-    const auto type = Framing::controlType(mc->MCMODE);
-    const LineFilter filter{type, mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
-    std::optional<QString> text;
-    ProgramEditor::Line line;
-    do {
-        line = ui->rt1->lineAt(nextLine_);
-        nextLine_ = line.end;
-        text = filter.lineToSend(ui->rt1->lineText(line));
-        txEOF = line.end >= iTextLength;
-    } while (!text && !txEOF);
-
-    iIndexCurrentLine = line.start;
-    QString out;
-    if (text) {
-        out = text->replace(u'\n', EOB);
-        if (type == ControlType::Okuma && !doneOkumaNulls) {
-            out.prepend(g::nulls(Framing::leaderLength));
-            doneOkumaNulls = true;
-        }
-    }
-    // Also when nothing is left to send: the completion leads on to the trailer.
-    send(g::getBytes(out));
-    ui->rt1->markLineOut(line); // the progress bars move with the mark, but are full at once
-    if (txEOF) movePBars();
-}
-
-void viewTX::sendTrailer()
-{
-    send(Framing::trailer(Framing::controlType(mc->MCMODE), EOT, EOB));
+    if (isXModem() && xmodemSend_.state() == XModemSend::State::Idle) return startXModem();
+    if (!booWaitingForStartSignal()) return; // a second start signal must not start the program twice
+    if (mc->MCFLOW == 1 && !sp->setFlow(1)) return tellPortLost();
+    const bool isContinued = plain_.isContinued();
+    isContinued ? status_.clock.resume(now()) : beginClock();
+    enter(TransferState::Sending);
+    // The bytes that the stop cut off were counted when they were first handed to the port.
+    if (isContinued) return sp->sendBytes(plain_.begin(sp->takeUnsentBytes()));
+    write(plain_.begin({}));
+    showLineOut();
 }
 
 void viewTX::TxOnComm()
 {
-    if (!dncRunning() || booWaitingForStartSignal) return;        // reported late, after a stop
-    if (txState.State == TxState::txState_sending_xmodem) return; // the control's replies drive XModem
-    status_.clock.completed(now(), nextLine_);
-    if (!txEOF) return sendLine();
-    if (txState.State == TxState::txState_sending_body) {
-        txState.State = TxState::txState_sending_trailer;
-        sendTrailer();
-    } else if (txState.State == TxState::txState_sending_trailer) {
-        endedByItself();
-    }
+    // XModem is driven by the control's replies, and a completion may be reported late, after a stop.
+    if (plain_.state() <= PlainSend::State::Waiting) return;
+    status_.clock.completed(now(), plain_.next());
+    const auto step = plain_.written();
+    if (step.bytes) write(*step.bytes);
+    showLineOut();
+    if (!step.isSent) return;
+    if (!booWaitingForStartSignal()) return end(Ending::Finished);
+    showRewound();
+    waitOrBegin();
 }
 
-void viewTX::endedByItself()
+void viewTX::showLineOut()
 {
-    setDncRunning(false);
-    txState.State = TxState::txState_idle;
-    btnStop_Click();
-    ui->rt1->moveCaretTo(nextLine_); // the mark may lag a little behind
-    ui->cbo1->setCurrentIndex(fromTheTop);
-    status_.clock.stop(now());
-    status_.enter(TransferState::Sent);
-    refreshStatus();
-    if (mc->MCREPEAT) btnSend_Click();
+    if (plain_.state() != PlainSend::State::Lines) return;
+    const auto line = plain_.lineOut();
+    ui->rt1->markLineOut({line.start, line.end}); // the progress bars move with the mark, but are full at once
+    if (plain_.isAllOut()) movePBars();
 }
 
 void viewTX::btnStop_Click()
 {
-    const bool ownsCaret = dncRunning() && !isXModem();
-    if (underWay()) {
-        movePBars(); // the mark, and the bars with it, may lag a little behind
-        if (ownsCaret) resume_ = ResumePoint{txState.State, txEOF, nextLine_};
-    }
-    // Stopped in the wait, nothing has gone out: the header is still to come.
-    if (ownsCaret && booWaitingForStartSignal && selectedStart() == fromTheTop) resume_ = ResumePoint{};
-    if (dncRunning()) {
-        status_.clock.stop(now());
-        status_.enter(TransferState::Stopped);
-    }
-    ui->boxWaitForCNC->hide();
-    setDncRunning(false);
-    if (!isXModem()) {
-        setComboHidden(false);
-        if (selectedStart() == fromTheTop) ui->cbo1->setCurrentIndex(fromTheCaret);
-    }
-    booWaitingForStartSignal = false;
-    txState.State = TxState::txState_idle;
-    xmodemSend_.stop();
+    if (status_.isRunning()) end(Ending::Stopped);
+}
+
+// Every way out of a transfer leads through here.
+void viewTX::end(Ending ending)
+{
+    if (ending == Ending::PortLost && status_.entered() == TransferState::PortLost) return;
+    if (status_.entered() == TransferState::Sending) movePBars(); // the mark, and the bars with it, may lag behind
+    endNotice_.clear();
     sp->stopButtonPressed = true;
-    if (ownsCaret) ui->rt1->moveCaretTo(nextLine_); // clicks during wait and transfer may have taken it elsewhere
+    isXModem() ? endXModem(ending) : endPlain(ending);
     ui->rt1->clearLineOut();
-    refreshStatus();
+    status_.clock.stop(now());
+    switch (ending) {
+    case Ending::Stopped:
+        return enter(TransferState::Stopped);
+    case Ending::Finished:
+        return enter(TransferState::Sent);
+    case Ending::Cancelled:
+        return enter(TransferState::Cancelled);
+    case Ending::PortLost:
+        sp->Close(); // the system can then give the device's name to the adapter when it comes back
+        return enter(TransferState::PortLost);
+    }
+}
+
+// Leaves caret and selector where the next send starts.
+void viewTX::endPlain(Ending ending)
+{
+    if (ending == Ending::Finished) {
+        ui->rt1->moveCaretTo(program_.size());
+        ui->cbo1->setCurrentIndex(fromTheTop);
+        return;
+    }
+    auto restart = PlainSend::Restart::AsChosen;
+    if (ending == Ending::PortLost)
+        restart = plain_.lose();
+    else
+        plain_.stop();
+    if (!status_.isRunning() && restart == PlainSend::Restart::AsChosen) return;
+    ui->cbo1->setCurrentIndex(restart == PlainSend::Restart::FromTop ? fromTheTop : fromTheCaret);
+    ui->rt1->moveCaretTo(plain_.next()); // clicks during the transfer may have taken it elsewhere
+    if (restart == PlainSend::Restart::FromLineOut)
+        endNotice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
+                         .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
 }
 
 void viewTX::btnRewind_Click()
 {
+    plain_.rewind();
+    sp->discardCutOff(); // the rest of a block must not come in front of the next program
+    showRewound();
+    setPBarsHidden(true);
+    readyAgain();
+}
+
+void viewTX::showRewound()
+{
     ui->rt1->clearLineOut();
     ui->rt1->moveCaretTo(0);
-    nextLine_ = 0;
-    resume_.reset();
-    sp->discardCutOff(); // the rest of a block must not come in front of the next program
-    txSOF = true;
-    txEOF = false;
-    setPBarsHidden(true);
-    if (!isXModem()) setComboHidden(false);
     ui->cbo1->setCurrentIndex(fromTheTop);
-    readyAgain();
+    txSOF = true;
+}
+
+void viewTX::tellPortLost()
+{
+    end(Ending::PortLost);
+    g::msgBox(QStringLiteral("The port %1 of %2 no longer answers\r\rCheck the adapter and choose Send again")
+                  .arg(mc->MCPORT, mc->MCNAME),
+              QStringLiteral("OK"), {});
 }

@@ -98,7 +98,7 @@ class MonkeyTest : public QObject
             if (line.isEmpty()) line = editor->lineText(editor->lineAt(0)); // from the end a repeat begins at the top
             if (view->dncRunning() || goesOn) line.clear();
             before.emplace_back(view, line.toLatin1(),
-                                view->dncRunning() && view->txState.State != viewTX::TxState::txState_idle);
+                                view->dncRunning() && view->txState().State != viewTX::TxState::txState_idle);
         }
         action();
         for (const auto& [view, line, wasSending] : before) {

@@ -63,14 +63,10 @@ private Q_SLOTS:
         const QByteArray first("\x01\x01\xFE" + full + '\x80'); // the sum: 128 times 97
         const QByteArray second = block(2, "b");
         row("whole transfer", two, {NAK, ACK, ACK, ACK}, first + second + EOT + ".");
-        row("exactly one block, none of spaces behind it", full, {NAK, ACK, ACK}, first + EOT + ".");
         row("nothing left, no block of spaces", "(A)\n(B)\n", {NAK, ACK}, EOT + ".");
-        row("refused", two, {NAK, NAK, ACK, NAK, NAK, ACK}, first + first + second + second + second + EOT);
         row("acknowledgement asks as well", full, {ACK}, first);
-        row("replies in one chunk", two, {NAK + ACK + ACK}, first + second + EOT);
-        row("other bytes mean nothing", full, {QByteArray("C\x11\x13\0x\x04", 6), NAK}, "." + first);
+        row("replies in one chunk", two, {"C" + NAK + ACK + ACK}, first + second + EOT);
         row("cancelled in the middle, twice as usual", two, {NAK, CAN + CAN, NAK, ACK}, first + "...");
-        row("refused end counts as an answer", full, {NAK, ACK, NAK, NAK}, first + EOT + "..");
         const QByteArray sent[] = {{}, first, first + second, first + second + EOT};
         for (int replies = 0; replies < 4; ++replies)
             for (const auto& end : {stop, CAN.repeated(10)})
@@ -89,7 +85,7 @@ private Q_SLOTS:
         QVERIFY(rig.isShown("boxWaitForCNC") && !rig.isShown("btnSendNow") && !rig.isShown("cbo1"));
         QCOMPARE(rig.readAll(), QByteArray()); // the control has to ask
         QTEST(play(rig, script), "sent");
-        QVERIFY(!rig.isShown("boxWaitForCNC") || script.first() == ACK);
+        QVERIFY(!rig.isShown("boxWaitForCNC"));
     }
 
     void wholeProgramGoesOut()

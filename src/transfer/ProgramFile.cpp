@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/ProgramFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace
+{
+// The editor's positions are 32-bit and a byte above 127 takes two of them.
+constexpr qint64 largestFile = 1'000'000'000;
+
+// A full disk takes a part first; only the write after that says why.
+bool writeAll(QSaveFile& file, const QByteArray& bytes)
+{
+    for (qsizetype at = 0; at < bytes.size();) {
+        const auto written = file.write(bytes.constData() + at, bytes.size() - at);
+        if (written <= 0) return false;
+        at += written;
+    }
+    return true;
+}
+} // namespace
+
+bool ProgramFile::isReadable(const QString& path)
+{
+    return QFileInfo(path).isFile() && QFileInfo(path).isReadable();
+}
+
+bool ProgramFile::isTooLarge(const QString& path)
+{
+    return QFileInfo(path).size() > largestFile;
+}
+
+std::optional<QByteArray> ProgramFile::read(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) return {};
+    return bytes;
+}
+
+QString ProgramFile::write(const QString& path, const QByteArray& bytes)
+{
+    QSaveFile file(path);
+    // Unbuffered: a disk that is full only when a buffer is written at the end would go unnoticed.
+    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && writeAll(file, bytes) && file.commit()) return {};
+    return file.errorString();
+}

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "protocol/XModemCodes.h"
+
+/// The transfer view's numbers: modes, states and XModem's control bytes.
+struct TransferConstants {
+    static constexpr int MODE_TX = 1;
+    static constexpr int MODE_RX = 2;
+
+    static constexpr int iSOH = XModemCodes::SOH;
+    static constexpr int iEOT = XModemCodes::EOT;
+    static constexpr int iACK = XModemCodes::ACK;
+    static constexpr int iNAK = XModemCodes::NAK;
+
+    static constexpr double xmodemTickInterval = 1.0; // s
+
+    struct TxState {
+        int State = 0;
+        static constexpr int txState_idle = 0;
+        static constexpr int txState_sending_header = 1;
+        static constexpr int txState_sending_body = 2;
+        static constexpr int txState_sending_trailer = 3;
+        static constexpr int txState_stopping = 4; // no transition enters it
+        static constexpr int txState_stopped = 5;  // no transition enters it
+        static constexpr int txState_sending_xmodem = 6;
+    };
+};

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "transfer/TransferPanel.h"
+#include "ui_viewTX.h"
+
+#include "widgets/Images.h"
+
+#include <QEvent>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+QString waitForStartText()
+{
+    return QStringLiteral(
+        "Waiting for CNC Start Button\n\nIf you don't want to use the 'wait' option in future you can "
+        "disable it in DNC Setup.");
+}
+
+void showImage(QLabel& label, const QString& image)
+{
+    Images::showIn(label, image, label.minimumWidth());
+}
+} // namespace
+
+TransferPanel::TransferPanel(QWidget& view, Ui::viewTX& ui) : view_(view), ui_(ui) {}
+
+void TransferPanel::setUp()
+{
+    ui_.btnFont->hide();
+    ui_.btnStep->hide();
+    ui_.btnNew->setIcon(Images::icon(QStringLiteral("new")));
+    ui_.btnFolder->setIcon(Images::icon(QStringLiteral("open")));
+    ui_.btnSave->setIcon(Images::icon(QStringLiteral("save")));
+    ui_.btnSend->setIcon(Images::icon(QStringLiteral("send")));
+    ui_.btnStop->setIcon(Images::icon(QStringLiteral("stop")));
+    ui_.btnRewind->setIcon(Images::icon(QStringLiteral("rewind")));
+    ui_.btnHideWaitBox->setIcon(Images::icon(QStringLiteral("close")));
+    ui_.btnSendNow->setIcon(Images::icon(QStringLiteral("sendnow")));
+    showImage(*ui_.imgWait, QStringLiteral("state-waiting"));
+    ui_.lblWaitForMC->setText(waitForStartText());
+    ui_.boxWaitForCNC->hide();
+    ui_.btnRewind->installEventFilter(this);
+    ui_.boxPBOuter->installEventFilter(this);
+    view_.installEventFilter(this);
+    setUpFonts();
+    showProgramPath({});
+}
+
+// Relative to the desktop's font, whatever its size.
+void TransferPanel::setUpFonts()
+{
+    const auto scaled = [this](double factor) {
+        QFont font = view_.font();
+        font.setPointSizeF(font.pointSizeF() * factor);
+        font.setBold(true);
+        return font;
+    };
+    ui_.lblMachine->setFont(scaled(1.6));
+    ui_.lblTransferState->setFont(scaled(1.2));
+    ui_.lblProgram->setFont(scaled(1));
+}
+
+void TransferPanel::showMode(bool sends)
+{
+    ui_.txtTXorRX->setText(sends ? QStringLiteral("Send to CNC") : QStringLiteral("Receive"));
+    showImage(*ui_.imgCell, sends ? QStringLiteral("send") : QStringLiteral("receive"));
+    ui_.boxTxButtons->setHidden(!sends); // a receive view cannot send
+}
+
+void TransferPanel::showMachine(const QString& name, const QString& line, const QString& summary)
+{
+    ui_.lblMachine->setText(name);
+    ui_.lblLine->setText(line);
+    ui_.lblMcParas->setText(QString(summary).replace(QLatin1String("\r\n"), QStringLiteral("  \u00B7  ")));
+}
+
+void TransferPanel::showProgramPath(const QString& path)
+{
+    const QString name = QFileInfo(path).fileName();
+    ui_.lblProgram->setText(name);
+    ui_.lblProgram->setHidden(name.isEmpty());
+    ui_.txtPath->setText(path);
+    ui_.txtPath->setToolTip(path);
+}
+
+void TransferPanel::showState(const QString& headline, const QString& details)
+{
+    ui_.lblTransferState->setText(headline);
+    ui_.lblStatus->setText(details);
+}
+
+void TransferPanel::showStateImage(const QString& image)
+{
+    showImage(*ui_.imgTransferState, image);
+}
+
+void TransferPanel::showRunning(bool isRunning)
+{
+    const bool byKeyboard = isRunning && ui_.btnSend->hasFocus();
+    ui_.btnSend->setHidden(isRunning);
+    ui_.btnRewind->setHidden(isRunning);
+    ui_.btnStop->setHidden(!isRunning);
+    if (byKeyboard) ui_.btnStop->setFocus();
+}
+
+void TransferPanel::showLock(bool isLocked, bool isRunning)
+{
+    ui_.btnLock->setIcon(Images::icon(isLocked ? QStringLiteral("locked") : QStringLiteral("unlocked")));
+    const auto keys = ui_.btnLock->shortcut();
+    ui_.btnLock->setText(isLocked ? QStringLiteral("Unlock") : QStringLiteral("Lock"));
+    ui_.btnLock->setShortcut(keys); // a new text takes it away
+    ui_.btnLock->setAccessibleDescription(isLocked ? QStringLiteral("Locked") : QStringLiteral("Unlocked"));
+
+    // A running transfer owns the text: an edit would shift the lines that have not gone out yet.
+    const bool isOpen = !isLocked && !isRunning;
+    ui_.btnNew->setEnabled(isOpen);
+    ui_.btnFolder->setEnabled(isOpen);
+    ui_.rt1->setReadOnly(!isOpen);
+    ui_.rt1->setCaretHeld(isRunning);
+    ui_.cbo1->setEnabled(!isRunning);
+}
+
+void TransferPanel::showWaitBox(TransferState state)
+{
+    if (state == TransferState::WaitingForStart)
+        showWaitBox(waitForStartText(), true);
+    else if (state == TransferState::WaitingForXModem)
+        showWaitBox(QStringLiteral("Waiting for XModem start command from CNC"), false);
+    else
+        hideWaitBox();
+}
+
+void TransferPanel::showWaitBox(const QString& text, bool canSendNow)
+{
+    ui_.lblWaitForMC->setText(text);
+    ui_.btnSendNow->setHidden(!canSendNow);
+    ui_.boxWaitForCNC->show();
+}
+
+void TransferPanel::hideWaitBox()
+{
+    ui_.boxWaitForCNC->hide();
+}
+
+void TransferPanel::whileConverting(const std::function<void()>& convert, bool canSendNow)
+{
+    const QString kept = ui_.lblWaitForMC->text();
+    showWaitBox(QStringLiteral("DOS File! Auto converting text to 'Mac' format\n\nPlease wait"), false);
+    ui_.boxWaitForCNC->repaint();
+    convert();
+    ui_.lblWaitForMC->setText(kept);
+    ui_.btnSendNow->setHidden(!canSendNow);
+    hideWaitBox();
+}
+
+void TransferPanel::setProgressHidden(bool isHidden)
+{
+    ui_.boxPBOuter->setHidden(isHidden);
+    ui_.txtPCent->setHidden(isHidden);
+}
+
+void TransferPanel::showPercent(double percent)
+{
+    percent_ = percent;
+    const auto* outer = ui_.boxPBOuter;
+    ui_.boxPBInner->resize(static_cast<int>(outer->width() / 100.0 * std::min(percent, 100.0)), outer->height());
+    if (std::abs(percent) < 9e18) ui_.txtPCent->setText(QString::number(std::floor(percent), 'f', 0) + u'%');
+}
+
+bool TransferPanel::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == &view_ && event->type() == QEvent::FontChange) setUpFonts();
+    if (watched == ui_.boxPBOuter && event->type() == QEvent::Resize) showPercent(percent_);
+    // The second click of a double click on Stop lands on Rewind, which has just come up in its place, and would throw
+    // away the place where the send continues. (It does not land on Send, which would go on sending.)
+    if (watched == ui_.btnRewind && event->type() == QEvent::MouseButtonDblClick) return true;
+    return QObject::eventFilter(watched, event);
+}

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "transfer/TransferStatus.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class QWidget;
+namespace Ui
+{
+class viewTX;
+}
+
+/// What a transfer view looks like: its labels, pictures, buttons and boxes show what they are told. Decides nothing.
+/// Main thread only.
+class TransferPanel : public QObject
+{
+    Q_OBJECT
+public:
+    /// Of the controls on `view`; both outlive this object.
+    TransferPanel(QWidget& view, Ui::viewTX& ui);
+
+    void setUp();
+
+    void showMode(bool sends);
+    /// In a line of words, and in the short form that operators know.
+    void showMachine(const QString& name, const QString& line, const QString& summary);
+    void showProgramPath(const QString& path);
+    void showState(const QString& headline, const QString& details);
+    void showStateImage(const QString& image);
+
+    /// Stop in the place of Send and Rewind. The keyboard's focus goes along.
+    void showRunning(bool isRunning);
+    /// Whether the text is locked by the operator; a running transfer locks it in any case.
+    void showLock(bool isLocked, bool isRunning);
+
+    /// Shown while the state waits for the control, hidden in every other.
+    void showWaitBox(TransferState state);
+    void hideWaitBox();
+    /// Borrows the wait box to tell that a file is being converted: a large one keeps the event loop busy.
+    void whileConverting(const std::function<void()>& convert, bool canSendNow);
+
+    void setProgressHidden(bool isHidden);
+    /// 100 fills the bar; a percentage may be larger or not finite.
+    void showPercent(double percent);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void setUpFonts();
+    void showWaitBox(const QString& text, bool canSendNow);
+
+    QWidget& view_;
+    Ui::viewTX& ui_;
+    double percent_ = 0;
+};
