@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Measures and writes docs/performance.md. Usage, from anywhere: tools/performance.py (builds the release first).
 
-Let the machine do nothing else meanwhile.
+Keep the machine free of other work meanwhile.
 """
 
 import datetime
@@ -27,21 +27,21 @@ TEXT = """# Performance
 
 Measured with `tools/performance.py` on {date}: {machine}.
 
-A real line cannot be had here, so the program's system calls meet a model of one (`benchmarks/PacedLine.cpp`): a
-driver's buffer that drains at the set speed, a FIFO of {fifo} bytes that the driver does not count, XOFF that stops
-the refilling of the FIFO. Everything else is the real program, with its window shown on an X display.
+The machine has no real line, so the program's system calls go to a model of one (`benchmarks/PacedLine.cpp`): a driver
+buffer that drains at the set speed, a FIFO of {fifo} bytes that the driver does not count, and XOFF, which stops the
+refilling of the FIFO. Everything else is the real program, with its window shown on an X display.
 
 ## Use of the line and what goes out after XOFF
 
-What a text send with XON/XOFF uses of the line's physical limit (speed / 10 bits a character), what it costs in
-processor time, and how many bytes still reach the control after it has sent XOFF. The FIFO's {fifo} bytes are the
-least that hardware allows; controls keep room for far more (commonly 100 bytes and up) behind their XOFF mark.
+How much of the line's physical limit (speed / 10 bits a character) a text send with XON/XOFF uses, what it costs in
+processor time, and how many bytes still reach the control after it has sent XOFF. The FIFO's {fifo} bytes are the least
+that hardware allows; controls keep room for far more (commonly 100 bytes and up) after sending XOFF.
 `build/release/benchmarks/bench_wire`:
 {wire}
 ## Many machines, large programs
 
-All machines send at once from one window; "answers within" is the longest that anything the operator does waited, of
-some 700 tries. `build/release/benchmarks/bench_scale`:
+All machines send at once from one window; "answers within" is the longest that any of about 700 operator actions had to
+wait. `build/release/benchmarks/bench_scale`:
 {scale}
 ## Cost of a line, by length of the program
 
@@ -52,7 +52,7 @@ some 700 tries. `build/release/benchmarks/bench_scale`:
 
 ## Start
 
-From the start of the process to the main window on the display, with 50 machines, {starts} starts:
+From the start of the process to the main window on the display, with 50 machines and {starts} starts:
 median {median:.2f} s, longest {longest:.2f} s.
 """
 
