@@ -21,4 +21,4 @@ step "installing packages" tools/install-packages.sh
 step "configuring ($preset)" cmake --preset "$preset" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
 step "building ($preset)" cmake --build --preset "$preset"
 echo "== testing ($preset)"
-exec ctest --preset "$preset" --no-tests=error # its own closing lines come last
+exec ctest --preset "$preset" --no-tests=error # its summary comes last

@@ -23,7 +23,7 @@ step "lintian $(basename "$package")"
 lintian --allow-root --fail-on error "$package"
 
 tree=$(mktemp -d)
-chmod 755 "$tree" # apt downloads as a user of its own
+chmod 755 "$tree" # apt downloads as an unprivileged user
 trap 'umount "$tree/proc" "$tree/dev/pts" 2>/dev/null || true; rm -rf "$tree"' EXIT
 step "making a clean Debian tree"
 . /etc/os-release
@@ -32,7 +32,7 @@ debootstrap --variant=minbase "$VERSION_CODENAME" "$tree" "$mirror" >"$tree.log"
     { tail -n 20 "$tree.log"; fail "debootstrap"; }
 rm -f "$tree.log"
 rm -f "$tree/etc/apt/sources.list"
-cp -a /etc/apt/. "$tree/etc/apt/" # the same registry as here
+cp -a /etc/apt/. "$tree/etc/apt/" # the same package sources as here
 mount -t proc proc "$tree/proc"
 mkdir -p "$tree/dev/pts"
 mount -t devpts -o newinstance,ptmxmode=0666 devpts "$tree/dev/pts" # for the simulated control
@@ -41,7 +41,7 @@ cp "$package" "$tree/varnock.deb"
 in_tree() { chroot "$tree" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive HOME=/root "$@"; }
 files() { in_tree find /usr -path '*[vV]arnock*' ! -path '/usr/share/doc*' -o -name 'cncsim*' | sort; }
 starts() {
-    # Off screen it has to run on; a program that cannot start ends at once.
+    # Off screen it must keep running; a program that cannot start ends at once.
     local code=0
     in_tree env QT_QPA_PLATFORM=offscreen XDG_RUNTIME_DIR=/root timeout 3 varnock || code=$?
     [ "$code" -eq 124 ] || fail "varnock ended with $code"

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Builds with coverage, runs the tests and prints the share of lines that they run, file by file; details as HTML in
+# Builds with coverage, runs the tests and prints what share of each file's lines they run; details as HTML in
 # build/coverage/report/.
 set -euo pipefail
 cd "$(dirname "$0")/.."

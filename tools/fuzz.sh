@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Fuzzes with libFuzzer and both sanitizers: tools/fuzz.sh [SECONDS for each target]. Inputs that found something new
-# stay in build/fuzz/corpus; one that broke a promise is named and fails the run.
+# Fuzzes with libFuzzer and both sanitizers: tools/fuzz.sh [SECONDS for each target]. Inputs that reached
+# something new stay in build/fuzz/corpus; one that broke a promise is named and fails the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
@@ -12,7 +12,7 @@ cmake --preset fuzz >/dev/null
 targets=(settings program_text xmodem)
 cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
 export QT_QPA_PLATFORM=offscreen LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0"
-export ASAN_OPTIONS=detect_leaks=0 # what Qt keeps for the life of the process is no leak of ours
+export ASAN_OPTIONS=detect_leaks=0 # what Qt keeps for the life of the process is not a leak of ours
 for target in "${targets[@]}"; do
     found=build/fuzz/corpus/$target
     mkdir -p "$found"

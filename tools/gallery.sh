@@ -1,9 +1,9 @@
 #!/bin/bash
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Builds Varnock and takes pictures of every view: light and dark, 100 and 200 %, small and large screens, large text.
-# They are in gallery-output/ afterwards, to be looked at before a change of looks is shipped.
+# They end up in gallery-output/: look at them before a change to the program's looks is merged.
 #   ./tools/gallery.sh             all
-#   ./tools/gallery.sh dark        those whose name has "dark" in it
+#   ./tools/gallery.sh dark        those with "dark" in their name
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=release

@@ -1,12 +1,11 @@
 #!/bin/bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Installs those packages of cmake/packages.txt that are missing. With all of them there it needs neither
-# network nor root.
+# Installs the packages of cmake/packages.txt that are missing. When none is missing it needs neither network nor root.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-    echo "No Debian package tools here: the packages of cmake/packages.txt have to be there already." >&2
+    echo "No Debian package tools here: the packages of cmake/packages.txt must be installed already." >&2
     exit 0
 fi
 
@@ -20,7 +19,7 @@ done < <(sed 's/#.*//' cmake/packages.txt | grep -v '^[[:space:]]*$')
 root=()
 if [ "$(id -u)" -ne 0 ]; then
     command -v sudo >/dev/null || {
-        echo "Please install as root, then start again: apt-get install ${missing[*]}" >&2
+        echo "Please run this as root, then start again: apt-get install ${missing[*]}" >&2
         exit 1
     }
     root=(sudo)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// drawicon FILE.svg SIZE FILE.png: a square picture of a drawing, folders made as needed.
+// drawicon FILE.svg SIZE FILE.png: draws a square picture of it; makes missing folders.
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
