@@ -18,7 +18,8 @@ AboutWindow::AboutWindow(QWidget* parent) : QDialog(parent), ui(std::make_unique
     Images::showIn(*ui->imgLogo, QStringLiteral("logo"), logoSize);
     TextLook::enlarge(*ui->lblVersion, 1.5);
     ui->lblVersion->setText(QStringLiteral("Varnock %1").arg(QStringLiteral(VARNOCK_VERSION)));
-    ui->lblAbout->setText(QStringLiteral("Sends NC programs to CNC controls over RS-232 and receives programs from them."));
+    ui->lblAbout->setText(
+        QStringLiteral("Sends NC programs to CNC controls over RS-232 and receives programs from them."));
     ui->lblLicence->setText(QStringLiteral("Free software under the GNU General Public License, version 3 or later. "
                                            "It comes without any warranty."));
     ui->lblLibraries->setText(QStringLiteral("Qt %1, QScintilla %2")

@@ -36,7 +36,7 @@ void AppDelegate::applicationDidFinishLaunching()
 {
     g::readAllMcSettings();
     if (g::mcIcons.isEmpty()) {
-        // A stored text without any machine: the placeholder is needed all the same, or the first machine that is added
+        // The stored text held no machine. The placeholder is needed all the same: otherwise the first machine added
         // would take its place and never be shown.
         g::mcIcons.append(g::makeMcIcon());
         g::mcChildViews.append(g::makeMcChildView());

@@ -16,8 +16,8 @@ namespace Ui
 class mainWindow;
 }
 
-/// Where the program begins: the main window with the machine icons, and the answers to what icons, menu, child views
-/// and setup form report. Main thread; lives as long as the application.
+/// The program's starting point: the main window with the machine icons, and the handlers for what icons, menu, child
+/// views and setup form report. Main thread; lives as long as the application.
 class AppDelegate : public QObject
 {
     Q_OBJECT
@@ -91,7 +91,7 @@ private:
     std::unique_ptr<Ui::mainWindow> ui;
     QPointer<frmDncMenu> modalMenu;
     QTimer tmrMoveIconPanelToY;
-    double fPanelTargetY = 0; // where the panel's top goes, in pixels scrolled away
+    double fPanelTargetY = 0; // scroll position that the panel is moving to, in pixels
     bool menuIsExpanded = true;
     double scnLeft = 0, scnBottom = 0; // where the whole window stood before it shrank
     QSize expandedSize_;

@@ -34,7 +34,7 @@ void AppDelegate::loadDockedChild(int mode)
     if (index < 1 || index >= g::mcIcons.size()) return;
     if (auto* old = childViewAt(index)) {
         if (!old->mayEnd()) return;
-        old->end(); // lets go of the port first, so that the new view can open the same device
+        old->end(); // closes the port first, so that the new view can open the same device
     }
     expandMainMenu();
     const auto child = std::make_shared<viewChild>();

@@ -15,8 +15,8 @@
 
 namespace
 {
-constexpr double scrollStep = 50;   // pixels a click on the arrows scrolls
-constexpr double animationStep = 2; // pixels a tick
+constexpr double scrollStep = 50;   // pixels per click on an arrow
+constexpr double animationStep = 2; // pixels per tick
 constexpr int animationTick = 1;    // ms
 
 QString mcKey()
@@ -157,7 +157,7 @@ void AppDelegate::setupSaveButton_Click(const Notification& notification)
     if (auto* child = childViewAt(index); child && child->isLoaded()) child->machineChanged(index);
 }
 
-// A click during the animation goes on from its target, otherwise from where wheel or keys have left the panel.
+// A click during the animation continues from its target, any other from where wheel or keys left the panel.
 double AppDelegate::panelY() const
 {
     return tmrMoveIconPanelToY.isActive() ? fPanelTargetY : ui->scrIcons->verticalScrollBar()->value();

@@ -28,7 +28,7 @@ QRect screenArea(const QWidget& window)
     return window.screen()->availableGeometry();
 }
 
-// Full size: most of the screen up to what a program view makes use of.
+// Full size: most of the screen, but no more than a program view can use.
 QSize fullSize(const QRect& area)
 {
     const int width = std::clamp(area.width() * 7 / 10, 1080, 1500);
@@ -130,7 +130,7 @@ void AppDelegate::expandMainMenu()
     QRect full(window_.geometry().topLeft(), expandedSize_);
     const bool wasMoved =
         window_.x() != static_cast<int>(scnLeft) || window_.y() + window_.height() != static_cast<int>(scnBottom);
-    // Where it stood before; a strip that was moved since then grows where the operator is now.
+    // It returns to where it stood; a strip that was moved since then grows on the screen that has the pointer.
     const QPoint mouse = QCursor::pos();
     const QRect area = wasMoved && QGuiApplication::screenAt(mouse)
                            ? QGuiApplication::screenAt(mouse)->availableGeometry()

@@ -14,7 +14,8 @@ struct Line {
     qint64 flow = 0; ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 XModem
 };
 
-/// "9600 baud, 7 data bits, even parity, 1 stop bit, XON/XOFF": as the port is opened, not as the settings read.
+/// "9600 baud, 7 data bits, even parity, 1 stop bit, XON/XOFF": as the port is opened, which may differ from the
+/// settings.
 QString describe(const Line& line);
 
 /// "% CR LF (25 0D 0A)"; runs of one byte are counted, a long text is cut. Empty for no bytes.

@@ -4,7 +4,7 @@
 #include <QToolButton>
 
 /// The face of a machine's icon: a card that shows by its shape whether the machine is active (a bar at its left), has
-/// the keyboard (an outline) or is under the pointer. What it says is in labels that lie over it.
+/// the keyboard focus (an outline) or is under the pointer. Its texts are labels on top of it.
 class MachineButton : public QToolButton
 {
     Q_OBJECT
@@ -14,9 +14,9 @@ public:
     void setActive(bool active);
 
 Q_SIGNALS:
-    /// The keyboard came to this button.
+    /// This button got the keyboard focus.
     void gotFocus();
-    /// The operator wants to go that many machines on, up where negative.
+    /// The operator wants to move that many machines down the list, up if negative.
     void moveWanted(int machines);
     void deleteWanted();
 

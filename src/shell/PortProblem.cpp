@@ -15,8 +15,8 @@ QString PortProblem::likelyCause(const QString& path, int error)
         return QStringLiteral("There is no such port now. Is the adapter plugged in? Setup lists the ports present.");
     case EACCES:
     case EPERM:
-        return QStringLiteral("You have no permission to use this port. Add yourself to the group that may "
-                              "(usually \"dialout\") and log in again.");
+        return QStringLiteral("You have no permission to use this port. Add yourself to the group that has "
+                              "it (usually \"dialout\") and log in again.");
     case EBUSY:
         return QStringLiteral("The port is in use by another program or by another machine's view. Close it there, "
                               "then try again.");

@@ -45,7 +45,7 @@ void frmDncMenu::showBeside(const QWidget& machineIcon)
     ui->btnTX->setFocus();
 }
 
-// As in any menu: arrows move, Enter and the underlined letters choose. Escape closes it, being a popup.
+// As in any menu: arrows move, Enter and the underlined letters choose. Escape closes it, since it is a popup.
 void frmDncMenu::keyPressEvent(QKeyEvent* event)
 {
     const std::map<int, QAbstractButton*> letters = {
@@ -61,8 +61,7 @@ void frmDncMenu::keyPressEvent(QKeyEvent* event)
 
 void frmDncMenu::choose(const QString& notification)
 {
-    // First: what the choice opens must not come up behind the menu, and a question that it raises may outlive the
-    // menu.
+    // Closed first: what the choice opens must not appear behind the menu, and a question it asks may outlive the menu.
     close();
     NotificationCenter::defaultCenter().post(notification);
 }

@@ -37,7 +37,7 @@ viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
     ui->btnUnDock->setIcon(Images::icon(QStringLiteral("undock")));
     ui->btnClose->setIcon(Images::icon(QStringLiteral("close")));
     ui->btnSetupFailed->setIcon(Images::icon(QStringLiteral("setup")));
-    // A transfer view sees to a lost port itself. In setup too the system needs it closed to give the name out again.
+    // A transfer view handles a lost port itself. In setup it has to be closed, too, for its name to become free again.
     connect(sp.get(), &serialPort::lost, this, [this] {
         if (!vtx) sp->Close();
     });
@@ -134,7 +134,7 @@ void viewChild::keyPressEvent(QKeyEvent* event)
     if (failed && event->key() == Qt::Key_Escape) {
         btnCancel_Click();
     } else if (failed && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
-        // Outside a dialog no button is pressed by Enter, unless we do it.
+        // Outside a dialog Enter presses no button by itself.
         (ui->btnCancel->hasFocus() ? ui->btnCancel : ui->btnSetupFailed)->click();
     } else {
         QWidget::keyPressEvent(event);
@@ -147,7 +147,7 @@ void viewChild::btnUnDock_Click()
     ui->boxControls->hide(); // the window has its own frame and title
     ui->lineControls->hide();
     frm->resize(size().expandedTo(frm->minimumSizeHint()));
-    // A little to the side, so that it is seen to have come loose.
+    // A little to the side, so that it visibly comes loose.
     const QRect area = screen()->availableGeometry();
     const QPoint place = mapToGlobal(undockedOffset);
     frm->move(std::max(area.left(), std::min(place.x(), area.right() - frm->width())),
@@ -183,10 +183,10 @@ void viewChild::end()
     if (vtx && vtx->dncRunning()) vtx->btnStop_Click();
     sp->Close();
     hide();
-    setParent(nullptr); // out of the main window or of its own
+    setParent(nullptr); // out of the main window, or of its own window
     if (frm) frm->deleteLater();
     frm = nullptr;
-    // Late: this may be running inside a handler of the working view.
+    // Later: this may be running inside a handler of the working view.
     if (vtx) vtx->deleteLater();
     if (vSet) vSet->deleteLater();
     vtx = nullptr;

@@ -42,7 +42,7 @@ public:
     void btnClose_Click();
     void btnCancel_Click();
 
-    /// Whether the view may end: true, or what the operator answers when a transfer is running.
+    /// Whether the view may end; asks the operator if a transfer is running.
     bool mayEnd();
     /// Ends the view without asking: transfer, port, window.
     void end();

@@ -37,7 +37,7 @@ constexpr Look looks[] = {
 viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewMC>())
 {
     ui->setupUi(this);
-    ui->boxFace->setAttribute(Qt::WA_TransparentForMouseEvents); // clicks are for the button under it
+    ui->boxFace->setAttribute(Qt::WA_TransparentForMouseEvents); // clicks go to the button under it
     auto sizePolicy = ui->pBar->sizePolicy();
     sizePolicy.setRetainSizeWhenHidden(true); // icons keep their height when a transfer begins
     ui->pBar->setSizePolicy(sizePolicy);
@@ -131,10 +131,10 @@ void viewMC::showBar()
     const int steps = static_cast<int>(share * barSteps);
     if (ui->pBar->value() == steps) return;
     ui->pBar->setValue(steps);
-    ui->pBar->update(); // of itself it moves in steps of nine pixels
+    ui->pBar->update(); // by itself it moves in steps of nine pixels
 }
 
-// The state is told in words, so that it does not depend on colour.
+// The state is given in words, so that nobody has to rely on its colour.
 void viewMC::showState()
 {
     showBar();
@@ -160,7 +160,7 @@ void viewMC::showImages(const QString& machine, const QString& state)
     stateImage_ = state;
 }
 
-// Out of the way until the operator is at this machine, by pointer or keyboard.
+// Out of the way until the operator turns to this machine, by pointer or keyboard.
 void viewMC::showDeleteButton()
 {
     const bool shown = _isActive || underMouse() || ui->btnDeleteIcon->hasFocus() || ui->btnMC->hasFocus();
@@ -183,6 +183,6 @@ bool viewMC::eventFilter(QObject* watched, QEvent* event)
 {
     const bool done = QWidget::eventFilter(watched, event);
     if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
-        QMetaObject::invokeMethod(this, &viewMC::showDeleteButton, Qt::QueuedConnection); // when the focus has moved
+        QMetaObject::invokeMethod(this, &viewMC::showDeleteButton, Qt::QueuedConnection); // once the focus has moved
     return done;
 }

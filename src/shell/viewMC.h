@@ -27,9 +27,9 @@ public:
 
     /// Shows the record's name and port.
     void refresh();
-    /// What the icon is clicked on: keys and focus of the machine are there.
+    /// The part of the icon that takes clicks, keys and focus.
     MachineButton* button() const;
-    /// Whether the Tab key stops at this icon; in the panel one does, and arrow keys go on from there.
+    /// Whether the Tab key stops at this icon; one icon in the panel has it, and arrow keys move on from there.
     void setTabStop(bool stops);
 
     void btnMC_Click();

@@ -9,7 +9,7 @@
 
 namespace
 {
-// Shows a value that the list may not have: it becomes the first item, so that a stored one is never lost.
+// Shows a value that the list may lack: it becomes the first item, so that a stored value is never lost.
 void showValue(QComboBox& box, const QString& value)
 {
     if (value.isEmpty()) {
@@ -20,7 +20,7 @@ void showValue(QComboBox& box, const QString& value)
     box.setCurrentText(value);
 }
 
-// Shows a value that the list has; false when it has not.
+// Shows a value if the list has it; false if not.
 bool showListed(QComboBox& box, const QString& value)
 {
     const int index = box.findText(value, Qt::MatchExactly | Qt::MatchCaseSensitive);
@@ -80,7 +80,7 @@ void viewSetup::selectCurrentValues()
     ui->chkWaitXOn->setChecked(mc->MCWAIT);
     ui->chkAutoRepeat->setChecked(mc->MCREPEAT);
     if (!showListed(*ui->cboBlockDelay, QString::number(mc->MCBLKTIC))) ui->cboBlockDelay->setCurrentIndex(2);
-    // A rate that is not listed shows in the block delay, not here. Users' habits rest on it: it stays.
+    // An unlisted rate shows in the block delay, not here: an oddity that users are used to, so it stays.
     if (!showListed(*ui->cboBaud, QString::number(mc->MCBAUD)))
         ui->cboBlockDelay->setCurrentText(QStringLiteral("1200"));
     ui->cboEIA->setCurrentIndex(mc->MCEIA ? 1 : 0);

@@ -19,7 +19,7 @@ namespace
 constexpr int xmodem = 3;
 constexpr int columnCharacters = 75; // width beyond which a column's fields would only get longer
 
-// Disabled with the reason for it; enabled with the tool tip that the form gives it.
+// A disabled field tells the reason in its tool tip; an enabled one has the tool tip that the form gives it.
 void enable(QWidget& field, bool enabled, const QString& reason)
 {
     static const char usualTip[] = "usualToolTip";
@@ -41,7 +41,7 @@ void viewSetup::watchFields()
         if (box->isEditable()) {
             // Typing "/dev/ttyUSB1" must not become "/dev/ttyUSB10" because that is in the list.
             box->setCompleter(nullptr);
-            box->lineEdit()->setAccessibleName(box->accessibleName()); // the form's name is that of the box alone
+            box->lineEdit()->setAccessibleName(box->accessibleName()); // the form names only the box
         }
         box->installEventFilter(this);
         connect(box, &QComboBox::currentTextChanged, this, &viewSetup::showLive);
@@ -49,7 +49,7 @@ void viewSetup::watchFields()
     }
     for (auto* edit : findChildren<QLineEdit*>()) {
         connect(edit, &QLineEdit::textChanged, this, &viewSetup::showLive);
-        // A pasted line break, from a cell of a spreadsheet say, would be read back as a line of the settings.
+        // A pasted line break (from a spreadsheet, say) would be read back as a new line of the settings.
         connect(edit, &QLineEdit::textChanged, edit, [edit](QString text) {
             if (text.contains(u'\n') || text.contains(u'\r')) edit->setText(text.remove(u'\n').remove(u'\r'));
         });
@@ -108,7 +108,7 @@ void viewSetup::showLine()
         hint = QStringLiteral("8 data bits without parity. The control asks for each block; start and end of program "
                               "are not sent.");
     } else if (flow == 2 && ui->chkWaitXOn->isChecked()) {
-        hint = QStringLiteral("The start signal is waited for only with None or XON/XOFF.");
+        hint = QStringLiteral("Waiting for the start signal works only with None or XON/XOFF.");
     }
     ui->lblFlowHint->setText(hint);
     ui->lblFlowHint->setHidden(hint.isEmpty());
@@ -119,7 +119,7 @@ void viewSetup::showPort()
     const QString port = ui->cboPorts->currentText();
     QString hint = DeviceList::description(port);
     if (port.isEmpty()) {
-        hint = QStringLiteral("Choose the port that the machine's cable is at.");
+        hint = QStringLiteral("Choose the port that the machine's cable is plugged into.");
     } else if (!QFile::exists(port)) {
         hint = QStringLiteral("This port is not present now.");
     }
@@ -127,7 +127,7 @@ void viewSetup::showPort()
     ui->lblPortHint->setHidden(hint.isEmpty());
 }
 
-// The bytes come from the very functions that sending uses.
+// The bytes come from the same functions that sending uses.
 void viewSetup::showFraming()
 {
     const bool isXModem = ui->cboFlow->currentIndex() == xmodem;
@@ -135,7 +135,7 @@ void viewSetup::showFraming()
     const QString eob = ControlCodes::endOfBlock(ui->cboEOB->currentText());
     ui->lblEOBBytes->setText(sends(g::getBytes(eob)));
 
-    const QString reason = QStringLiteral("XModem sends the program alone, in blocks");
+    const QString reason = QStringLiteral("XModem sends only the program, in blocks");
     enable(*ui->txtSOT, !isXModem, reason);
     enable(*ui->txtEOT, !isXModem, reason);
     if (isXModem) {
@@ -162,7 +162,7 @@ QStringList viewSetup::shownValues() const
     return values;
 }
 
-// One column where two have no room.
+// One column where there is no room for two.
 void viewSetup::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
