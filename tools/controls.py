@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """The demo's controls: how each machine is set up, how its control is simulated, and which bytes have to arrive.
 
-What both demos begin with is here, too: their arguments and the program's settings.
+Also what both demos start from: their arguments and the program's settings.
 """
 
 import re
@@ -32,7 +32,7 @@ class Control:
     options: list = field(default_factory=list)  # of cncsim
     waits_for_start: bool = False  # the control's start button is pressed when the program waits for it
     undocks: bool = False  # the send is watched in a window of its own
-    punches: bool = False  # gives the program out when its button is pressed, instead of taking it in
+    punches: bool = False  # sends its program when its button is pressed, instead of receiving one
     picture: str = ""  # one taken half-way through
 
     @property
@@ -51,9 +51,9 @@ CONTROLS = [
             {"MCMODE": "Auto", "MCFLOW": 1, "MCBAUD": 4800, "MCWAIT": "true", "MCTXSOT": "37,13,10",
              "MCTXEOT": "37,13,10"},
             ["--type", "plain", "--sot", r"%\r\n", "--eot", r"%\r\n"], waits_for_start=True),
-    Control("Mill 4", "XModem, last block filled up with spaces", "O2500-cam.nc", {"MCFLOW": XMODEM, "MCBAUD": 38400}, ["--xmodem-receive"],
-            picture="sending-xmodem"),
-    # No empty lines: of line ends that follow each other the program keeps one.
+    Control("Mill 4", "XModem, last block filled up with spaces", "O2500-cam.nc",
+            {"MCFLOW": XMODEM, "MCBAUD": 38400}, ["--xmodem-receive"], picture="sending-xmodem"),
+    # Its program has no empty lines: of several line ends in a row Varnock keeps one.
     Control("Drill 5", "punches out, XON/XOFF, 7 bits with even parity", "O0042-bolt-circle.nc",
             {"MCFLOW": 1, "MCBAUD": 1200, "MCDBPAR": 2},
             ["--even-parity", "--xon-xoff", "--punch-rate", "100"], punches=True, picture="receiving"),
@@ -111,11 +111,11 @@ class Simulator:
                                            process=self.process)[0]
 
     def press_button(self):
-        """At the control: punches out, or gives the start signal."""
+        """The button at the control: it punches out its program, or gives the start signal."""
         self.process.send_signal(signal.SIGUSR1)
 
     def verdicts(self):
-        """What the control says of each program that has come to its end, in or out."""
+        """What the control says about each finished program, received or punched out."""
         return self._said(r"(\d+ bytes (?:received|punched out).*)")
 
     def wait_until_complete(self):
@@ -127,12 +127,12 @@ class Simulator:
 
 
 def expected_bytes(control):
-    """What must arrive, worked out from the file alone and not with any code of the program."""
+    """What must arrive, worked out from the file alone, with none of the program's own code."""
     if control.punches:
         return control.sample.read_bytes()
     machine = DEFAULTS | control.machine
     eob = machine["MCTXEOB"].replace("CR", "\r").replace("LF", "\n")
-    # Every line end becomes one line feed; of two in a row one is left.
+    # Every line end becomes one line feed; two in a row become one.
     text = control.sample.read_bytes().decode("latin-1").replace("\r", "\n").replace("\n\n", "\n")
     lines = text.splitlines(keepends=True)
     if machine["MCFLOW"] == XMODEM:
@@ -147,7 +147,7 @@ def _xmodem(lines, eob):
 
 
 def _fanuc(lines, eob, _machine):
-    # Header and trailer carry the percent signs; a line that held nothing else is not sent.
+    # Header and trailer carry the percent signs; a line with nothing else is not sent.
     kept = [line.replace("%", "") for line in lines if "%" not in line or line.replace("%", "").strip()]
     return LEADER + b"%" + eob.encode(), "".join(kept), b"%" + eob.encode()
 

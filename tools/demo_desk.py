@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Runs the program on the user's display beside simulated controls, with settings of its own, until its window closes.
 
-Usage: demo_desk.py PROGRAM CNCSIM OUTPUT_FOLDER. What a control says of its program appears in the terminal.
+Usage: demo_desk.py PROGRAM CNCSIM OUTPUT_FOLDER. What a control says about its program appears in the terminal.
 """
 
 import os
@@ -18,11 +18,11 @@ To send:    click a machine, choose Send, pick a program from {samples}
             and press Send. {starting} waits for its control's start signal and gets it after a few seconds.
 To receive: click {punching}, choose Receive, then press Enter here: that is the button at the control.
             Save keeps what has arrived.
-Meanwhile:  Undock gives a machine a window of its own; after Stop, "From the caret" goes on where the caret is.
+Meanwhile:  Undock gives a machine a window of its own; after Stop, "From the caret" continues at the caret.
 
-What the controls got is in {output}; close the window to end the demo.
+What the controls received is in {output}. Close the window to end the demo.
 """
-PAUSE = 0.5  # s, between looks at the controls
+PAUSE = 0.5  # s, between checks of the controls
 
 
 def start_simulators(cncsim, output):
@@ -40,7 +40,7 @@ def greet(simulators, output):
 
 
 def tell_verdicts(simulators, told):
-    """Prints each verdict once; `told` counts those of each simulator."""
+    """Prints each verdict once; `told` counts those already printed for each simulator."""
     for simulator in simulators:
         verdicts = simulator.verdicts()
         for verdict in verdicts[told.get(simulator, 0):]:

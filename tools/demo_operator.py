@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Plays the operator on a virtual display: through the real window it sends a program to each simulated control, or
-takes in what the control punches out.
+receives what the control punches out.
 
-Usage: demo_operator.py PROGRAM CNCSIM OUTPUT_FOLDER. Ends with 0 when every control got exactly what it should and
-every file that was saved holds exactly what was punched.
+Usage: demo_operator.py PROGRAM CNCSIM OUTPUT_FOLDER. Exits with 0 if every control received exactly what it
+should and every saved file holds exactly what was punched out.
 """
 
 import os
@@ -21,7 +21,7 @@ MAIN_WINDOW = "Varnock"
 MENU = "DNC menu"
 MENU_KEYS = {"Send": "alt+s", "Receive": "alt+r", "Setup": "alt+u"}
 OPEN_DIALOG, SAVE_DIALOG = "Open program", "Save program"
-UP, DOWN = "Scroll machines up", "Scroll machines down"  # shown where there are many machines
+UP, DOWN = "Scroll machines up", "Scroll machines down"  # shown if there are many machines
 FREE_CORNER = (1270, 850)
 
 
@@ -66,11 +66,11 @@ class Operator:
             self._wait_for_progress(simulator, 0.5)
             self._picture(control.picture)
         simulator.wait_until_complete()
-        self._window.wait_for("Send", place)  # the buttons are back: the program knows the end, too
+        self._window.wait_for("Send", place)  # the buttons are back: the program has seen the end, too
         self._close(place)
 
     def receive(self, simulator):
-        """Takes in what the control punches out and saves it."""
+        """Receives what the control punches out and saves it."""
         control = simulator.control
         self._open_menu(control)
         self._choose("Receive")
@@ -123,7 +123,7 @@ class Operator:
         return name
 
     def _wait_for_progress(self, simulator, share):
-        # On a busy machine all may have gone before we look.
+        # On a busy computer everything may have been sent before we look.
         processes.wait_until(
             lambda: self._window.share("Transfer progress", MAIN_WINDOW) >= share or simulator.verdicts(),
             f"{share:.0%} of {simulator.control.program} to be sent", process=simulator.process)
@@ -146,19 +146,19 @@ class Operator:
 
 
 def difference(got, expected):
-    """Where two byte strings part, in words; empty when they are equal."""
+    """Where two byte strings differ, in words; empty if they are equal."""
     if got == expected:
         return ""
     at = next((i for i, (a, b) in enumerate(zip(got, expected)) if a != b), min(len(got), len(expected)))
-    return (f"{len(expected)} bytes expected, they part at byte {at}: got {got[at:at + 24]!r}, "
+    return (f"{len(expected)} bytes expected, first difference at byte {at}: got {got[at:at + 24]!r}, "
             f"expected {expected[at:at + 24]!r}")
 
 
 def fault(simulator):
-    """What is wrong with what arrived, in words; empty when all is right."""
+    """What is wrong with what arrived, in words; empty if nothing is."""
     verdicts = simulator.verdicts()
     if not verdicts:
-        return "the program has not come to its end"
+        return "the program has not reached its end"
     if not simulator.result.exists():
         return "nothing was saved" if simulator.control.punches else "nothing arrived"
     wrong = difference(simulator.result.read_bytes(), controls.expected_bytes(simulator.control))
@@ -183,7 +183,7 @@ def report(simulators, output):
 
 
 def play(program, output, simulators, log):
-    """Runs the program and the operator's day at it."""
+    """Runs the program and plays the operator's day."""
     ports = {simulator.control.name: simulator.device for simulator in simulators}
     profile = output / "profile"
     controls.write_profile(profile, [*CONTROLS, UNPLUGGED], ports)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop of its own on a virtual display: X server, window manager, session bus, accessibility."""
+"""A separate desktop on a virtual display: X server, window manager, session bus, accessibility."""
 
 import os
 import subprocess
@@ -11,7 +11,7 @@ import processes
 SCREEN = "1280x860x24"
 
 
-# Of the surrounding desktop, these would change the windows, the dialogs or the keyboard.
+# These variables of the surrounding desktop would change the windows, the dialogs or the keyboard.
 FOREIGN = ["WAYLAND_DISPLAY", "XAUTHORITY", "XDG_CURRENT_DESKTOP", "XDG_SESSION_DESKTOP", "DESKTOP_SESSION",
            "KDE_FULL_SESSION", "GNOME_DESKTOP_SESSION_ID", "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE",
            "QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_FONT_DPI", "QT_IM_MODULE", "LANGUAGE",
@@ -24,14 +24,14 @@ def virtual_desktop(profile, log):
     Settings are in the folder `profile`."""
     for name in FOREIGN:
         os.environ.pop(name, None)
-    # Sockets need a short path, whatever the profile's is.
+    # Sockets need a short path, however long the profile's is.
     with tempfile.TemporaryDirectory(prefix="varnock-demo-", ignore_cleanup_errors=True) as runtime:
         os.environ.update(XDG_CONFIG_HOME=str(profile), XDG_CACHE_HOME=str(profile), XDG_DATA_HOME=str(profile),
                           XDG_RUNTIME_DIR=runtime, LC_ALL="C.UTF-8", QT_QPA_PLATFORM="xcb", QT_ACCESSIBILITY="1",
                           QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="0")
         with ExitStack() as stack:
             os.environ["DISPLAY"] = stack.enter_context(_x_server(log))
-            # After the display: the bus hands its own environment on to the services that it starts.
+            # After the display: the bus passes its own environment to the services that it starts.
             os.environ["DBUS_SESSION_BUS_ADDRESS"] = stack.enter_context(_session_bus(log))
             manager = stack.enter_context(processes.started(["openbox"], stdout=log, stderr=log))
             processes.wait_until(_manages_windows, "the window manager", process=manager)

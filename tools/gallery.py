@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Takes pictures of every view of the program on virtual displays, as different users' desktops would show them.
 
-Usage: gallery.py BUILD_FOLDER OUTPUT_FOLDER [PART_OF_A_NAME]. Ends with 0 when every picture could be taken.
+Usage: gallery.py BUILD_FOLDER OUTPUT_FOLDER [PART_OF_A_NAME]. Exits with 0 if every picture could be taken.
 """
 
 import os
@@ -182,7 +182,7 @@ MACHINES = {"empty": [], "many": MANY, "setup": [*CONTROLS, *LONG_NAMES], "day":
 
 @contextmanager
 def program_at(desk, scene, build, scratch, simulators, log):
-    """The program as that desktop's user has it, with the scene's machines."""
+    """The program as that desktop's user sees it, with the scene's machines."""
     profile = scratch / scene
     ports = {simulator.control.name: simulator.device for simulator in simulators}
     controls.write_profile(profile, MACHINES[scene], ports)
@@ -215,7 +215,7 @@ def photograph(desk, build, output):
 
 
 def photograph_in_child(desk, build, output):
-    """In a process of its own: accessibility binds a process to one session bus for good."""
+    """In a process of its own, since accessibility ties a process to one session bus."""
     child = os.fork()
     if child == 0:
         code = 1

@@ -15,10 +15,10 @@ class GalleryWindow(window.Window):
 
     def _middle(self, name, inside):
         middle = super()._middle(name, inside)
-        return middle and tuple(position * self._scale for position in middle)  # told before scaling
+        return middle and tuple(position * self._scale for position in middle)  # reported before scaling
 
     def wait_until_still(self, seconds=3):
-        """Until two looks in a row see the same, or some time has passed: progress goes on."""
+        """Until two screenshots in a row are the same, or that time has passed: a progress bar never stops."""
         deadline, last = time.monotonic() + seconds, None
         while (now := _screen_digest()) != last and time.monotonic() < deadline:
             last = now

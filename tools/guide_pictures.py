@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Takes the pictures of the user guide and of README from the real program at work with simulated controls.
+"""Takes the pictures for the user guide and README from the real program at work with simulated controls.
 
 Usage: guide_pictures.py BUILD_FOLDER, with varnock and cncsim built there. The pictures go into docs/images/.
 """
@@ -41,7 +41,7 @@ SHOP = [MILL, LATHE, WAITING, XMODEM, DRILL, SAW]
 
 
 class Photographer:
-    """Works the program as the guide tells it, with a picture at each step."""
+    """Uses the program as the guide describes, with a picture at each step."""
 
     def __init__(self, window, simulators):
         self._window = window
@@ -136,7 +136,7 @@ class Photographer:
         self._window.rest_pointer(*FREE_CORNER)
         self._window.wait_until_still()
         path = PICTURES / f"{name}.png"
-        # The active window with its frame, and what lies over it; packed as small as it goes.
+        # The active window with its frame and what lies over it, compressed as far as possible.
         subprocess.run(["scrot", "--overwrite", "--focused", "--border", "--quality", "1", str(path)], check=True)
         print(f"  {path.name}: {path.stat().st_size} bytes", flush=True)
         if path.stat().st_size > LARGEST:
@@ -145,7 +145,7 @@ class Photographer:
 
 @contextmanager
 def held(device):
-    """The port as another program has it open."""
+    """Holds the port open as another program would."""
     port = os.open(device, os.O_RDWR | os.O_NOCTTY)
     try:
         fcntl.flock(port, fcntl.LOCK_EX)
@@ -177,7 +177,8 @@ def main():
     desktop.SCREEN = f"{SCREEN[0]}x{SCREEN[1]}x24"
     with processes.all_ended_afterwards(), tempfile.TemporaryDirectory() as folder:
         scratch = Path(folder)
-        simulators = [Simulator(build / "simulator" / "cncsim", control, scratch) for control in SHOP if control.options]
+        cncsim = build / "simulator" / "cncsim"
+        simulators = [Simulator(cncsim, control, scratch) for control in SHOP if control.options]
         with desktop.virtual_desktop(scratch / "runtime", subprocess.DEVNULL):
             photograph(build, scratch, "empty", [], [], ["first_machine"])
             photograph(build, scratch, "shop", SHOP, simulators, ["setup", "failures", "receiving", "sending"])

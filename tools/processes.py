@@ -12,12 +12,12 @@ from pathlib import Path
 
 PR_SET_PDEATHSIG = 1
 PR_SET_CHILD_SUBREAPER = 36
-PATIENCE = 90  # s; ends only what would never come, so it has room for a busy machine
+PATIENCE = 90  # s; long enough for a busy computer, since it only ends waits for what will never come
 _libc = ctypes.CDLL(None)
 
 
 def start(command, **options):
-    """Starts a command that gets SIGTERM when this process ends, however it ends."""
+    """Starts a command that gets SIGTERM when this process ends, for whatever reason."""
     options.setdefault("stdin", subprocess.DEVNULL)
     return subprocess.Popen(command, preexec_fn=lambda: _libc.prctl(PR_SET_PDEATHSIG, signal.SIGTERM), **options)
 
@@ -46,7 +46,7 @@ def started(command, **options):
 
 @contextmanager
 def all_ended_afterwards():
-    """Ends every descendant on the way out: session buses start helpers of their own. Ctrl+C and SIGTERM pass here."""
+    """Ends every descendant on the way out: session buses start helpers of their own. Also on Ctrl+C and SIGTERM."""
     _libc.prctl(PR_SET_CHILD_SUBREAPER, 1)
     for number in (signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, lambda signum, _frame: sys.exit(128 + signum))

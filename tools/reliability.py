@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Puts faults, chance and time to work on the program and writes the outcome into docs/reliability.md.
+"""Tests the program with faults, random input and long runs, and writes the results into docs/reliability.md.
 
-Usage: tools/reliability.py [faults] [monkey] [fuzz] [coverage] [soak]; all of them without a name, which takes more
-than an hour. Each part replaces its own table in the page. Ends with 1 when a part broke a promise.
+Usage: tools/reliability.py [faults] [monkey] [fuzz] [coverage] [soak]; without a name all of them, which takes more
+than an hour. Each part replaces its own table in the page. Exits with 1 if a part broke a promise.
 """
 
 import collections
@@ -32,7 +32,7 @@ FUZZ_SECONDS = 200  # for each target
 
 
 def output(command, **variables):
-    """What the command prints; ends this script when it fails."""
+    """What the command prints; ends this script if it fails."""
     print("running:", *command, flush=True)
     run = subprocess.run(command, cwd=SOURCE, env=os.environ | variables, text=True, check=False,
                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Drives a program as a person does: finds what is on the screen by its accessible name, then really clicks and types.
+"""Uses a program as a person does: finds what is on the screen by its accessible name, then really clicks and types.
 
-Import it only where the environment names the display and the session bus already.
+Import it only once the environment names the display and the session bus.
 """
 
 import subprocess
@@ -32,7 +32,7 @@ class Window:
         self._wait_until(lambda: not self.find(name, inside), f'"{name}" to go')
 
     def find(self, name, inside=None):
-        """Like wait_for, but at once: None when it is not there. A name may end in "*"."""
+        """Like wait_for, but without waiting: None if it is not there. A name may end in "*"."""
         for top in self._tops():
             if inside is None or _matches(top, inside):
                 if found := _search(top, name):
@@ -57,7 +57,7 @@ class Window:
         return _asked(lambda: Atspi.Value.get_current_value(bar) / Atspi.Value.get_maximum_value(bar), 0) if bar else 0
 
     def click(self, name, inside=None):
-        """A click with the left button on the control's middle, once it is there, enabled and stands still."""
+        """A click with the left button on the control's middle, once it is there, is enabled and has stopped moving."""
         last = None
 
         def resting_place():
@@ -71,7 +71,7 @@ class Window:
         _xdotool("mousemove", "--sync", str(x), str(y), "click", "1")
 
     def is_above(self, name, other, inside=None):
-        """Whether one control ends where the other begins, or higher. True as well when one of them is not there."""
+        """Whether one control ends where the other begins, or higher. Also true if one of them is not there."""
         upper, lower = (_box(self.find(each, inside)) for each in (name, other))
         return not upper or not lower or upper.y + upper.height <= lower.y
 
@@ -87,7 +87,7 @@ class Window:
         _xdotool("windowactivate", "--sync", _shown_windows(title)[0], "key", "alt+F4")
 
     def rest_pointer(self, x, y):
-        """Takes the pointer away from controls, so that no tool tip hides anything."""
+        """Moves the pointer away from controls, so that no tool tip hides anything."""
         _xdotool("mousemove", "--sync", str(x), str(y))
 
     def choose_file(self, path, title):
