@@ -16,15 +16,15 @@
 
 #include <memory>
 
-/// Uses the program as an operator does: real clicks and keys on the real windows, found by their names.
+/// Uses the program as an operator does: real clicks and keys on real windows and controls, found by name.
 class Operator
 {
 public:
-    /// Starts the program as main() does, with the settings that are stored.
+    /// Starts the program as main() does, with the stored settings.
     Operator() { restart(); }
     QMainWindow& window() { return *app_->window(); }
 
-    /// Ends the program and starts it anew.
+    /// Ends the program and starts it again.
     void restart()
     {
         app_.reset();
@@ -34,14 +34,14 @@ public:
         toFront();
     }
 
-    /// What a window manager does when a dialog goes.
+    /// What a window manager does when a dialog closes.
     void toFront()
     {
         window().activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&window()));
     }
 
-    /// The visible widget of that name below `root`, or in any window; none when it is not there.
+    /// The visible widget of that name below `root`, or in any window; null if there is none.
     template <typename Widget = QWidget> static Widget* find(const QString& name, QWidget* root = nullptr)
     {
         for (auto* top : root ? QWidgetList{root} : QApplication::topLevelWidgets())
@@ -58,7 +58,7 @@ public:
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
-    /// A key that goes where the focus is.
+    /// Presses a key where the focus is.
     static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
         auto* popup = QApplication::activePopupWidget();
@@ -83,7 +83,7 @@ public:
         return file.fileName();
     }
 
-    /// Chooses Send and opens a file that holds this program; nothing cancels the dialog.
+    /// Chooses Send and opens a file that holds this program; an empty one cancels the dialog.
     void open(int machine, const QByteArray& program) const
     {
         choose(machine, "btnTX");
@@ -119,7 +119,7 @@ public:
     }
     QString lastMessage;
 
-    /// Gives the machine that port through the form.
+    /// Sets the machine's port in the setup form.
     static void setUp(int machine, const QString& port)
     {
         choose(machine, "btnSetup");

@@ -5,7 +5,7 @@
 #include "config/SettingsText.h"
 #include "platform/Preferences.h"
 
-/// A shop for tests: stored settings, programs and what a control should get of them.
+/// A shop for tests: stored settings, programs, and what of them should reach the control.
 namespace Shop
 {
 /// A machine on that device: XON/XOFF, 8 bits.

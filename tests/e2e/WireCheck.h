@@ -12,8 +12,8 @@
 class WireCheck
 {
 public:
-    /// A program of a machine: every line begins with its letter and the program's number. 'q' is what operators type
-    /// in to spoil a text; it counts as nothing.
+    /// A program of a machine: every line begins with its letter and the program's number. Random
+    /// operators type 'q' into texts; it is ignored.
     QByteArray addProgram(char letter, int number, int blocks)
     {
         QByteArray text;
@@ -23,20 +23,20 @@ public:
         return text;
     }
 
-    /// A send begins here; the line is the editor's, as it will go out.
+    /// A send begins here, with this line of the editor.
     void sendBegins(const QByteArray& line) { starts_ << onWire(line); }
 
-    /// All that was received until now. Returns what is wrong, or nothing.
+    /// Takes all that was received so far. Returns what is wrong, or nothing.
     QString take(QByteArray received)
     {
         received.replace("q", "");
         for (qsizetype end = 0; (end = received.indexOf('\n', at_)) >= 0; at_ = end + 1, ++lines) {
             const QByteArray line = received.mid(at_, end + 1 - at_);
             if (line == next_ ? place(line) : begins(line)) continue;
-            // The stop cut a line off: what came of it, then the line that the next send began with.
+            // A stop cut a line off: the part of it that came, then the first line of the next send.
             const qsizetype torn = line.lastIndexOf(programs_[0][0]);
             if (torn <= 0 || !isPartOfLines(line.left(torn)) || !begins(line.mid(torn)))
-                return QString::fromLatin1(line.left(80) + " came, " + next_ + " or a send's first line would follow");
+                return QString::fromLatin1(line.left(80) + " came, not " + next_ + " or a send's first line");
         }
         return {};
     }
@@ -53,7 +53,7 @@ private:
         return start >= 0 && place(line);
     }
 
-    // Several may be cut off one after another, each at its beginning or further.
+    // Several sends may be cut off in a row, each anywhere in its line.
     bool isPartOfLines(const QByteArray& cut) const
     {
         const auto parts = cut.split(programs_[0][0]);
@@ -67,7 +67,7 @@ private:
         for (const QByteArray& program : programs_) {
             const qsizetype at = program.indexOf(line);
             if (at < 0 || line[0] != program[0]) continue;
-            // After the last line a machine that repeats begins anew.
+            // After the last line a repeating machine starts again.
             const qsizetype from = at + line.size() < program.size() ? at + line.size() : 0;
             next_ = program.mid(from, program.indexOf('\n', from) + 1 - from);
             return true;

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Sets up a machine and sends a program the way assistive technology does: no positions, no pointer. In mid-send the
-program is suspended for a while.
+"""Sets up a machine and sends a program the way assistive technology does: no positions, no pointer. During the
+send the program is suspended for a while.
 
-Usage: atspi_send.py PROGRAM CNCSIM OUTPUT_FOLDER. Every control is found by its accessible name and worked through its
-accessible actions and text; keys serve where accessibility offers no action: the popup menu (Qt lists no popups) and
-the choice in a list. Ends with 0 when the control got exactly the program.
+Usage: atspi_send.py PROGRAM CNCSIM OUTPUT_FOLDER. Every control is found by its accessible name and operated through
+its accessible actions and text; keys serve where accessibility offers no action: in the popup menu (Qt lists no popups)
+and to choose from a list. Exits with 0 if the control received exactly the program.
 """
 
 import signal
@@ -30,7 +30,7 @@ def accessible_window(process):
     from window import Atspi, Window, _asked, _children, _content, _has, _name  # needs the desktop's environment
 
     class AccessibleWindow(Window):
-        """Works controls by their accessible interfaces. A control that lacks one fails here."""
+        """Operates controls through their accessible interfaces. A control that lacks one fails here."""
 
         def do(self, name, inside=None, action="Press"):
             def done():
@@ -48,7 +48,7 @@ def accessible_window(process):
             self._wait_until(written, f'"{name}" to take "{text}"')
 
         def choose(self, label, item):
-            """In the list of that label. Its name is what is chosen now."""
+            """Chooses from the list with that label. The list's own name is the current choice."""
             def labelled():
                 return _first(self._tops(),
                               lambda node: node.get_role() == Atspi.Role.COMBO_BOX and label in _labels(node))
@@ -91,12 +91,12 @@ def set_up(window, device):
     """From an empty shop to a stored machine."""
     window.do("Add machine")
     choose_in_menu(window, "CNC1", "u")
-    window.do("Setup...")  # a new machine's port is none that could be opened
+    window.do("Setup...")  # a new machine's port cannot be opened
     window.write("Machine name", CONTROL.name)
     window.write("Control type", "Fanuc")
     window.write("Port", device)
     window.write("Speed", "9600")
-    window.choose("Flow control", "RTS/CTS (hardware)")  # so that choosing the right one is seen to do something
+    window.choose("Flow control", "RTS/CTS (hardware)")  # so that choosing the right one changes something
     window.choose("Flow control", "XON/XOFF (software)")
     window.wait_for("9600 baud, 8 data bits, no parity, 1 stop bit, XON/XOFF")
     window.do("Save setup")
@@ -114,7 +114,7 @@ def send(window, simulator, program):
     program.send_signal(signal.SIGSTOP)
     time.sleep(SUSPENSION)
     if simulator.verdicts():
-        raise RuntimeError("the program was not suspended in mid-send")
+        raise RuntimeError("the program was not suspended during the send")
     program.send_signal(signal.SIGCONT)
     simulator.wait_until_complete()
     window.wait_for("Sent: *")  # said where a screen reader finds it

@@ -21,7 +21,7 @@
 
 using Shop::onWire;
 
-/// What goes wrong around the program: adapters, devices, controls. The operator must always be able to go on.
+/// Faults around the program: adapters, devices, controls. The operator must always be able to go on.
 class FaultsTest : public QObject
 {
     Q_OBJECT
@@ -45,10 +45,10 @@ class FaultsTest : public QObject
     }
 
     QTemporaryDir dir_;
-    const QByteArray long_ = Shop::program(1500); // more than a line takes that nobody reads
+    const QByteArray long_ = Shop::program(1500); // more than a line holds that nobody reads
 
 private Q_SLOTS:
-    // Root is never refused a device, not even one that is exclusive to another program: we do without its rights.
+    // Root is never refused a device, not even one that another program holds exclusively, so we give up root's rights.
     void initTestCase()
     {
         constexpr uid_t nobody = 65534;
@@ -74,7 +74,7 @@ private Q_SLOTS:
             QFile::remove(link);
             QVERIFY(QFile::link(adapter.devicePath(), link));
         };
-        PtyPair first, second, other; // another machine is at work, held
+        PtyPair first, second, other; // on the last, another machine is sending and held
         plugIn(first);
         const auto machine = Shop::machineOn(link);
         machine->MCWAIT = state == "wait";
@@ -99,7 +99,7 @@ private Q_SLOTS:
     void portThatCannotBeUsedIsExplained_data()
     {
         QTest::addColumn<QString>("cause");
-        for (const char* kind : {"locked", "exclusive"}) // TIOCEXCL, and no lock
+        for (const char* kind : {"locked", "exclusive"}) // by TIOCEXCL, without a lock
             QTest::newRow(kind) << "The port is in use by another program";
         QTest::newRow("forbidden") << "You have no permission";
         for (const char* kind : {"missing", "below a file"})
@@ -153,7 +153,7 @@ private Q_SLOTS:
         sendsRight(op, line);
         op.restart();
         sendsRight(op, line);
-        QCOMPARE(::open(device.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK), -1); // it is ours alone
+        QCOMPARE(::open(device.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK), -1); // the program holds it exclusively
         QVERIFY(file.seek(0) && file.readAll() == "kept");
     }
 
@@ -162,7 +162,7 @@ private Q_SLOTS:
         PtyPair dead, alive;
         Shop::store({Shop::machineOn(dead.devicePath()), Shop::machineOn(alive.devicePath())});
         Operator op;
-        for (const bool sendsXoff : {false, true}) { // or reads nothing until all buffers are full
+        for (const bool sendsXoff : {false, true}) { // or it reads nothing until all buffers are full
             op.send(1, long_);
             if (sendsXoff) dead.write("\x13");
             QTRY_VERIFY_WITH_TIMEOUT(stateOf(1).startsWith("Held"), 20000);

@@ -17,7 +17,8 @@
 #include <cstdio>
 
 /// An operator without a plan: random clicks and keys on what is visible, while three machines transfer. How many and
-/// from which seed: VARNOCK_MONKEY_ACTIONS, VARNOCK_MONKEY_SEED. Threads make two runs of a seed alike, not equal.
+/// from which seed: VARNOCK_MONKEY_ACTIONS, VARNOCK_MONKEY_SEED. Because of threads, two runs with one seed are
+/// similar, not identical.
 class MonkeyTest : public QObject
 {
     Q_OBJECT
@@ -30,13 +31,13 @@ class MonkeyTest : public QObject
     static constexpr auto stoppedAt = "monkeyStoppedAt"; // caret's place when a send was stopped
     static constexpr qlonglong nowhere = -1;
 
-    // Told at once: after a crash or a hang these are the actions that led there.
+    // Printed at once: after a crash or a hang these are the actions that led there.
     static void note(const QString& action) { std::fprintf(stderr, "%s\n", qPrintable(action)); }
     static ProgramEditor* editorOf(const viewTX& view) { return view.findChild<ProgramEditor*>("rt1"); }
     static bool isFromTop(const viewTX& view) { return view.findChild<QComboBox*>("cbo1")->currentIndex() == 0; }
     int chance(qsizetype below) { return static_cast<int>(random_.bounded(static_cast<quint32>(below))); }
 
-    // What would change the line, or the bytes on it, would make every check meaningless.
+    // Whatever changes the line settings or the bytes sent would make every check meaningless.
     static bool isHarmless(const QWidget& widget)
     {
         return qobject_cast<const QAbstractButton*>(&widget) ||
@@ -81,13 +82,13 @@ class MonkeyTest : public QObject
         }
     }
 
-    // What a send begins with is known before it does: its first byte may arrive at once.
+    // A send's first line is looked up before it starts: its first byte may arrive at once.
     template <typename Action> void recordSends(Action action)
     {
         QList<std::tuple<QPointer<viewTX>, QByteArray, bool>> before; // with its first line, and whether it was sending
         for (auto* view : transfers()) {
             auto* editor = editorOf(*view);
-            // A stopped send goes on by itself until somebody touches caret or text; nothing may be lost or doubled.
+            // Send continues a stopped send unless somebody touched caret or text; nothing may be lost or doubled.
             const auto forget = [view] { view->setProperty(stoppedAt, nowhere); };
             const bool isNew = !view->property(stoppedAt).isValid();
             if (isNew) connect(editor, &ProgramEditor::operatorTouched, view, forget);
@@ -152,7 +153,7 @@ class MonkeyTest : public QObject
         if (QApplication::activePopupWidget()) return clickSomething();
         if (!focus || !focus->isVisible() || !isHarmless(*focus)) return;
         const bool isEditor = qobject_cast<ProgramEditor*>(focus);
-        const QString key = keys[chance(keys.size() - (isEditor ? 4 : 0))]; // text is spoiled by nothing but q
+        const QString key = keys[chance(keys.size() - (isEditor ? 4 : 0))]; // q alone may change a text
         note("key " + key + " at " + focus->objectName());
         if (key != "Q") return QTest::keySequence(focus, QKeySequence(key));
         if (isEditor) QTest::keyClick(focus, Qt::Key_Home); // a selection would be replaced
@@ -170,7 +171,7 @@ class MonkeyTest : public QObject
         if (what == 1) place.control->send(std::string(20, place.letter) + " 1\r\n");
     }
 
-    // With the next start machines that were deleted are back.
+    // Deleted machines are back after the restart.
     void closeAWindow()
     {
         if (QApplication::activePopupWidget() || QApplication::activeModalWidget()) return;
@@ -178,7 +179,7 @@ class MonkeyTest : public QObject
             if (qobject_cast<frmChild*>(top) && top->isVisible() && chance(2) == 0) return void(top->close());
         note("close the main window");
         if (chance(g::mcIcons.size() > 3 ? 4 : 1) > 0 || !op_->window().close()) return;
-        QTRY_VERIFY(!Operator::isShown("btnStop")); // undocked ones go with it
+        QTRY_VERIFY(!Operator::isShown("btnStop")); // undocked ones close with it
         storeShop();
         op_->restart();
     }
@@ -243,7 +244,7 @@ class MonkeyTest : public QObject
     std::array<Place, 3> places_;
     std::unique_ptr<Operator> op_;
     QRandomGenerator random_;
-    QRandomGenerator answers_; // its own: when dialogs come up depends on threads
+    QRandomGenerator answers_; // separate, since threads decide when dialogs come up
     bool isAnswering_ = false;
 
 private Q_SLOTS:

@@ -45,7 +45,7 @@ private Q_SLOTS:
         cncsim::Settings settings;
         settings.evenParity = isEven;
         settings.xonXoff = holds;
-        settings.readRate = 30000; // it holds the line now and then, and has no room for all
+        settings.readRate = 30000; // slow enough to hold the line now and then
         settings.start = waits ? cncsim::StartSignal::OnRequest : cncsim::StartSignal::None;
         cncsim::SimulatedControl control(settings);
         const auto machine = Shop::machineOn(QString::fromStdString(control.devicePath()), mode);
@@ -67,9 +67,9 @@ private Q_SLOTS:
         QVERIFY(report.parityErrors == 0 && report.lostBytes == 0 && (report.xoffCount > 0) == holds);
     }
 
-    // The control reads now and then, so that the device's buffer fills and stops hit half-taken lines, header and
-    // trailer. Clicks and keys during a send change nothing.
-    void stopAndContinueLosesAndDoublesNothing()
+    // The control reads only now and then, so that the device's buffer fills and stops hit half-taken lines, header and
+    // trailer. Clicks and keys during a send must change nothing.
+    void stopAndContinueNeitherLosesNorDoublesBytes()
     {
         QRandomGenerator chance(1);
         PtyPair line;
@@ -79,7 +79,7 @@ private Q_SLOTS:
         Operator op;
         const QByteArray program = Shop::program(400) + QByteArray(6000, 'X') + "\nM30";
         op.open(1, program);
-        op.click("btnLock"); // unlocked: keys could edit
+        op.click("btnLock"); // unlocked, so that keys could edit
         auto* editor = op.find("rt1");
         const QByteArray expected = leader_ + "%\r\n" + Shop::onWire(program) + "%\r\n";
         for (int send = 1; send <= 8; ++send) {

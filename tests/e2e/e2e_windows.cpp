@@ -10,7 +10,7 @@
 
 #include <sys/file.h>
 
-/// Keys, windows, machines that come and go, and the program's end.
+/// Keys, windows, adding and deleting machines, and the end of the program.
 class WindowsTest : public QObject
 {
     Q_OBJECT
@@ -21,7 +21,7 @@ class WindowsTest : public QObject
         return nullptr;
     }
 
-    const QByteArray program_ = Shop::program(1500); // more than a line takes that nobody reads
+    const QByteArray program_ = Shop::program(1500); // more than a line holds that nobody reads
     const QByteArray onWire_ = Shop::onWire(program_);
 
 private Q_SLOTS:
@@ -35,7 +35,8 @@ private Q_SLOTS:
         const auto focused = [&op](int index) { return op.window().focusWidget() == mcIconAt(index)->button(); };
         for (int tabs = 0; tabs < 20 && !focused(1); ++tabs)
             op.press(Qt::Key_Tab);
-        for (const auto key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_End}) // two machines, no further
+        for (const auto key :
+             {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_End}) // the list ends with the second machine
             op.press(key);
         QVERIFY(focused(2));
         op.answerNextMessage("Cancel");
@@ -48,7 +49,8 @@ private Q_SLOTS:
         QTRY_VERIFY(qobject_cast<QFileDialog*>(QApplication::activeWindow()));
         QTest::keyClicks(QApplication::activeWindow()->focusWidget(), op.write(program_));
         op.press(Qt::Key_Return);
-        QTRY_VERIFY(!QApplication::activeModalWidget() && !QApplication::activePopupWidget()); // names on offer, too
+        QTRY_VERIFY(!QApplication::activeModalWidget() &&
+                    !QApplication::activePopupWidget()); // the list of completions has closed, too
         op.toFront();
 
         op.press(Qt::Key_S, Qt::AltModifier);
@@ -67,10 +69,10 @@ private Q_SLOTS:
         QTRY_VERIFY(op.isShown("btnSend"));
         op.press(Qt::Key_W, Qt::ControlModifier);
         QTRY_VERIFY(!op.isShown("rt1"));
-        QTRY_COMPARE(::flock(second.slave(), LOCK_EX | LOCK_NB), 0); // another program may have the port
+        QTRY_COMPARE(::flock(second.slave(), LOCK_EX | LOCK_NB), 0); // the port is free for another program
     }
 
-    void deletingAMachineLeavesTheOthersTransferAlone()
+    void deletingAMachineLeavesOtherTransfersAlone()
     {
         PtyPair first, second;
         Preferences::setString("Varnock", ""); // a shop without machines
@@ -100,8 +102,8 @@ private Q_SLOTS:
         QVERIFY(g::mcIcons.size() == 2 && g::mcIcons[1]->MCNAME == "CNC2" && first.read().isEmpty());
     }
 
-    // The dialog blocks the undocked window alone: the main window can end the view under it.
-    void fileDialogGoesWithItsView()
+    // The dialog blocks only the undocked window, so the main window can end the view under it.
+    void fileDialogClosesWithItsView()
     {
         PtyPair line;
         Shop::store({Shop::machineOn(line.devicePath())});
@@ -131,7 +133,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, asks);
         const QString state = QTest::currentDataTag();
-        PtyPair line; // nobody reads: what is under way stays so
+        PtyPair line; // nobody reads it, so a transfer stays under way
         const auto machine = Shop::machineOn(state == "failed" ? "1" : line.devicePath());
         machine->MCNAME = "Lathe";
         machine->MCWAIT = state == "wait";

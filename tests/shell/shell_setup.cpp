@@ -34,9 +34,9 @@ private Q_SLOTS:
     void cleanup();
     void savedAsItWasShown_data();
     void savedAsItWasShown();
-    void xmodemDisablesFieldsForAsLongAsItIsChosen();
+    void xmodemDisablesFieldsWhileChosen();
     void typedTextIsStoredAsTyped();
-    void pastedLineBreaksAreLeftOut();
+    void pastedLineBreaksAreRemoved();
     void summaryFollowsTheFieldsUntilTheyAreSaved();
     void framingShowsTheBytesThatAreSent_data();
     void framingShowsTheBytesThatAreSent();
@@ -113,9 +113,9 @@ void SetupTest::savedAsItWasShown()
     open(change);
     const auto expected = record(change);
     if (saved) saved(*expected);
-    expected->MCDELAY = 0; // as every save leaves what the form does not show
+    expected->MCDELAY = 0; // every save resets what the form does not show
     expected->MCRXEOBCHAR = "CR";
-    auto& m = *machine_; // whatever it holds by now: the form decides
+    auto& m = *machine_; // whatever the record holds by now: the form decides
     m.MCINDIR = m.MCEXTENS = m.MCNOTFOUNDMSG = m.MCREMOPFX = m.MCREQST = "x";
     m.MCNAME = m.MCMODE = m.MCPORT = m.MCOUTDIR = m.MCTXEOB = m.MCTXSOT = m.MCTXEOT = "x";
     m.MCRXTOUT = m.MCTXTOUT = m.MCFLOW = m.MCBAUD = m.MCDBPAR = m.MCSBITS = m.MCBLKTIC = 99;
@@ -126,7 +126,7 @@ void SetupTest::savedAsItWasShown()
     QCOMPARE(SettingsText::write({machine_.get()}), SettingsText::write({expected.get()}));
 }
 
-void SetupTest::xmodemDisablesFieldsForAsLongAsItIsChosen()
+void SetupTest::xmodemDisablesFieldsWhileChosen()
 {
     open([](MachineRecord& m) { m.MCDBPAR = 2; });
     for (const int flow : {3, 1}) {
@@ -134,7 +134,7 @@ void SetupTest::xmodemDisablesFieldsForAsLongAsItIsChosen()
         for (const char* name : {"cboDBPar", "chkWaitXOn", "txtSOT", "txtEOT"})
             QCOMPARE(find<QWidget>(name)->isEnabled(), flow != 3);
         save();
-        QCOMPARE(machine_->MCDBPAR, flow == 3 ? 1 : 2); // what the box has shown all the time
+        QCOMPARE(machine_->MCDBPAR, flow == 3 ? 1 : 2); // what the box showed all along
     }
 }
 
@@ -158,7 +158,7 @@ void SetupTest::typedTextIsStoredAsTyped()
 }
 
 // One would be read back as a line of the settings.
-void SetupTest::pastedLineBreaksAreLeftOut()
+void SetupTest::pastedLineBreaksAreRemoved()
 {
     open();
     find<QLineEdit>("txtMCName")->setText(QStringLiteral("Mill\n[CNC] 5\r\n"));
