@@ -8,9 +8,11 @@
 /// The receiving side of XModem. Knows no line and no clock: bytes and the ticks of a one-second timer come in, replies
 /// and the program's bytes go out.
 ///
-///     Between ──SOH──> InBlock ──good──> Between          Between ──EOT──> Between, the program is whole
-///                      InBlock ──wrong sum──> Refused     Refused, Stalled ──SOH──> InBlock
-///                      InBlock ──silence──> Stalled       Refused, Stalled ──a lone EOT──> Between
+///     Between ──SOH──> InBlock                     Between ──EOT──> Between, the program is whole
+///     InBlock ──132 bytes, good──> Between
+///     InBlock ──132 bytes, wrong sum──> Refused    Refused ──EOT alone, after a pause──> Between, whole
+///     InBlock ──silence──> Stalled                 Stalled ──EOT──> Between, whole
+///     Refused, Stalled ──SOH──> InBlock            any but InBlock ──CAN CAN──> Between, cancelled
 class XModemReceive
 {
 public:

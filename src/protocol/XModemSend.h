@@ -10,7 +10,7 @@
 ///     Idle ──begin──> Waiting ──ACK, NAK──> Block ──ACK, bytes left──> Block
 ///                                           Block ──NAK──> Block, the same again
 ///                     Waiting, no bytes ──> End   Block ──ACK, none left──> End ──ACK, NAK──> Idle, sent
-///     any but Idle ──CAN──> Idle, cancelled
+///     any but Idle ──CAN──> Idle, cancelled        any ──stop──> Idle
 class XModemSend
 {
 public:
