@@ -29,7 +29,9 @@ constexpr Look looks[] = {
     {TransferActivity::Held, "Held at %1 %", "machine-held", "state-held"},
     {TransferActivity::Stopped, "Stopped at %1 %", "machine", "stop"},
     {TransferActivity::Sent, "Sent", "machine", "state-done"},
+    {TransferActivity::Listening, "Waiting for bytes", "machine", "state-waiting"},
     {TransferActivity::Receiving, "Receiving", "machine-transferring", "state-receiving"},
+    {TransferActivity::Received, "Received", "machine", "state-done"},
     {TransferActivity::PortLost, "Port lost", "machine-lost", "state-lost"},
 };
 } // namespace

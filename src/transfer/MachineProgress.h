@@ -2,7 +2,7 @@
 #pragma once
 
 /// What a machine's icon shows of its transfer.
-enum class TransferActivity { Idle, Waiting, Sending, Held, Stopped, Sent, Receiving, PortLost };
+enum class TransferActivity { Idle, Waiting, Sending, Held, Stopped, Sent, Listening, Receiving, Received, PortLost };
 
 /// A transfer's way to the machine's icon: its small progress indicator pBar and its state. Icons implement it.
 class MachineProgress

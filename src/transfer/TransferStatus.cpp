@@ -31,9 +31,9 @@ constexpr Look looks[] = {
     {TransferState::Stopped, TransferActivity::Stopped, "stop", nullptr},
     {TransferState::Sent, TransferActivity::Sent, "state-done", nullptr},
     {TransferState::Cancelled, TransferActivity::Stopped, "stop", nullptr},
-    {TransferState::Listening, TransferActivity::Receiving, "state-waiting", "Waiting for bytes"},
+    {TransferState::Listening, TransferActivity::Listening, "state-waiting", "Waiting for bytes"},
     {TransferState::Receiving, TransferActivity::Receiving, "receive", "Receiving"},
-    {TransferState::Received, TransferActivity::Receiving, "state-done", nullptr},
+    {TransferState::Received, TransferActivity::Received, "state-done", nullptr},
     {TransferState::PortLost, TransferActivity::PortLost, "state-lost", "Port lost"},
 };
 

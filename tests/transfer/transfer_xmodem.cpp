@@ -137,6 +137,20 @@ private Q_SLOTS:
         QCOMPARE(play(rig, {stop, NAK}), QByteArray(".."));
     }
 
+    void receptionIsToldOnTheIcon()
+    {
+        TransferRig rig;
+        rig.machine->MCFLOW = 3;
+        rig.start(false);
+        QCOMPARE(rig.machine->activity, TransferActivity::Listening);
+        play(rig, {blockA});
+        QCOMPARE(rig.machine->activity, TransferActivity::Receiving);
+        play(rig, {EOT});
+        QCOMPARE(rig.machine->activity, TransferActivity::Received);
+        rig.click("btnNew");
+        QCOMPARE(rig.machine->activity, TransferActivity::Listening);
+    }
+
     void receptionAnswersOnTheLineAndIsTold()
     {
         TransferRig rig;
