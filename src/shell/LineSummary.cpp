@@ -7,8 +7,6 @@
 
 namespace
 {
-constexpr int xmodem = 3;
-constexpr int evenParity = 2;
 constexpr int shownRuns = 16;
 constexpr int countedFrom = 4; // equal bytes in a row
 
@@ -28,27 +26,7 @@ QString hex(unsigned char byte)
 {
     return QStringLiteral("%1").arg(byte, 2, 16, QLatin1Char('0')).toUpper();
 }
-
-QString flowName(qint64 flow)
-{
-    static const QStringList names = {QStringLiteral("no flow control"), QStringLiteral("XON/XOFF"),
-                                      QStringLiteral("RTS/CTS"), QStringLiteral("XModem")};
-    return names.value(static_cast<int>(flow), names.first());
-}
 } // namespace
-
-QString LineSummary::describe(const Line& line)
-{
-    const bool isXModem = line.flow == xmodem;
-    const bool hasEightBits = isXModem || line.dataFormat < 1 || line.dataFormat > evenParity;
-    const bool isEven = !isXModem && line.dataFormat == evenParity;
-    return QStringList{QStringLiteral("%1 baud").arg(line.baud),
-                       hasEightBits ? QStringLiteral("8 data bits") : QStringLiteral("7 data bits"),
-                       isEven ? QStringLiteral("even parity") : QStringLiteral("no parity"),
-                       line.stopBits == 2 ? QStringLiteral("2 stop bits") : QStringLiteral("1 stop bit"),
-                       flowName(line.flow)}
-        .join(QStringLiteral(", "));
-}
 
 QString LineSummary::describe(const QByteArray& bytes)
 {

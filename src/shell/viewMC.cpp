@@ -2,6 +2,7 @@
 #include "shell/viewMC.h"
 #include "ui_viewMC.h"
 
+#include "config/LineWords.h"
 #include "platform/NotificationCenter.h"
 #include "shell/MachineButton.h"
 #include "widgets/Images.h"
@@ -66,8 +67,7 @@ void viewMC::isActive(bool active)
 
 void viewMC::refresh()
 {
-    QString port = MCPORT;
-    if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
+    QString port = LineWords::portName(MCPORT);
     if (port.isEmpty()) port = QStringLiteral("no port");
     ui->lblName->setText(MCNAME);
     ui->lblPort->setText(port);

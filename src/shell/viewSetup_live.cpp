@@ -5,6 +5,7 @@
 
 #include "config/ControlCodes.h"
 #include "config/g.h"
+#include "config/LineWords.h"
 #include "platform/DeviceList.h"
 #include "protocol/Framing.h"
 #include "shell/LineSummary.h"
@@ -95,7 +96,7 @@ void viewSetup::showLine()
     const qint64 flow = ui->cboFlow->currentIndex();
     const qint64 baud = g::iVal(ui->cboBaud->currentText());
     QString summary =
-        LineSummary::describe({baud, ui->cboDBPar->currentIndex(), g::iVal(ui->cboStopBits->currentText()), flow});
+        LineWords::openedLine({baud, ui->cboDBPar->currentIndex(), g::iVal(ui->cboStopBits->currentText()), flow});
     if (ui->cboBaud->findText(QString::number(baud)) < 0)
         summary += QStringLiteral("\nThis speed is not in the list: the port may refuse it.");
     ui->lblSummary->setText(summary);

@@ -51,30 +51,3 @@ QString TransferWords::ago(qint64 ms)
     if (ms < hour) return QStringLiteral("%1 min").arg(ms / minute);
     return hoursAndMinutes(ms / minute);
 }
-
-QString TransferWords::line(const MachineRecord& mc)
-{
-    QString port = mc.MCPORT;
-    if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
-    const QString format =
-        QStringLiteral("%1 data bits, %2 parity, %3")
-            .arg(mc.MCDBPAR == 1 || mc.MCDBPAR == 2 ? 7 : 8)
-            .arg(mc.MCDBPAR == 2 ? QStringLiteral("even") : QStringLiteral("no"), count(mc.MCSBITS, "stop bit"));
-    return QStringList{port.isEmpty() ? QStringLiteral("No port") : port, QStringLiteral("%1 baud").arg(mc.MCBAUD),
-                       format, flow(mc.MCFLOW)}
-        .join(QStringLiteral("  \u00B7  "));
-}
-
-QString TransferWords::flow(qint64 flow)
-{
-    switch (flow) {
-    case 1:
-        return QStringLiteral("XON/XOFF");
-    case 2:
-        return QStringLiteral("RTS/CTS");
-    case 3:
-        return QStringLiteral("XModem");
-    default:
-        return QStringLiteral("No flow control");
-    }
-}

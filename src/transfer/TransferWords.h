@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "config/MachineRecord.h"
-
 #include <QString>
 
-/// Lines, times and counts in words.
+/// Times and counts in words.
 namespace TransferWords
 {
 /// With thousands separated.
@@ -18,8 +16,4 @@ QString clockTime(qint64 ms);
 QString about(double ms);
 /// "12 s", "3 min", "1 h 5 min"
 QString ago(qint64 ms);
-/// "ttyUSB0 · 9600 baud · 7 data bits, even parity, 1 stop bit · XON/XOFF"
-QString line(const MachineRecord& mc);
-/// Name of the record's flow control.
-QString flow(qint64 flow);
 } // namespace TransferWords

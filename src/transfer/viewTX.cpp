@@ -4,12 +4,12 @@
 
 #include "config/ControlCodes.h"
 #include "config/g.h"
+#include "config/LineWords.h"
 #include "editor/EditorActions.h"
 #include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramDrop.h"
 #include "transfer/TransferHost.h"
-#include "transfer/TransferWords.h"
 
 namespace
 {
@@ -29,27 +29,6 @@ public:
 private:
     double maximum_ = 0;
 };
-
-QString lineFormat(const MachineRecord& mc)
-{
-    switch (mc.MCDBPAR) {
-    case 1:
-        return QStringLiteral("n,7,");
-    case 2:
-        return QStringLiteral("e,7,");
-    default:
-        return QStringLiteral("n,8,");
-    }
-}
-
-QString shortLine(const MachineRecord& mc)
-{
-    if (mc.MCPORT.isEmpty()) return QStringLiteral("NONE");
-    QString port = mc.MCPORT;
-    if (port.startsWith(QLatin1String("/dev/"))) port.remove(0, 5);
-    const QString line = port + u',' + QString::number(mc.MCBAUD) + u',' + lineFormat(mc) + QString::number(mc.MCSBITS);
-    return line + QStringLiteral("\r\n") + TransferWords::flow(mc.MCFLOW);
-}
 } // namespace
 
 viewTX::viewTX(QWidget* parent)
@@ -128,7 +107,7 @@ void viewTX::initialize(bool send, int mcIndex)
 
 void viewTX::machineChanged()
 {
-    panel_.showMachine(mc->MCNAME, TransferWords::line(*mc), shortLine(*mc));
+    panel_.showMachine(mc->MCNAME, LineWords::line(*mc), LineWords::shortLine(*mc));
     setEOB();
     setSOT();
     setEOT();

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "config/MachineRecord.h"
+
+#include <QString>
+
+/// A machine's serial line in words, for all who tell of it. Codes are those of the machine record; one that has no
+/// meaning reads as 0.
+namespace LineWords
+{
+struct Line {
+    qint64 baud = 0;
+    qint64 dataFormat = 0; ///< as MCDBPAR
+    qint64 stopBits = 1;
+    qint64 flow = 0; ///< as MCFLOW
+};
+
+/// The device as an operator calls it: "ttyUSB0" for "/dev/ttyUSB0". Other texts stay as they are.
+QString portName(const QString& path);
+/// Name of a flow control: "XON/XOFF", "No flow control".
+QString flow(qint64 flow);
+/// "ttyUSB0 · 9600 baud · 7 data bits, even parity, 1 stop bit · XON/XOFF": as the record reads.
+QString line(const MachineRecord& mc);
+/// "ttyUSB0,9600,e,7,1", a CR LF and the flow control; "NONE" without a port.
+QString shortLine(const MachineRecord& mc);
+/// "9600 baud, 7 data bits, even parity, 1 stop bit, XON/XOFF": as the port is opened, not as the settings read.
+QString openedLine(const Line& line);
+} // namespace LineWords
