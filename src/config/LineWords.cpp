@@ -5,24 +5,26 @@
 
 namespace
 {
-constexpr qint64 sevenBits = 1; // data formats of the record
-constexpr qint64 sevenBitsEven = 2;
-constexpr qint64 xmodem = 3;
-
-QString format(qint64 dataFormat, qint64 stopBits)
+QString formatName(DataFormat format, qint64 stopBits)
 {
-    const bool isEven = dataFormat == sevenBitsEven;
+    const bool isEven = format == DataFormat::SevenBitsEven;
     return QStringLiteral("%1 data bits, %2 parity, %3 stop bit%4")
-        .arg(isEven || dataFormat == sevenBits ? 7 : 8)
+        .arg(format == DataFormat::EightBits ? 8 : 7)
         .arg(isEven ? QStringLiteral("even") : QStringLiteral("no"))
         .arg(stopBits)
         .arg(stopBits == 1 ? QString() : QStringLiteral("s"));
 }
 
-QString shortFormat(qint64 dataFormat)
+QString shortFormat(DataFormat format)
 {
-    if (dataFormat == sevenBits) return QStringLiteral("n,7,");
-    return dataFormat == sevenBitsEven ? QStringLiteral("e,7,") : QStringLiteral("n,8,");
+    switch (format) {
+    case DataFormat::SevenBits:
+        return QStringLiteral("n,7,");
+    case DataFormat::SevenBitsEven:
+        return QStringLiteral("e,7,");
+    default:
+        return QStringLiteral("n,8,");
+    }
 }
 } // namespace
 
@@ -32,14 +34,14 @@ QString LineWords::portName(const QString& path)
     return path.startsWith(folder) ? path.mid(folder.size()) : path;
 }
 
-QString LineWords::flow(qint64 flow)
+QString LineWords::flow(FlowControl flow)
 {
     switch (flow) {
-    case 1:
+    case FlowControl::XonXoff:
         return QStringLiteral("XON/XOFF");
-    case 2:
+    case FlowControl::RtsCts:
         return QStringLiteral("RTS/CTS");
-    case xmodem:
+    case FlowControl::XModem:
         return QStringLiteral("XModem");
     default:
         return QStringLiteral("No flow control");
@@ -50,22 +52,23 @@ QString LineWords::line(const MachineRecord& mc)
 {
     const QString port = portName(mc.MCPORT);
     return QStringList{port.isEmpty() ? QStringLiteral("No port") : port, QStringLiteral("%1 baud").arg(mc.MCBAUD),
-                       format(mc.MCDBPAR, mc.MCSBITS), flow(mc.MCFLOW)}
+                       formatName(dataFormat(mc.MCDBPAR), mc.MCSBITS), flow(flowControl(mc.MCFLOW))}
         .join(QStringLiteral("  \u00B7  "));
 }
 
 QString LineWords::shortLine(const MachineRecord& mc)
 {
     if (mc.MCPORT.isEmpty()) return QStringLiteral("NONE");
-    return portName(mc.MCPORT) + u',' + QString::number(mc.MCBAUD) + u',' + shortFormat(mc.MCDBPAR) +
-           QString::number(mc.MCSBITS) + QStringLiteral("\r\n") + flow(mc.MCFLOW);
+    return portName(mc.MCPORT) + u',' + QString::number(mc.MCBAUD) + u',' + shortFormat(dataFormat(mc.MCDBPAR)) +
+           QString::number(mc.MCSBITS) + QStringLiteral("\r\n") + flow(flowControl(mc.MCFLOW));
 }
 
 QString LineWords::openedLine(const Line& line)
 {
     QString flowName = flow(line.flow);
     if (flowName.startsWith(QLatin1String("No "))) flowName.front() = u'n'; // in the midst of a sentence
-    return QStringList{QStringLiteral("%1 baud").arg(line.baud),
-                       format(line.flow == xmodem ? 0 : line.dataFormat, line.stopBits == 2 ? 2 : 1), flowName}
+    const auto format = line.flow == FlowControl::XModem ? DataFormat::EightBits : line.dataFormat;
+    return QStringList{QStringLiteral("%1 baud").arg(line.baud), formatName(format, line.stopBits == 2 ? 2 : 1),
+                       flowName}
         .join(QStringLiteral(", "));
 }

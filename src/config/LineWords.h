@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "config/LineSettings.h"
 #include "config/MachineRecord.h"
 
 #include <QString>
 
-/// A machine's serial line in words, for all who tell of it. Codes are those of the machine record; one that has no
-/// meaning reads as 0.
+/// A machine's serial line in words, for all who tell of it.
 namespace LineWords
 {
 struct Line {
     qint64 baud = 0;
-    qint64 dataFormat = 0; ///< as MCDBPAR
+    DataFormat dataFormat = DataFormat::EightBits;
     qint64 stopBits = 1;
-    qint64 flow = 0; ///< as MCFLOW
+    FlowControl flow = FlowControl::None;
 };
 
 /// The device as an operator calls it: "ttyUSB0" for "/dev/ttyUSB0". Other texts stay as they are.
 QString portName(const QString& path);
 /// Name of a flow control: "XON/XOFF", "No flow control".
-QString flow(qint64 flow);
+QString flow(FlowControl flow);
 /// "ttyUSB0 · 9600 baud · 7 data bits, even parity, 1 stop bit · XON/XOFF": as the record reads.
 QString line(const MachineRecord& mc);
 /// "ttyUSB0,9600,e,7,1", a CR LF and the flow control; "NONE" without a port.

@@ -18,7 +18,7 @@ struct MachineRecord {
     QString MCPORT = QStringLiteral("1");    ///< path of the serial device
     QString MCINDIR;
     QString MCOUTDIR;    ///< folder of the program files
-    qint64 MCFLOW = 1;   ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 XModem
+    qint64 MCFLOW = 1;   ///< a FlowControl of LineSettings.h
     bool MCWAIT = false; ///< wait for the control's start signal before sending
     bool MCREPEAT = false;
     qint64 MCDELAY = 10;
@@ -26,7 +26,7 @@ struct MachineRecord {
     qint64 MCBLKTIC = 0;
     qint64 MCBAUD = 1200;
     bool MCEIA = false;
-    qint64 MCDBPAR = 0; ///< 0 = 8 data bits, no parity; 1 = 7, no parity; 2 = 7, even parity
+    qint64 MCDBPAR = 0; ///< a DataFormat of LineSettings.h
     qint64 MCSBITS = 1;
     QString MCTXEOB = QStringLiteral("CRLF");
     QString MCTXSOT = QStringLiteral("None (Default)");

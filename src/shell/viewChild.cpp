@@ -3,6 +3,7 @@
 #include "ui_viewChild.h"
 
 #include "config/g.h"
+#include "config/LineSettings.h"
 #include "platform/NotificationCenter.h"
 #include "shell/frmChild.h"
 #include "shell/PortProblem.h"
@@ -64,8 +65,9 @@ void viewChild::configurePort()
     sp->Speed = static_cast<unsigned long>(mc.MCBAUD);
     sp->StopBits = static_cast<int>(mc.MCSBITS);
     sp->FlowType = static_cast<int>(mc.MCFLOW);
-    sp->DataBits = mc.MCDBPAR == 0 ? 8 : 7;
-    sp->Parity = mc.MCDBPAR == 2 ? 1 : 0;
+    const auto format = dataFormat(mc.MCDBPAR);
+    sp->DataBits = format == DataFormat::EightBits ? 8 : 7;
+    sp->Parity = format == DataFormat::SevenBitsEven ? 1 : 0;
 }
 
 void viewChild::startMode(int mode, int mcIndex)

@@ -3,6 +3,7 @@
 #include "ui_viewSetup.h"
 
 #include "config/g.h"
+#include "config/LineSettings.h"
 #include "widgets/FileDialogs.h"
 
 #include <QComboBox>
@@ -84,7 +85,7 @@ void viewSetup::selectCurrentValues()
     if (!showListed(*ui->cboBaud, QString::number(mc->MCBAUD)))
         ui->cboBlockDelay->setCurrentText(QStringLiteral("1200"));
     ui->cboEIA->setCurrentIndex(mc->MCEIA ? 1 : 0);
-    ui->cboDBPar->setCurrentIndex(mc->MCDBPAR == 1 || mc->MCDBPAR == 2 ? static_cast<int>(mc->MCDBPAR) : 0);
+    ui->cboDBPar->setCurrentIndex(static_cast<int>(dataFormat(mc->MCDBPAR)));
     ui->cboStopBits->setCurrentIndex(mc->MCSBITS == 2 ? 1 : 0);
     if (!showListed(*ui->cboEOB, mc->MCTXEOB)) ui->cboEOB->setCurrentIndex(0);
     ui->txtSOT->setText(mc->MCTXSOT);
@@ -120,8 +121,9 @@ void viewSetup::btnSave_Click()
     mc->MCBLKTIC = g::iVal(ui->cboBlockDelay->currentText());
     mc->MCBAUD = g::iVal(ui->cboBaud->currentText());
     mc->MCEIA = ui->cboEIA->currentText() == QLatin1String("EIA");
-    // An XModem line has 8 data bits without parity, whatever the box shows.
-    mc->MCDBPAR = mc->MCFLOW == 3 ? 1 : ui->cboDBPar->currentIndex();
+    // XModem opens the port with 8 data bits, whatever the box shows; this code has always been stored along with it.
+    const bool isXModem = flowControl(mc->MCFLOW) == FlowControl::XModem;
+    mc->MCDBPAR = isXModem ? static_cast<qint64>(DataFormat::SevenBits) : ui->cboDBPar->currentIndex();
     mc->MCSBITS = g::iVal(ui->cboStopBits->currentText());
     mc->MCTXEOB = ui->cboEOB->currentText();
     mc->MCTXSOT = ui->txtSOT->text();

@@ -17,7 +17,6 @@
 
 namespace
 {
-constexpr int xmodem = 3;
 constexpr int columnCharacters = 75; // width beyond which a column's fields would only get longer
 
 // A disabled field tells the reason in its tool tip; an enabled one has the tool tip that the form gives it.
@@ -93,22 +92,22 @@ void viewSetup::showLive()
 
 void viewSetup::showLine()
 {
-    const qint64 flow = ui->cboFlow->currentIndex();
+    const auto flow = flowControl(ui->cboFlow->currentIndex());
     const qint64 baud = g::iVal(ui->cboBaud->currentText());
-    QString summary =
-        LineWords::openedLine({baud, ui->cboDBPar->currentIndex(), g::iVal(ui->cboStopBits->currentText()), flow});
+    QString summary = LineWords::openedLine(
+        {baud, dataFormat(ui->cboDBPar->currentIndex()), g::iVal(ui->cboStopBits->currentText()), flow});
     if (ui->cboBaud->findText(QString::number(baud)) < 0)
         summary += QStringLiteral("\nThis speed is not in the list: the port may refuse it.");
     ui->lblSummary->setText(summary);
 
-    const bool isXModem = flow == xmodem;
+    const bool isXModem = flow == FlowControl::XModem;
     enable(*ui->cboDBPar, !isXModem, QStringLiteral("XModem always has 8 data bits without parity"));
     enable(*ui->chkWaitXOn, !isXModem, QStringLiteral("With XModem the control always asks for the first block"));
     QString hint;
     if (isXModem) {
         hint = QStringLiteral("8 data bits without parity. The control asks for each block; start and end of program "
                               "are not sent.");
-    } else if (flow == 2 && ui->chkWaitXOn->isChecked()) {
+    } else if (flow == FlowControl::RtsCts && ui->chkWaitXOn->isChecked()) {
         hint = QStringLiteral("Waiting for the start signal works only with None or XON/XOFF.");
     }
     ui->lblFlowHint->setText(hint);
@@ -131,7 +130,7 @@ void viewSetup::showPort()
 // The bytes come from the same functions that sending uses.
 void viewSetup::showFraming()
 {
-    const bool isXModem = ui->cboFlow->currentIndex() == xmodem;
+    const bool isXModem = flowControl(ui->cboFlow->currentIndex()) == FlowControl::XModem;
     const auto type = Framing::controlType(ui->cboMode->currentText());
     const QString eob = ControlCodes::endOfBlock(ui->cboEOB->currentText());
     ui->lblEOBBytes->setText(sends(g::getBytes(eob)));

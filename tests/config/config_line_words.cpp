@@ -37,6 +37,8 @@ void LineWordsTest::linesInWords_data()
         "ttyS1,9600,e,7,1\r\nXModem", "9600 baud, 8 data bits, no parity, 1 stop bit, XModem");
     row("/dev/ttyS1", 4, 9, 1, "ttyS1  ·  9600 baud  ·  8 data bits, no parity, 1 stop bit  ·  No flow control",
         "ttyS1,9600,n,8,1\r\nNo flow control", "9600 baud, 8 data bits, no parity, 1 stop bit, no flow control");
+    row("/dev/ttyS1", -1, -1, 1, "ttyS1  ·  9600 baud  ·  8 data bits, no parity, 1 stop bit  ·  No flow control",
+        "ttyS1,9600,n,8,1\r\nNo flow control", "9600 baud, 8 data bits, no parity, 1 stop bit, no flow control");
 }
 
 void LineWordsTest::linesInWords()
@@ -53,7 +55,7 @@ void LineWordsTest::linesInWords()
     mc.MCSBITS = stopBits;
     QTEST(LineWords::line(mc), "line");
     QTEST(LineWords::shortLine(mc), "shortLine");
-    QTEST(LineWords::openedLine({9600, dataFormat, stopBits, flow}), "openedLine");
+    QTEST(LineWords::openedLine({9600, ::dataFormat(dataFormat), stopBits, flowControl(flow)}), "openedLine");
 }
 
 void LineWordsTest::portIsCalledByItsName()
