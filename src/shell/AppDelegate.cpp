@@ -3,6 +3,7 @@
 #include "ui_mainWindow.h"
 
 #include "config/g.h"
+#include "config/NotificationNames.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
 #include "widgets/MessageBox.h"
@@ -51,22 +52,20 @@ void AppDelegate::registerObservers()
     using Handler = void (AppDelegate::*)(const Notification&);
     using PlainHandler = void (AppDelegate::*)();
     auto& nc = NotificationCenter::defaultCenter();
-    const auto observe = [&](const char* name, Handler handler) {
-        nc.addObserver(this, QString::fromLatin1(name), nullptr,
-                       [this, handler](const Notification& n) { (this->*handler)(n); });
+    const auto observe = [&](QLatin1String name, Handler handler) {
+        nc.addObserver(this, name, nullptr, [this, handler](const Notification& n) { (this->*handler)(n); });
     };
-    const auto observePlain = [&](const char* name, PlainHandler handler) {
-        nc.addObserver(this, QString::fromLatin1(name), nullptr,
-                       [this, handler](const Notification&) { (this->*handler)(); });
+    const auto observePlain = [&](QLatin1String name, PlainHandler handler) {
+        nc.addObserver(this, name, nullptr, [this, handler](const Notification&) { (this->*handler)(); });
     };
-    observe("MCIcon_Click", &AppDelegate::MCIcon_Click);
-    observe("btnDeleteIcon_Click", &AppDelegate::btnDeleteIcon_Click);
-    observe("setupSaveButton_Click", &AppDelegate::setupSaveButton_Click);
-    observePlain("setupButton_Clicked", &AppDelegate::setupButton_Clicked);
-    observePlain("sendButton_Clicked", &AppDelegate::sendButton_Clicked);
-    observePlain("receiveButton_Clicked", &AppDelegate::receiveButton_Clicked);
-    observePlain("childGotFocus_Event", &AppDelegate::childGotFocus_Event);
-    observePlain("dockedChildLeaving_Event", &AppDelegate::dockedChildLeaving_Event);
+    observe(Notifications::MCIcon_Click, &AppDelegate::MCIcon_Click);
+    observe(Notifications::btnDeleteIcon_Click, &AppDelegate::btnDeleteIcon_Click);
+    observe(Notifications::setupSaveButton_Click, &AppDelegate::setupSaveButton_Click);
+    observePlain(Notifications::setupButton_Clicked, &AppDelegate::setupButton_Clicked);
+    observePlain(Notifications::sendButton_Clicked, &AppDelegate::sendButton_Clicked);
+    observePlain(Notifications::receiveButton_Clicked, &AppDelegate::receiveButton_Clicked);
+    observePlain(Notifications::childGotFocus_Event, &AppDelegate::childGotFocus_Event);
+    observePlain(Notifications::dockedChildLeaving_Event, &AppDelegate::dockedChildLeaving_Event);
 }
 
 bool AppDelegate::applicationShouldHandleReopen()

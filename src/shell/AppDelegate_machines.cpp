@@ -3,6 +3,7 @@
 #include "ui_mainWindow.h"
 
 #include "config/g.h"
+#include "config/NotificationNames.h"
 #include "shell/frmDncMenu.h"
 #include "shell/MachineButton.h"
 #include "shell/viewChild.h"
@@ -18,11 +19,6 @@ namespace
 constexpr double scrollStep = 50;   // pixels per click on an arrow
 constexpr double animationStep = 2; // pixels per tick
 constexpr int animationTick = 1;    // ms
-
-QString mcKey()
-{
-    return QStringLiteral("MC");
-}
 } // namespace
 
 viewMC* mcIconAt(qsizetype mcIndex)
@@ -34,7 +30,7 @@ viewMC* mcIconAt(qsizetype mcIndex)
 int AppDelegate::usableIndex(const Notification& notification) const
 {
     bool isNumber = false;
-    const int index = notification.userInfo.value(mcKey()).toInt(&isNumber);
+    const int index = notification.userInfo.value(Notifications::machineIndex).toInt(&isNumber);
     return isNumber && index >= 1 && index < g::mcIcons.size() ? index : -1;
 }
 

@@ -3,6 +3,7 @@
 #include "ui_frmChild.h"
 
 #include "config/g.h"
+#include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
 #include "shell/viewChild.h"
 
@@ -46,6 +47,6 @@ void frmChild::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && isActiveWindow())
-        NotificationCenter::defaultCenter().post(QStringLiteral("childGotFocus_Event"), this,
-                                                 {{QStringLiteral("MC"), iIndex}});
+        NotificationCenter::defaultCenter().post(Notifications::childGotFocus_Event, this,
+                                                 {{Notifications::machineIndex, iIndex}});
 }

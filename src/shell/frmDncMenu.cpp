@@ -3,6 +3,7 @@
 #include "ui_frmDncMenu.h"
 
 #include "config/MachineRecord.h"
+#include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
 #include "widgets/Images.h"
 #include "widgets/TextLook.h"
@@ -68,17 +69,17 @@ void frmDncMenu::choose(const QString& notification)
 
 void frmDncMenu::btnSetup_Click()
 {
-    choose(QStringLiteral("setupButton_Clicked"));
+    choose(Notifications::setupButton_Clicked);
 }
 
 void frmDncMenu::btnTX_Click()
 {
-    choose(QStringLiteral("sendButton_Clicked"));
+    choose(Notifications::sendButton_Clicked);
 }
 
 void frmDncMenu::btnRX_Click()
 {
-    choose(QStringLiteral("receiveButton_Clicked"));
+    choose(Notifications::receiveButton_Clicked);
 }
 
 void frmDncMenu::btnCloseMenu_Click()

@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "config/LineSettings.h"
+#include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
 #include "shell/frmChild.h"
 #include "shell/PortProblem.h"
@@ -157,7 +158,7 @@ void viewChild::btnUnDock_Click()
     frm->takeIn(this);
     frm->show();
     g::mcIcons[iMcIndex]->MCISDOCKED = false;
-    NotificationCenter::defaultCenter().post(QStringLiteral("dockedChildLeaving_Event"), this);
+    NotificationCenter::defaultCenter().post(Notifications::dockedChildLeaving_Event, this);
 }
 
 void viewChild::btnClose_Click()
@@ -194,5 +195,5 @@ void viewChild::end()
     vtx = nullptr;
     vSet = nullptr;
     g::mcIcons[iMcIndex]->MCISDOCKED = false;
-    NotificationCenter::defaultCenter().post(QStringLiteral("dockedChildLeaving_Event"), this);
+    NotificationCenter::defaultCenter().post(Notifications::dockedChildLeaving_Event, this);
 }

@@ -3,6 +3,7 @@
 #include "ui_viewMC.h"
 
 #include "config/LineWords.h"
+#include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
 #include "shell/MachineButton.h"
 #include "widgets/Images.h"
@@ -90,13 +91,14 @@ void viewMC::setTabStop(bool stops)
 
 void viewMC::btnMC_Click()
 {
-    NotificationCenter::defaultCenter().post(QStringLiteral("MCIcon_Click"), this, {{QStringLiteral("MC"), MCINDEX}});
+    NotificationCenter::defaultCenter().post(Notifications::MCIcon_Click, this,
+                                             {{Notifications::machineIndex, MCINDEX}});
 }
 
 void viewMC::btnDeleteIcon_click()
 {
-    NotificationCenter::defaultCenter().post(QStringLiteral("btnDeleteIcon_Click"), this,
-                                             {{QStringLiteral("MC"), MCINDEX}});
+    NotificationCenter::defaultCenter().post(Notifications::btnDeleteIcon_Click, this,
+                                             {{Notifications::machineIndex, MCINDEX}});
 }
 
 double viewMC::pBarMaximum() const

@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "config/LineSettings.h"
+#include "config/NotificationNames.h"
 #include "widgets/FileDialogs.h"
 
 #include <QComboBox>
@@ -146,5 +147,5 @@ void viewSetup::btnSave_Click()
     g::saveAllMcSettings();
     storedValues_ = shownValues();
     ui->lblSaved->setText(QStringLiteral("Saved"));
-    nc->post(QStringLiteral("setupSaveButton_Click"), nullptr, {{QStringLiteral("MC"), mc->MCINDEX}});
+    nc->post(Notifications::setupSaveButton_Click, nullptr, {{Notifications::machineIndex, mc->MCINDEX}});
 }
