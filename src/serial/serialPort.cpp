@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "serial/serialPort.h"
 
+#include "config/NotificationNames.h"
 #include "platform/BackgroundQueue.h"
 #include "platform/DeviceList.h"
 #include "platform/MainQueue.h"
@@ -103,7 +104,7 @@ void serialPort::writeFinished(const std::shared_ptr<WriteTask>& task)
     const std::weak_ptr<void> alive = alive_;
     tellIfLost();
     if (alive.expired()) return;
-    nc->post(QStringLiteral("TxOnComm"), this);
+    nc->post(Notifications::TxOnComm, this);
 }
 
 void serialPort::sendByte(std::uint8_t byte)
@@ -185,7 +186,7 @@ void serialPort::tmrRx_Tick()
     bytesRxBuffer.append(buffer.data(), count);
     // There is more: at 115200 baud a tick brings more bytes than one read takes.
     if (static_cast<std::size_t>(count) == readSize) nextRead_.start(0);
-    if (wasEmpty) nc->post(QStringLiteral("RxOnComm"), this);
+    if (wasEmpty) nc->post(Notifications::RxOnComm, this);
 }
 
 int serialPort::findSerialDevices(QStringList& paths) const
