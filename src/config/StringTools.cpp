@@ -87,6 +87,18 @@ char32_t StringTools::unicodeValue(const QString& character)
     return isPair ? QChar::surrogateToUcs4(first, character.at(1)) : replacementCharacter;
 }
 
+quint8 StringTools::utf8Value(const QString& character)
+{
+    const char32_t scalar = unicodeValue(character);
+    return static_cast<quint8>(QString::fromUcs4(&scalar, 1).toUtf8().front());
+}
+
+char16_t StringTools::utf16Value(const QString& character)
+{
+    const char32_t scalar = unicodeValue(character);
+    return QString::fromUcs4(&scalar, 1).front().unicode();
+}
+
 QString StringTools::ToString(qint64 value)
 {
     return QString::number(value);

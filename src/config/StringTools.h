@@ -26,6 +26,9 @@ QString padRight(const QString& text, qsizetype length, const QString& with);
 QString character(const QString& text, qsizetype at);
 /// The first Unicode scalar of a character; an unpaired surrogate half counts as 65533. 0 for an empty text.
 char32_t unicodeValue(const QString& character);
+/// The first unit of a character's UTF-8 and UTF-16 forms, under the same two rules.
+quint8 utf8Value(const QString& character);
+char16_t utf16Value(const QString& character);
 
 QString ToString(qint64 value);
 QString ToString(bool value); ///< "true" or "false"

@@ -14,6 +14,8 @@ private Q_SLOTS:
     void notationsBecomeCharacters_data();
     void notationsBecomeCharacters();
     void textIsCountedInCharacters();
+    void charactersHaveValues_data();
+    void charactersHaveValues();
 };
 
 void ConversionsTest::textBecomesBytes_data()
@@ -72,6 +74,34 @@ void ConversionsTest::textIsCountedInCharacters()
     QCOMPARE(subString(text, -2) + subString(text, 99) + subString(text, 1, 1), text + "\r\n");
     QCOMPARE(padLeft("7", 3, "0") + padRight(text, 6, "."), "007" + text + "..");
     QCOMPARE(strReplace("%a%%", "%", "x") + strReplace("a", {}, "b"), QStringLiteral("xaxxa"));
+}
+
+void ConversionsTest::charactersHaveValues_data()
+{
+    QTest::addColumn<QString>("character");
+    QTest::addColumn<int>("unicode");
+    QTest::addColumn<int>("utf8");
+    QTest::addColumn<int>("utf16");
+    const auto row = [](const char* name, const QString& character, int unicode, int utf8, int utf16) {
+        QTest::newRow(name) << character << unicode << utf8 << utf16;
+    };
+    row("none", {}, 0, 0, 0);
+    row("NUL", QString(QChar(0)), 0, 0, 0);
+    row("DEL, the last of one byte", QString(QChar(127)), 127, 127, 127);
+    row("CR LF counts as CR", "\r\n", 13, 13, 13);
+    row("letter of two bytes", QString::fromUtf8("\u00E9"), 0xE9, 0xC3, 0xE9);
+    row("letter and its accent", QString::fromUtf8("e\u0301"), 'e', 'e', 'e');
+    row("sign beyond the first plane", QString::fromUtf8("\xF0\x9F\x94\xA7"), 0x1F527, 0xF0, 0xD83D);
+    row("unpaired surrogate", QString(QChar(0xD83D)), 0xFFFD, 0xEF, 0xFFFD);
+    row("surrogates in the wrong order", QString(QChar(0xDD27)) + QChar(0xD83D), 0xFFFD, 0xEF, 0xFFFD);
+}
+
+void ConversionsTest::charactersHaveValues()
+{
+    QFETCH(QString, character);
+    QTEST(static_cast<int>(StringTools::unicodeValue(character)), "unicode");
+    QTEST(static_cast<int>(StringTools::utf8Value(character)), "utf8");
+    QTEST(static_cast<int>(StringTools::utf16Value(character)), "utf16");
 }
 
 QTEST_GUILESS_MAIN(ConversionsTest)
