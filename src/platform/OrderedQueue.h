@@ -5,7 +5,8 @@
 #include <memory>
 
 /// Runs its tasks in the background, one after another in the order of posting: however many wait, one thread is enough
-/// for them. What was posted still runs after the queue is gone.
+/// for them. What was posted still runs after the queue is gone. Queues do not wait for each other, so that machines
+/// held by XOFF never keep another machine's write waiting.
 class OrderedQueue
 {
 public:

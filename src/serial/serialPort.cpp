@@ -2,7 +2,6 @@
 #include "serial/serialPort.h"
 
 #include "config/NotificationNames.h"
-#include "platform/BackgroundQueue.h"
 #include "platform/DeviceList.h"
 #include "platform/MainQueue.h"
 #include "serial/Descriptor.h"
@@ -78,7 +77,7 @@ void serialPort::letGo()
     writing_ = OrderedQueue(); // the next device need not wait until a write to this one has noticed
     device_->shut(cutOff ? Descriptor::Pending::Discard : Descriptor::Pending::Send);
     // Closing a line that the control holds can take the driver many seconds.
-    BackgroundQueue::post([device = std::exchange(device_, nullptr)]() mutable { device.reset(); });
+    OrderedQueue().post([device = std::exchange(device_, nullptr)]() mutable { device.reset(); });
 }
 
 void serialPort::sendBytes(const QByteArray& bytes)

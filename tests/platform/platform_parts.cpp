@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Events, work for the queues, and a second start of the program: who gets them.
-#include "platform/BackgroundQueue.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
+#include "platform/OrderedQueue.h"
 #include "platform/SingleInstance.h"
 
 #include <QDir>
@@ -28,6 +28,27 @@ static int startAnother(const QString& folder)
     return ::write(STDOUT_FILENO, &answer, 1) == 1 && answer == 'o' ? QCoreApplication::exec() : 0;
 }
 
+// A program that ends amid writes: one hangs in its driver, the others report without end.
+static int endAmidWrites()
+{
+    MainQueue::attachToMainThread();
+    std::atomic<int> hung = 0;
+    OrderedQueue().post([&hung] {
+        ++hung;
+        ::pause();
+    });
+    static std::atomic<int> reports = 0;
+    for (int machine = 0; machine < 3; ++machine) {
+        OrderedQueue().post([] {
+            for (;;)
+                MainQueue::post([] { ++reports; });
+        });
+    }
+    while (hung == 0 || reports < 1000)
+        QCoreApplication::processEvents();
+    return 0;
+}
+
 class PartsTest : public QObject
 {
     Q_OBJECT
@@ -41,6 +62,7 @@ private Q_SLOTS:
     void mainQueueKeepsEveryThreadsOrder();
     void workBehindAMessageBoxReachesTheBoxsLoop();
     void blockedWritesOfManyMachinesHoldUpNoOther();
+    void programEndsAmidWrites();
     void ofManyStartsAtOnceExactlyOneOwns();
     void laterStartIsRefusedAndTheOwnerIsTold();
     void startsWhereNoSocketCanBeMade();
@@ -126,7 +148,7 @@ void PartsTest::blockedWritesOfManyMachinesHoldUpNoOther()
     std::atomic<int> blocked = 0;
     auto device = std::make_shared<int>(0); // a task that kept it would keep the serial device open
     for (int i = 0; i < machines; ++i) {
-        BackgroundQueue::post([&blocked, released, device] {
+        OrderedQueue().post([&blocked, released, device] {
             ++blocked;
             released.wait();
         });
@@ -134,6 +156,14 @@ void PartsTest::blockedWritesOfManyMachinesHoldUpNoOther()
     QTRY_COMPARE(blocked.load(), machines);
     release.set_value();
     QTRY_COMPARE(device.use_count(), 1L);
+}
+
+void PartsTest::programEndsAmidWrites()
+{
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(), {"--end"});
+    QVERIFY(program.waitForFinished(60'000));
+    QVERIFY(program.exitStatus() == QProcess::NormalExit && program.exitCode() == 0);
 }
 
 void PartsTest::ofManyStartsAtOnceExactlyOneOwns()
@@ -176,6 +206,7 @@ void PartsTest::startsWhereNoSocketCanBeMade()
 int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
+    if (argc == 2 && QByteArrayView(argv[1]) == "--end") return endAmidWrites();
     if (argc == 2 && QDir(argv[1]).exists()) return startAnother(argv[1]);
     PartsTest test;
     return QTest::qExec(&test, argc, argv);
