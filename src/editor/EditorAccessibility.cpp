@@ -17,7 +17,7 @@ class EditorInterface : public QAccessibleWidget, public QAccessibleTextInterfac
 public:
     explicit EditorInterface(ProgramEditor* editor) : QAccessibleWidget(editor, QAccessible::EditableText)
     {
-        ask(Sci::SCI_ALLOCATELINECHARACTERINDEX, Sci::SC_LINECHARACTERINDEX_UTF16);
+        scintilla(Sci::SCI_ALLOCATELINECHARACTERINDEX, Sci::SC_LINECHARACTERINDEX_UTF16);
     }
 
     void* interface_cast(QAccessible::InterfaceType type) override
@@ -35,11 +35,11 @@ public:
         return state;
     }
 
-    int selectionCount() const override { return ask(Sci::SCI_GETSELECTIONEMPTY) ? 0 : 1; }
+    int selectionCount() const override { return scintilla(Sci::SCI_GETSELECTIONEMPTY) ? 0 : 1; }
     void selection(int, int* start, int* end) const override
     {
-        *start = offset(ask(Sci::SCI_GETSELECTIONSTART));
-        *end = offset(ask(Sci::SCI_GETSELECTIONEND));
+        *start = offset(scintilla(Sci::SCI_GETSELECTIONSTART));
+        *end = offset(scintilla(Sci::SCI_GETSELECTIONEND));
     }
     void addSelection(int start, int end) override { setSelection(0, start, end); }
     void removeSelection(int) override { setCursorPosition(cursorPosition()); }
@@ -66,19 +66,22 @@ public:
     QRect characterRect(int at) const override
     {
         const auto from = position(at);
-        const QPoint corner(static_cast<int>(ask(Sci::SCI_POINTXFROMPOSITION, 0, from)),
-                            static_cast<int>(ask(Sci::SCI_POINTYFROMPOSITION, 0, from)));
-        const auto next = ask(Sci::SCI_POSITIONAFTER, from);
-        const int width = static_cast<int>(ask(Sci::SCI_POINTXFROMPOSITION, 0, next)) - corner.x();
+        const QPoint corner(static_cast<int>(scintilla(Sci::SCI_POINTXFROMPOSITION, 0, from)),
+                            static_cast<int>(scintilla(Sci::SCI_POINTYFROMPOSITION, 0, from)));
+        const auto next = scintilla(Sci::SCI_POSITIONAFTER, from);
+        const int width = static_cast<int>(scintilla(Sci::SCI_POINTXFROMPOSITION, 0, next)) - corner.x();
         return {editor()->viewport()->mapToGlobal(corner),
-                QSize(std::max(width, 1), static_cast<int>(ask(Sci::SCI_TEXTHEIGHT)))};
+                QSize(std::max(width, 1), static_cast<int>(scintilla(Sci::SCI_TEXTHEIGHT)))};
     }
     int offsetAtPoint(const QPoint& point) const override
     {
         const QPoint inside = editor()->viewport()->mapFromGlobal(point);
-        return offset(ask(Sci::SCI_POSITIONFROMPOINT, inside.x(), inside.y()));
+        return offset(scintilla(Sci::SCI_POSITIONFROMPOINT, inside.x(), inside.y()));
     }
-    void scrollToSubstring(int start, int end) override { ask(Sci::SCI_SCROLLRANGE, position(end), position(start)); }
+    void scrollToSubstring(int start, int end) override
+    {
+        scintilla(Sci::SCI_SCROLLRANGE, position(end), position(start));
+    }
     QString attributes(int at, int* start, int* end) const override
     {
         *start = at;
@@ -88,25 +91,25 @@ public:
 
 private:
     ProgramEditor* editor() const { return static_cast<ProgramEditor*>(widget()); }
-    qsizetype ask(unsigned message, qsizetype first = 0, qsizetype second = 0) const
+    qsizetype scintilla(unsigned message, qsizetype first = 0, qsizetype second = 0) const
     {
         return editor()->SendScintilla(message, static_cast<unsigned long>(first), static_cast<long>(second));
     }
 
     int offset(qsizetype position) const
     {
-        const auto line = ask(Sci::SCI_LINEFROMPOSITION, position);
-        const auto start = ask(Sci::SCI_POSITIONFROMLINE, line);
-        return static_cast<int>(ask(Sci::SCI_INDEXPOSITIONFROMLINE, line, Sci::SC_LINECHARACTERINDEX_UTF16) +
-                                ask(Sci::SCI_COUNTCODEUNITS, start, position));
+        const auto line = scintilla(Sci::SCI_LINEFROMPOSITION, position);
+        const auto start = scintilla(Sci::SCI_POSITIONFROMLINE, line);
+        return static_cast<int>(scintilla(Sci::SCI_INDEXPOSITIONFROMLINE, line, Sci::SC_LINECHARACTERINDEX_UTF16) +
+                                scintilla(Sci::SCI_COUNTCODEUNITS, start, position));
     }
     qsizetype position(int offset) const
     {
         if (offset < 0) return editor()->textSize(); // -1 is the end
-        const auto line = ask(Sci::SCI_LINEFROMINDEXPOSITION, offset, Sci::SC_LINECHARACTERINDEX_UTF16);
-        const auto before = ask(Sci::SCI_INDEXPOSITIONFROMLINE, line, Sci::SC_LINECHARACTERINDEX_UTF16);
+        const auto line = scintilla(Sci::SCI_LINEFROMINDEXPOSITION, offset, Sci::SC_LINECHARACTERINDEX_UTF16);
+        const auto before = scintilla(Sci::SCI_INDEXPOSITIONFROMLINE, line, Sci::SC_LINECHARACTERINDEX_UTF16);
         const auto found =
-            ask(Sci::SCI_POSITIONRELATIVECODEUNITS, ask(Sci::SCI_POSITIONFROMLINE, line), offset - before);
+            scintilla(Sci::SCI_POSITIONRELATIVECODEUNITS, scintilla(Sci::SCI_POSITIONFROMLINE, line), offset - before);
         return found == 0 && offset > 0 ? editor()->textSize() : found;
     }
 };

@@ -32,7 +32,7 @@ private:
     void styleLine(qsizetype number);
     qsizetype shownEnd(qsizetype start, qsizetype length) const;
     void hideTail(qsizetype line, qsizetype length);
-    qsizetype ask(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
+    qsizetype scintilla(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
 
     QsciScintilla* editor_;
     QByteArray styles_;

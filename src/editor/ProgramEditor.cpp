@@ -16,36 +16,36 @@ constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // of UTF-8; says how th
 constexpr int markInterval = 80;                        // ms, while lines go out
 } // namespace
 
-qsizetype ProgramEditor::ask(unsigned message, qsizetype first, qsizetype second) const
+qsizetype ProgramEditor::scintilla(unsigned message, qsizetype first, qsizetype second) const
 {
     return SendScintilla(message, static_cast<unsigned long>(first), static_cast<long>(second));
 }
 
 qsizetype ProgramEditor::textSize() const
 {
-    return ask(SCI_GETLENGTH);
+    return scintilla(SCI_GETLENGTH);
 }
 
 qsizetype ProgramEditor::caret() const
 {
-    return ask(SCI_GETCURRENTPOS);
+    return scintilla(SCI_GETCURRENTPOS);
 }
 
 ProgramEditor::Line ProgramEditor::lineAt(qsizetype position) const
 {
-    const qsizetype number = ask(SCI_LINEFROMPOSITION, position);
-    const qsizetype start = ask(SCI_POSITIONFROMLINE, number);
-    return {start, start + ask(SCI_LINELENGTH, number)};
+    const qsizetype number = scintilla(SCI_LINEFROMPOSITION, position);
+    const qsizetype start = scintilla(SCI_POSITIONFROMLINE, number);
+    return {start, start + scintilla(SCI_LINELENGTH, number)};
 }
 
 int ProgramEditor::lineNumber(qsizetype position) const
 {
-    return static_cast<int>(ask(SCI_LINEFROMPOSITION, position)) + 1;
+    return static_cast<int>(scintilla(SCI_LINEFROMPOSITION, position)) + 1;
 }
 
 ProgramEditor::Line ProgramEditor::lineNumbered(int number) const
 {
-    return lineAt(ask(SCI_POSITIONFROMLINE, number - 1));
+    return lineAt(scintilla(SCI_POSITIONFROMLINE, number - 1));
 }
 
 QString ProgramEditor::lineText(Line line) const
@@ -58,7 +58,8 @@ std::string_view ProgramEditor::view(Line range) const
 {
     // Not the pointer to the whole text: to give it, the editor moves the text together.
     if (range.end <= range.start) return {};
-    const auto* text = reinterpret_cast<const char*>(ask(SCI_GETRANGEPOINTER, range.start, range.end - range.start));
+    const auto* text =
+        reinterpret_cast<const char*>(scintilla(SCI_GETRANGEPOINTER, range.start, range.end - range.start));
     return {text, static_cast<std::size_t>(range.end - range.start)};
 }
 
@@ -70,27 +71,27 @@ QByteArray ProgramEditor::wholeText() const
 
 ProgramEditor::Line ProgramEditor::selection() const
 {
-    return {ask(SCI_GETSELECTIONSTART), ask(SCI_GETSELECTIONEND)};
+    return {scintilla(SCI_GETSELECTIONSTART), scintilla(SCI_GETSELECTIONEND)};
 }
 
 qsizetype ProgramEditor::firstVisible() const
 {
-    return ask(SCI_POSITIONFROMLINE, ask(SCI_DOCLINEFROMVISIBLE, ask(SCI_GETFIRSTVISIBLELINE)));
+    return scintilla(SCI_POSITIONFROMLINE, scintilla(SCI_DOCLINEFROMVISIBLE, scintilla(SCI_GETFIRSTVISIBLELINE)));
 }
 
 template <typename Change> void ProgramEditor::changeText(Change change)
 {
     const bool wasReadOnly = isReadOnly();
-    const qsizetype notices = ask(SCI_GETMODEVENTMASK);
-    ask(SCI_SETREADONLY, 0);
-    ask(SCI_SETUNDOCOLLECTION, 0);
+    const qsizetype notices = scintilla(SCI_GETMODEVENTMASK);
+    scintilla(SCI_SETREADONLY, 0);
+    scintilla(SCI_SETUNDOCOLLECTION, 0);
     // The library answers each notice of a change by counting all characters before it, for assistive technology.
-    ask(SCI_SETMODEVENTMASK, 0);
+    scintilla(SCI_SETMODEVENTMASK, 0);
     change();
-    ask(SCI_SETMODEVENTMASK, notices);
-    ask(SCI_EMPTYUNDOBUFFER);
-    ask(SCI_SETUNDOCOLLECTION, 1);
-    ask(SCI_SETREADONLY, wasReadOnly);
+    scintilla(SCI_SETMODEVENTMASK, notices);
+    scintilla(SCI_EMPTYUNDOBUFFER);
+    scintilla(SCI_SETUNDOCOLLECTION, 1);
+    scintilla(SCI_SETREADONLY, wasReadOnly);
     Q_EMIT linesChanged();
     Q_EMIT textChanged();
 }
@@ -101,7 +102,7 @@ void ProgramEditor::setProgram(const QByteArray& fileBytes)
     QByteArrayView program(fileBytes);
     if (program.startsWith(byteOrderMark)) program = program.sliced(byteOrderMark.size());
     changeText([&] {
-        ask(SCI_ALLOCATE, program.size() + 1);
+        scintilla(SCI_ALLOCATE, program.size() + 1);
         FileText fileText;
         for (qsizetype at = 0; at < program.size(); at += pieceSize) {
             const auto piece = fileText.convert(program.constData() + at, std::min(pieceSize, program.size() - at));
@@ -114,18 +115,19 @@ void ProgramEditor::setProgram(const QByteArray& fileBytes)
 void ProgramEditor::clearProgram()
 {
     clearLineOut();
-    changeText([this] { ask(SCI_CLEARALL); });
+    changeText([this] { scintilla(SCI_CLEARALL); });
 }
 
 void ProgramEditor::appendReceived(const QByteArray& bytes)
 {
     // Asked in lines: the scroll bar's range follows the text later. A scroll bar below may hide the last line.
-    const bool atEnd = ask(SCI_GETFIRSTVISIBLELINE) + ask(SCI_LINESONSCREEN) + 1 >= ask(SCI_GETLINECOUNT);
+    const bool atEnd =
+        scintilla(SCI_GETFIRSTVISIBLELINE) + scintilla(SCI_LINESONSCREEN) + 1 >= scintilla(SCI_GETLINECOUNT);
     const QByteArray text = QString::fromLatin1(bytes).toUtf8();
     changeText([&] { SendScintilla(SCI_APPENDTEXT, static_cast<uintptr_t>(text.size()), text.constData()); });
     if (!atEnd) return;
-    ask(SCI_SETEMPTYSELECTION, textSize());
-    ask(SCI_SCROLLTOEND);
+    scintilla(SCI_SETEMPTYSELECTION, textSize());
+    scintilla(SCI_SCROLLTOEND);
 }
 
 void ProgramEditor::moveCaretTo(qsizetype position)
@@ -137,9 +139,9 @@ void ProgramEditor::moveCaretTo(qsizetype position)
 void ProgramEditor::select(Line line)
 {
     if (isShown()) {
-        ask(SCI_SETSEL, line.start, line.end);
+        scintilla(SCI_SETSEL, line.start, line.end);
     } else {
-        ask(SCI_SETSELECTION, line.end, line.start);
+        scintilla(SCI_SETSELECTION, line.end, line.start);
     }
 }
 
@@ -161,12 +163,12 @@ void ProgramEditor::showLineOut()
     const Line line = *lineToMark_;
     clearLineOut();
     markPause_.start(markInterval);
-    lineOut_ = static_cast<int>(ask(SCI_LINEFROMPOSITION, line.start));
+    lineOut_ = static_cast<int>(scintilla(SCI_LINEFROMPOSITION, line.start));
     markerAdd(lineOut_, lineOutArrow);
     markerAdd(lineOut_, lineOutBackground);
     // Without scrolling when the operator looks at another place.
     if (isCaretHeld() && shownPlace_.end > 0)
-        ask(SCI_SETSELECTION, line.end, line.start);
+        scintilla(SCI_SETSELECTION, line.end, line.start);
     else
         select(line);
     Q_EMIT lineOutShown();
@@ -201,16 +203,16 @@ void ProgramEditor::showPlace(Line place)
     if (!caretHeld_) return watch([&] { select(place); });
     leavePlace();
     shownPlace_ = place;
-    ask(SCI_SETINDICATORCURRENT, placeIndicator);
-    ask(SCI_INDICATORFILLRANGE, place.start, place.end - place.start);
-    ask(SCI_SCROLLRANGE, place.end, place.start);
+    scintilla(SCI_SETINDICATORCURRENT, placeIndicator);
+    scintilla(SCI_INDICATORFILLRANGE, place.start, place.end - place.start);
+    scintilla(SCI_SCROLLRANGE, place.end, place.start);
 }
 
 void ProgramEditor::leavePlace()
 {
     if (shownPlace_.end == 0) return;
-    ask(SCI_SETINDICATORCURRENT, placeIndicator);
-    ask(SCI_INDICATORCLEARRANGE, 0, textSize());
+    scintilla(SCI_SETINDICATORCURRENT, placeIndicator);
+    scintilla(SCI_INDICATORCLEARRANGE, 0, textSize());
     shownPlace_ = {};
 }
 

@@ -101,7 +101,7 @@ private:
     void select(Line line);
     void tellCaret(int updated);
     void fitLineNumbers();
-    qsizetype ask(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
+    qsizetype scintilla(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
     // Lets Scintilla handle an event of the operator's and tells when that moved the caret or changed the text.
     template <typename Handle> void watch(Handle handle);
     // Changes the text whatever the lock; the change can't be undone.
