@@ -15,22 +15,22 @@ constexpr char tapeStart = 18; // DC2
 constexpr char tapeStop = 20;  // DC4
 const std::string tapeCodes{'\0', tapeStart, tapeStop};
 
-std::pair<std::string, std::string> headerAndTrailer(const Framing& framing)
+std::pair<std::string, std::string> headerAndTrailer(const ExpectedFraming& framing)
 {
     switch (framing.type) {
-    case ControlType::Fanuc:
+    case ControlKind::Fanuc:
         return {leader + "%" + framing.eob, "%" + framing.eob};
-    case ControlType::Okuma:
+    case ControlKind::Okuma:
         // A second leader stands before the first line, once for each program.
         return {leader + tapeStart + std::string(1, '\0') + leader, leader + tapeStop + std::string(5, '\0')};
-    case ControlType::Plain:
+    case ControlKind::Plain:
         break;
     }
     return {framing.sot, framing.eot};
 }
 } // namespace
 
-ProgramReader::ProgramReader(Framing framing) : framing_(std::move(framing))
+ProgramReader::ProgramReader(ExpectedFraming framing) : framing_(std::move(framing))
 {
     std::tie(header_, trailer_) = headerAndTrailer(framing_);
 }
@@ -61,18 +61,18 @@ std::string ProgramReader::headerProblem() const
     // Of a program without a visible end silence is the end, also inside the start string.
     const bool isCut = !hasVisibleEnd() && length < header_.size();
     if (!isCut && bytes_.compare(0, length, header_, 0, length) == 0) return {};
-    if (framing_.type == ControlType::Plain) return "the start string is missing";
+    if (framing_.type == ControlKind::Plain) return "the start string is missing";
     const std::size_t nulls = std::min(bytes_.find_first_not_of('\0'), bytes_.size());
     if (nulls != leaderLength) return "the leader has " + std::to_string(nulls) + " NULs, not 20";
-    if (framing_.type == ControlType::Fanuc) return "no % and end of block after the leader";
+    if (framing_.type == ControlKind::Fanuc) return "no % and end of block after the leader";
     if (bytes_[leaderLength] != tapeStart) return "no tape start (DC2) after the leader";
     return "no NUL and leader of 20 NULs between tape start and first line";
 }
 
 std::string ProgramReader::bodyProblem(const std::string& program) const
 {
-    if (framing_.type == ControlType::Fanuc && program.find('%') != std::string::npos) return "a % inside the program";
-    if (framing_.type == ControlType::Okuma && program.find_first_of(tapeCodes) != std::string::npos)
+    if (framing_.type == ControlKind::Fanuc && program.find('%') != std::string::npos) return "a % inside the program";
+    if (framing_.type == ControlKind::Okuma && program.find_first_of(tapeCodes) != std::string::npos)
         return "a tape code (NUL, DC2 or DC4) inside the program";
     return {};
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "simulator/Framing.h"
+#include "simulator/ExpectedFraming.h"
 
 namespace cncsim
 {
@@ -15,7 +15,7 @@ struct FramedProgram {
 class ProgramReader
 {
 public:
-    explicit ProgramReader(Framing framing);
+    explicit ProgramReader(ExpectedFraming framing);
 
     /// One byte, without parity. True when it ends the program: judge() and then next().
     bool take(char byte);
@@ -31,7 +31,7 @@ private:
     std::string headerProblem() const;
     std::string bodyProblem(const std::string& program) const;
 
-    Framing framing_;
+    ExpectedFraming framing_;
     std::string header_;
     std::string trailer_;
     std::string bytes_; // of the program that is coming in, framing included

@@ -20,12 +20,12 @@ enum class StartSignal { None, OnRequest, AfterDelay };
 
 struct Settings {
     Protocol protocol = Protocol::Text;
-    Framing framing = {};       ///< checked on text that arrives
-    bool evenParity = false;    ///< 7 bits with even parity, checked on every byte; XModem is always 8 bits
-    bool xonXoff = false;       ///< holds the line while its buffer is full, and stops punching on XOFF
-    double readRate = 0;        ///< bytes a second that the control works off; 0 is no limit
-    std::size_t highMark = 512; ///< bytes in the buffer that make it send XOFF
-    std::size_t lowMark = 128;  ///< bytes in the buffer that make it send XON
+    ExpectedFraming framing = {}; ///< checked on text that arrives
+    bool evenParity = false;      ///< 7 bits with even parity, checked on every byte; XModem is always 8 bits
+    bool xonXoff = false;         ///< holds the line while its buffer is full, and stops punching on XOFF
+    double readRate = 0;          ///< bytes a second that the control works off; 0 is no limit
+    std::size_t highMark = 512;   ///< bytes in the buffer that make it send XOFF
+    std::size_t lowMark = 128;    ///< bytes in the buffer that make it send XON
     /// Bytes that it still takes after XOFF; more are lost. A pty hands over what was under way in its queue (below
     /// 20 KB), where a real driver would keep its queue to itself, so the room must be larger than a real control's.
     std::size_t overrunRoom = 32768;

@@ -67,11 +67,11 @@ std::string unescaped(const std::string& text)
     return result;
 }
 
-cncsim::ControlType typeNamed(const std::string& name)
+cncsim::ControlKind kindNamed(const std::string& name)
 {
-    if (name == "fanuc") return cncsim::ControlType::Fanuc;
-    if (name == "okuma") return cncsim::ControlType::Okuma;
-    if (name == "plain") return cncsim::ControlType::Plain;
+    if (name == "fanuc") return cncsim::ControlKind::Fanuc;
+    if (name == "okuma") return cncsim::ControlKind::Okuma;
+    if (name == "plain") return cncsim::ControlKind::Plain;
     throw std::invalid_argument("unknown type " + name);
 }
 
@@ -110,7 +110,7 @@ Options parse(int argc, char* argv[])
         {"--silent-after-block", &c.xmodem.silentAfterBlock},
     };
     const std::map<std::string, std::function<void(const std::string&)>> values{
-        {"--type", [&](const std::string& v) { c.framing.type = typeNamed(v); }},
+        {"--type", [&](const std::string& v) { c.framing.type = kindNamed(v); }},
         {"--eob", [&](const std::string& v) { c.framing.eob = unescaped(v); }},
         {"--sot", [&](const std::string& v) { c.framing.sot = unescaped(v); }},
         {"--eot", [&](const std::string& v) { c.framing.eot = unescaped(v); }},

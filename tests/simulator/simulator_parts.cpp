@@ -47,36 +47,36 @@ private Q_SLOTS:
 
 void PartsTest::framing_data()
 {
-    QTest::addColumn<ControlType>("type");
+    QTest::addColumn<ControlKind>("type");
     QTest::addColumn<std::string>("bytes");
     QTest::addColumn<QString>("verdict"); // problem, or the program when right, or "open"
-    const auto row = [](ControlType type, const std::string& bytes, const char* verdict) {
+    const auto row = [](ControlKind type, const std::string& bytes, const char* verdict) {
         QTest::addRow("%d: %s", static_cast<int>(type), verdict) << type << bytes << verdict;
     };
     const std::string okumaHead = leader + "\x12\0"s + leader;
     const std::string okumaEnd = leader + "\x14\0\0\0\0\0"s;
-    row(ControlType::Fanuc, leader + "%\r\nG0\r\n%\r\n", "G0\r\n");
-    row(ControlType::Fanuc, leader + "%\r\nG0\r\n", "open");
-    row(ControlType::Fanuc, leader.substr(1) + "%\r\nG0\r\n%\r\n", "the leader has 19 NULs, not 20");
-    row(ControlType::Fanuc, leader + "\0%\r\nG0\r\n%\r\n"s, "the leader has 21 NULs, not 20");
-    row(ControlType::Fanuc, leader + "%\nG0\nG1\n%\r\n", "no % and end of block after the leader");
-    row(ControlType::Fanuc, leader + "%\r\nG0%1\r\n%\r\n", "a % inside the program");
-    row(ControlType::Okuma, okumaHead + "G0\r\n%\r\n" + okumaEnd, "G0\r\n%\r\n");
-    row(ControlType::Okuma, okumaHead + "G0\r\n" + leader + "\x14\0\0\0\0"s, "open");
-    row(ControlType::Okuma, leader + "G0" + leader + "G1" + okumaEnd, "no tape start (DC2) after the leader");
-    row(ControlType::Okuma, leader + "\x12\0G0 X1.5 Y2.5 Z3.5 F2000\r\n"s + okumaEnd,
+    row(ControlKind::Fanuc, leader + "%\r\nG0\r\n%\r\n", "G0\r\n");
+    row(ControlKind::Fanuc, leader + "%\r\nG0\r\n", "open");
+    row(ControlKind::Fanuc, leader.substr(1) + "%\r\nG0\r\n%\r\n", "the leader has 19 NULs, not 20");
+    row(ControlKind::Fanuc, leader + "\0%\r\nG0\r\n%\r\n"s, "the leader has 21 NULs, not 20");
+    row(ControlKind::Fanuc, leader + "%\nG0\nG1\n%\r\n", "no % and end of block after the leader");
+    row(ControlKind::Fanuc, leader + "%\r\nG0%1\r\n%\r\n", "a % inside the program");
+    row(ControlKind::Okuma, okumaHead + "G0\r\n%\r\n" + okumaEnd, "G0\r\n%\r\n");
+    row(ControlKind::Okuma, okumaHead + "G0\r\n" + leader + "\x14\0\0\0\0"s, "open");
+    row(ControlKind::Okuma, leader + "G0" + leader + "G1" + okumaEnd, "no tape start (DC2) after the leader");
+    row(ControlKind::Okuma, leader + "\x12\0G0 X1.5 Y2.5 Z3.5 F2000\r\n"s + okumaEnd,
         "no NUL and leader of 20 NULs between tape start and first line");
-    row(ControlType::Okuma, okumaHead + "G0\r\n" + leader + "G1\r\n" + okumaEnd,
+    row(ControlKind::Okuma, okumaHead + "G0\r\n" + leader + "G1\r\n" + okumaEnd,
         "a tape code (NUL, DC2 or DC4) inside the program");
-    row(ControlType::Plain, "<<G0>>", "G0");
-    row(ControlType::Plain, "G0 X1>>", "the start string is missing");
+    row(ControlKind::Plain, "<<G0>>", "G0");
+    row(ControlKind::Plain, "G0 X1>>", "the start string is missing");
 }
 
 void PartsTest::framing()
 {
-    QFETCH(ControlType, type);
+    QFETCH(ControlKind, type);
     QFETCH(std::string, bytes);
-    const bool isPlain = type == ControlType::Plain;
+    const bool isPlain = type == ControlKind::Plain;
     ProgramReader reader({type, "\r\n", isPlain ? "<<" : "", isPlain ? ">>" : ""});
     bool hasEnded = false;
     for (const char byte : bytes) {

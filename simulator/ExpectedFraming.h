@@ -6,10 +6,10 @@
 namespace cncsim
 {
 /// How the control expects a program to be framed.
-enum class ControlType { Plain, Fanuc, Okuma };
+enum class ControlKind { Plain, Fanuc, Okuma };
 
-struct Framing {
-    ControlType type = ControlType::Plain;
+struct ExpectedFraming {
+    ControlKind type = ControlKind::Plain;
     std::string eob = "\r\n"; ///< end of block
     std::string sot = {};     ///< start and end strings of a plain control
     std::string eot = {};
