@@ -3,6 +3,7 @@
 
 #include "shell/AppDelegate.h"
 #include "shell/viewMC.h"
+#include "support/Required.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -38,7 +39,7 @@ public:
     void toFront()
     {
         window().activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window()));
+        require(QTest::qWaitForWindowActive(&window()), "the main window does not become active");
     }
 
     /// The visible widget of that name below `root`, or in any window; null if there is none.
@@ -54,7 +55,7 @@ public:
     static void click(const QString& name, QWidget* root = nullptr)
     {
         auto* button = find<QAbstractButton>(name, root);
-        QVERIFY2(button, qPrintable("no button " + name));
+        require(button, "no button " + name);
         QTest::mouseClick(button, Qt::LeftButton);
     }
 
@@ -63,7 +64,7 @@ public:
     {
         auto* popup = QApplication::activePopupWidget();
         QWidget* window = popup ? popup : QApplication::activeWindow();
-        QVERIFY(window);
+        require(window, "no window for a key");
         QTest::keyClick(window->focusWidget() ? window->focusWidget() : window, key, modifiers);
     }
 
@@ -71,7 +72,7 @@ public:
     static void choose(int machine, const QString& choice)
     {
         click("btnMC", mcIconAt(machine));
-        QTRY_VERIFY(isShown(choice));
+        requireSoon([&] { return isShown(choice); }, "the menu has no " + choice);
         click(choice);
     }
 
@@ -87,12 +88,13 @@ public:
     void open(int machine, const QByteArray& program) const
     {
         choose(machine, "btnTX");
-        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<QFileDialog*>(QApplication::activeModalWidget()), 20000);
-        auto* name = QApplication::activeModalWidget()->findChild<QLineEdit*>("fileNameEdit");
+        const auto dialog = [] { return qobject_cast<QFileDialog*>(QApplication::activeModalWidget()); };
+        requireSoon([&] { return dialog(); }, "no file dialog", 20000);
+        auto* name = dialog()->findChild<QLineEdit*>("fileNameEdit");
         // Typed keys would race with the dialog's completion, which reads folders in the background.
         if (!program.isEmpty()) name->setText(write(program));
         QTest::keyClick(name, program.isEmpty() ? Qt::Key_Escape : Qt::Key_Return);
-        QTRY_VERIFY_WITH_TIMEOUT(!QApplication::activeModalWidget(), 20000);
+        requireSoon([] { return !QApplication::activeModalWidget(); }, "the file dialog stays", 20000);
     }
 
     void send(int machine, const QByteArray& program) const

@@ -27,21 +27,22 @@ class FaultsTest : public QObject
     Q_OBJECT
     static QString stateOf(int machine) { return mcIconAt(machine)->findChild<QLabel*>("lblState")->text(); }
 
-    static void sendsRight(Operator& op, PtyPair& line, int machine = 1, const QByteArray& program = Shop::program(50))
+    static bool sendsRight(Operator& op, PtyPair& line, int machine = 1, const QByteArray& program = Shop::program(50))
     {
         line.read();
         op.send(machine, "(NEXT)\n" + program);
-        QCOMPARE(line.readAtLeast(onWire(program).size() + 8, 30000), "(NEXT)\r\n" + onWire(program));
-        QTRY_VERIFY_WITH_TIMEOUT(op.isShown("btnSend"), 20000);
+        const QByteArray got = line.readAtLeast(onWire(program).size() + 8, 30000);
+        if (got != "(NEXT)\r\n" + onWire(program)) return qWarning() << "on the line:" << got, false;
+        return QTest::qWaitFor([&op] { return op.isShown("btnSend"); }, 20000);
     }
 
     // Closes the machine's view while another one is shown.
-    static void closeView(int machine, const QString& firstClick)
+    static bool closeView(int machine, const QString& firstClick)
     {
         Operator::choose(machine, "btnCloseMenu");
         Operator::click(firstClick, childViewAt(machine));
         Operator::click("btnClose", childViewAt(machine));
-        QTRY_COMPARE(stateOf(machine), "Idle");
+        return QTest::qWaitFor([machine] { return stateOf(machine) == "Idle"; });
     }
 
     QTemporaryDir dir_;
@@ -72,10 +73,10 @@ private Q_SLOTS:
         const QString link = dir_.filePath("adapter");
         const auto plugIn = [&link](const PtyPair& adapter) {
             QFile::remove(link);
-            QVERIFY(QFile::link(adapter.devicePath(), link));
+            return QFile::link(adapter.devicePath(), link);
         };
         PtyPair first, second, other; // on the last, another machine is sending and held
-        plugIn(first);
+        QVERIFY(plugIn(first));
         const auto machine = Shop::machineOn(link);
         machine->MCWAIT = state == "wait";
         Shop::store({machine, Shop::machineOn(other.devicePath())});
@@ -87,12 +88,12 @@ private Q_SLOTS:
         if (state == "send") first.readAtLeast(500);
         first.hangUp();
         if (state != "setup") QTRY_COMPARE(stateOf(1), "Port lost");
-        plugIn(second);
+        QVERIFY(plugIn(second));
         if (state == "setup") op.click("btnSave");
         if (state == "wait") second.write("\x11");          // the start signal it waited for comes too late
         QCOMPARE(second.readAtLeast(1, 200), QByteArray()); // nothing is sent behind the operator's back
         g::mcIcons[1]->MCWAIT = false;
-        sendsRight(op, second);
+        QVERIFY(sendsRight(op, second));
         QCOMPARE(other.readAtLeast(onWire(long_).size(), 30000), onWire(long_));
     }
 
@@ -150,9 +151,9 @@ private Q_SLOTS:
         holder.waitForFinished();
         QVERIFY(::ioctl(line.slave(), TIOCNXCL) == 0 && ::chmod(device.constData(), 0600) == 0);
         if (needsForm) op.setUp(1, line.devicePath());
-        sendsRight(op, line);
+        QVERIFY(sendsRight(op, line));
         op.restart();
-        sendsRight(op, line);
+        QVERIFY(sendsRight(op, line));
         QCOMPARE(::open(device.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK), -1); // the program holds it exclusively
         QVERIFY(file.seek(0) && file.readAll() == "kept");
     }
@@ -166,11 +167,11 @@ private Q_SLOTS:
             op.send(1, long_);
             if (sendsXoff) dead.write("\x13");
             QTRY_VERIFY_WITH_TIMEOUT(stateOf(1).startsWith("Held"), 20000);
-            sendsRight(op, alive, 2, long_);
-            closeView(1, "btnStop");
+            QVERIFY(sendsRight(op, alive, 2, long_));
+            QVERIFY(closeView(1, "btnStop"));
             dead.write("\x11"); // repaired
             dead.readAtLeast(1, 100);
-            sendsRight(op, dead);
+            QVERIFY(sendsRight(op, dead));
         }
     }
 
@@ -198,13 +199,13 @@ private Q_SLOTS:
             while (!stop.stop_requested())
                 written += std::max<qint64>(::write(mad.master(), bytes.constData(), std::size_t(bytes.size())), 0);
         });
-        sendsRight(op, mad);
+        QVERIFY(sendsRight(op, mad));
         op.choose(1, "btnRX");
         auto* editor = op.find<ProgramEditor>("rt1", childViewAt(1));
         QTRY_VERIFY_WITH_TIMEOUT(editor->textSize() > 100'000, 30000);
-        sendsRight(op, calm, 2, long_);
-        closeView(1, "btnLock");
-        sendsRight(op, mad); // while it still floods
+        QVERIFY(sendsRight(op, calm, 2, long_));
+        QVERIFY(closeView(1, "btnLock"));
+        QVERIFY(sendsRight(op, mad)); // while it still floods
         QVERIFY(written > 100'000);
     }
 };

@@ -4,9 +4,11 @@
 #include "config/ChildView.h"
 #include "config/g.h"
 #include "config/MachineRecord.h"
+#include "config/NotificationNames.h"
 #include "editor/ProgramEditor.h"
 #include "serial/CustomObject.h"
 #include "support/PtyPair.h"
+#include "support/Required.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferHost.h"
 #include "transfer/viewTX.h"
@@ -70,9 +72,9 @@ public:
         port.Speed = static_cast<unsigned long>(machine->MCBAUD);
         port.FlowType = static_cast<int>(machine->MCFLOW);
         port.Parity = 0;
-        QVERIFY(port.Open(pty.devicePath()) >= 0);
+        require(port.Open(pty.devicePath()) >= 0, "the port does not open");
         // Registered before the view: it hears of a completed write before the view sends the next.
-        port.nc->addObserver(&observer_, "TxOnComm", &port, [this](const Notification&) {
+        port.nc->addObserver(&observer_, Notifications::TxOnComm, &port, [this](const Notification&) {
             if (++completions == holdAfter_) holdLine();
         });
         view = std::make_unique<viewTX>();
@@ -80,7 +82,7 @@ public:
         view->tmrXModemTimer.stop(); // tests tick by themselves
         view->show();
         view->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(view.get()));
+        require(QTest::qWaitForWindowActive(view.get()), "the view does not become active");
         editor = find<ProgramEditor>("rt1");
         editor->setFocus();
     }
@@ -95,7 +97,7 @@ public:
     void open(const QByteArray& program)
     {
         QFile file(folder_.filePath("program.nc"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(program) == program.size());
+        require(file.open(QIODevice::WriteOnly) && file.write(program) == program.size(), "no program file");
         file.close();
         view->openFile(file.fileName());
     }
@@ -105,14 +107,14 @@ public:
     {
         holdLineAfter(writes);
         click("btnSend");
-        QTRY_VERIFY(isHeld && completions == holdAfter_);
+        requireSoon([this] { return isHeld && completions == holdAfter_; }, "the line is not held");
         QTest::qWait(0); // the view has heard of it and given the next write to the port
     }
 
     void click(const char* button)
     {
         auto* found = find<QAbstractButton>(button);
-        QVERIFY2(found->isVisible() && found->isEnabled(), button);
+        require(found && found->isVisible() && found->isEnabled(), QStringLiteral("cannot click %1").arg(button));
         QTest::mouseClick(found, Qt::LeftButton);
     }
     void chooseStart(int item) { find<QComboBox>("cbo1")->setCurrentIndex(item); } // 0 from the top, 1 from the caret
@@ -154,7 +156,7 @@ public:
     void deliver(const QByteArray& chunk)
     {
         port.bytesRxBuffer = chunk;
-        port.nc->post("RxOnComm", &port);
+        port.nc->post(Notifications::RxOnComm, &port);
     }
 
     /// The line takes nothing after that many further writes, as if the control had sent XOFF.

@@ -22,7 +22,7 @@ struct LrzszRig {
         rig.click("btnSend");
         peer.startReceiving();
         waitForPeer();
-        [this] { QTRY_VERIFY(!rig.view->dncRunning()); }();
+        requireSoon([this] { return !rig.view->dncRunning(); }, "the view goes on without rx");
         return peer.received();
     }
 
@@ -32,7 +32,7 @@ struct LrzszRig {
         rig.click("btnNew");
         peer.startSending(program);
         QByteArray log;
-        [&] { QTRY_VERIFY((log += peer.log()).contains("XMODEM receive command now")); }();
+        requireSoon([&] { return (log += peer.log()).contains("XMODEM receive command now"); }, "sx does not begin");
         for (int tick = rig.view->iXModemTimeoutCounter(); tick < 7; ++tick) // to the first NAK that a plain peer hears
             rig.view->tmrXModem_Tick();
         rig.view->startXModemTimer(second);
@@ -41,8 +41,11 @@ struct LrzszRig {
         return rig.editor->wholeText();
     }
 
-    // ms; a hang, not a slow machine
-    void waitForPeer() { QTRY_VERIFY_WITH_TIMEOUT(!peer.isRunning(), 120'000); }
+    void waitForPeer()
+    {
+        constexpr int longestWait = 120'000; // ms; a hang, not a slow machine
+        requireSoon([this] { return !peer.isRunning(); }, "the peer does not end", longestWait);
+    }
 
     TransferRig rig;
     LrzszPeer peer;
