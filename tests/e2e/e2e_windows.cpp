@@ -103,21 +103,27 @@ private Q_SLOTS:
     }
 
     // The dialog blocks only the undocked window, so the main window can end the view under it.
+    void fileDialogClosesWithItsView_data()
+    {
+        QTest::addColumn<bool>("deletes");
+        QTest::newRow("another view of the machine") << false;
+        QTest::newRow("the machine is deleted") << true;
+    }
+
     void fileDialogClosesWithItsView()
     {
+        QFETCH(bool, deletes);
         PtyPair line;
         Shop::store({Shop::machineOn(line.devicePath())});
         Operator op;
-        for (const bool deletes : {false, true}) {
-            op.open(1, {});
-            op.click("btnUnDock");
-            op.click("btnFolder", undocked());
-            const QPointer<QWidget> dialog = QApplication::activeModalWidget();
-            QVERIFY(dialog);
-            if (deletes) op.answerNextMessage("Delete");
-            deletes ? op.click("btnDeleteIcon", mcIconAt(1)) : op.choose(1, "btnRX");
-            QTRY_VERIFY(!dialog && !undocked() && !QApplication::activeModalWidget());
-        }
+        op.open(1, {});
+        op.click("btnUnDock");
+        op.click("btnFolder", undocked());
+        const QPointer<QWidget> dialog = QApplication::activeModalWidget();
+        QVERIFY(dialog);
+        if (deletes) op.answerNextMessage("Delete");
+        deletes ? op.click("btnDeleteIcon", mcIconAt(1)) : op.choose(1, "btnRX");
+        QTRY_VERIFY(!dialog && !undocked() && !QApplication::activeModalWidget());
     }
 
     void closingTheMainWindowEndsTheProgram_data()

@@ -50,31 +50,44 @@ private Q_SLOTS:
         QCOMPARE(touched.count(), 3);
     }
 
+    void searchFindsEveryPlace_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<qsizetype>("from");
+        QTest::addColumn<qsizetype>("forward"); // -1 where there is none
+        QTest::addColumn<qsizetype>("backward");
+        const auto row = [](const char* name, const QByteArray& text, const QString& pattern, qsizetype from,
+                            qsizetype forward, qsizetype backward) {
+            QTest::newRow(name) << text << pattern << from << forward << backward;
+        };
+        row("from the top", "G1g1", "g1", 0, 0, 2);
+        row("at a match", "G1g1", "g1", 2, 2, 0);
+        row("from the end", "G1g1", "g1", 4, 0, 2);
+        row("within a match", "G1X2", "1x", 2, 1, 1);
+        row("none", "G1X2", "G2", 1, -1, -1);
+        row("longer than the text", "G1", "G1X", 0, -1, -1);
+        const auto border = ProgramSearch::sliceSize;
+        const QByteArray filling = QByteArray("aaaaaaa\n").repeated(border / 8);
+        row("across the border of two slices", filling.chopped(1) + "XYZ" + filling, "xyz", 0, border - 1, border - 1);
+    }
+
     void searchFindsEveryPlace()
     {
-        const auto check = [](const QByteArray& text, const QString& pattern, qsizetype from, qsizetype forward,
-                              qsizetype backward) {
-            ProgramEditor editor;
-            editor.setProgram(text);
-            ProgramSearch search(&editor);
-            for (const auto direction : {SearchDirection::Forward, SearchDirection::Backward}) {
-                QSignalSpy found(&search, &ProgramSearch::found);
-                QSignalSpy missed(&search, &ProgramSearch::notFound);
-                search.start(pattern, direction, from);
-                QTRY_COMPARE(found.count() + missed.count(), 1);
-                const auto at = found.isEmpty() ? -1 : found[0][0].value<ProgramEditor::Line>().start;
-                QCOMPARE(at, direction == SearchDirection::Forward ? forward : backward);
-            }
-        };
-        check("G1g1", "g1", 0, 0, 2);
-        check("G1g1", "g1", 2, 2, 0);
-        check("G1g1", "g1", 4, 0, 2);
-        check("G1X2", "1x", 2, 1, 1);
-        check("G1X2", "G2", 1, -1, -1);
-        check("G1", "G1X", 0, -1, -1);
-        const auto border = ProgramSearch::sliceSize; // of two slices, the match across it
-        const QByteArray filling = QByteArray("aaaaaaa\n").repeated(border / 8);
-        check(filling.chopped(1) + "XYZ" + filling, "xyz", 0, border - 1, border - 1);
+        QFETCH(QByteArray, text);
+        QFETCH(QString, pattern);
+        QFETCH(qsizetype, from);
+        ProgramEditor editor;
+        editor.setProgram(text);
+        ProgramSearch search(&editor);
+        for (const auto direction : {SearchDirection::Forward, SearchDirection::Backward}) {
+            QSignalSpy found(&search, &ProgramSearch::found);
+            QSignalSpy missed(&search, &ProgramSearch::notFound);
+            search.start(pattern, direction, from);
+            QTRY_COMPARE(found.count() + missed.count(), 1);
+            const auto at = found.isEmpty() ? -1 : found[0][0].value<ProgramEditor::Line>().start;
+            QTEST(at, direction == SearchDirection::Forward ? "forward" : "backward");
+        }
     }
 };
 

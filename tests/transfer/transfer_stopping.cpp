@@ -29,91 +29,111 @@ class StoppingTest : public QObject
     }
 
 private Q_SLOTS:
+    void stopBeforeAnyByteOfAWriteWasTaken_data()
+    {
+        QTest::addColumn<int>("taken");
+        QTest::newRow("header") << 0;
+        for (int line = 1; line <= 4; ++line)
+            QTest::addRow("line %d", line) << line;
+        QTest::newRow("trailer") << 5;
+    }
+
     void stopBeforeAnyByteOfAWriteWasTaken()
     {
-        for (int taken = 0; taken < 6; ++taken) { // writes: header, four lines, trailer
-            TransferRig rig;
-            rig.machine->MCMODE = "FANUC";
-            rig.startWith(program);
-            rig.sendUntilHeld(taken);
-            for (int stops = 0; stops < 3; ++stops) { // the same rest is cut off again and again
-                rig.click("btnStop");
-                QVERIFY(rig.isShown("cbo1") && !rig.isShown("btnStop"));
-                QCOMPARE(rig.chosenStart(), 1);
-                if (stops < 2) rig.click("btnSend");
-            }
-            QCOMPARE(rig.machine->activity, TransferActivity::Stopped);
-            for (int line = 0; line < rig.editor->lines(); ++line)
-                QCOMPARE(rig.editor->markersAtLine(line), 0U);
-            rig.releaseLine();
-            const QByteArray before = rig.pty.read();
-            rig.click("btnSend");
-            QCOMPARE(before + rig.readUntilIdle(), leader + "%\r\n" + onTheLine.mid(1) + "%\r\n");
-            QCOMPARE(rig.chosenStart(), 0); // the next one is whole again
-            QCOMPARE(rig.editor->caret(), rig.editor->textSize());
+        QFETCH(int, taken);
+        TransferRig rig;
+        rig.machine->MCMODE = "FANUC";
+        rig.startWith(program);
+        rig.sendUntilHeld(taken);
+        for (int stops = 0; stops < 3; ++stops) { // the same rest is cut off again and again
+            rig.click("btnStop");
+            QVERIFY(rig.isShown("cbo1") && !rig.isShown("btnStop"));
+            QCOMPARE(rig.chosenStart(), 1);
+            if (stops < 2) rig.click("btnSend");
         }
+        QCOMPARE(rig.machine->activity, TransferActivity::Stopped);
+        for (int line = 0; line < rig.editor->lines(); ++line)
+            QCOMPARE(rig.editor->markersAtLine(line), 0U);
+        rig.releaseLine();
+        const QByteArray before = rig.pty.read();
+        rig.click("btnSend");
+        QCOMPARE(before + rig.readUntilIdle(), leader + "%\r\n" + onTheLine.mid(1) + "%\r\n");
+        QCOMPARE(rig.chosenStart(), 0); // the next one is whole again
+        QCOMPARE(rig.editor->caret(), rig.editor->textSize());
+    }
+
+    void slipsOnStopHarmNothing_data()
+    {
+        QTest::addColumn<bool>("byKeyboard");
+        QTest::newRow("double click") << false;
+        QTest::newRow("space bar") << true;
     }
 
     void slipsOnStopHarmNothing()
     {
-        for (const bool byKeyboard : {false, true}) {
-            TransferRig rig;
-            rig.startWith(program);
-            rig.sendUntilHeld(3);
-            if (byKeyboard) {
-                QVERIFY(rig.find<QWidget>("btnStop")->hasFocus()); // it was on Send
-                QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
-            } else {
-                // To the window: what comes up in the button's place gets the second click.
-                const auto* stop = rig.find<QWidget>("btnStop");
-                QTest::mouseDClick(rig.view->windowHandle(), Qt::LeftButton, {},
-                                   stop->mapTo(rig.view.get(), stop->rect().center()));
-            }
-            QVERIFY(!rig.view->dncRunning());
-            QCOMPARE(rig.chosenStart(), 1);
+        QFETCH(bool, byKeyboard);
+        TransferRig rig;
+        rig.startWith(program);
+        rig.sendUntilHeld(3);
+        if (byKeyboard) {
+            QVERIFY(rig.find<QWidget>("btnStop")->hasFocus()); // it was on Send
+            QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
+        } else {
+            // To the window: what comes up in the button's place gets the second click.
+            const auto* stop = rig.find<QWidget>("btnStop");
+            QTest::mouseDClick(rig.view->windowHandle(), Qt::LeftButton, {},
+                               stop->mapTo(rig.view.get(), stop->rect().center()));
         }
+        QVERIFY(!rig.view->dncRunning());
+        QCOMPARE(rig.chosenStart(), 1);
+    }
+
+    void randomStops_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::newRow("no framing") << "NONE";
+        QTest::newRow("Okuma") << "OKUMA";
     }
 
     void randomStops()
     {
+        QFETCH(QString, mode);
         QRandomGenerator random(77);
         QByteArray text;
         for (int line = 0; line < 200; ++line)
             text += "N" + QByteArray::number(line) +
                     QByteArray(random.bounded(8000), static_cast<char>('A' + line % 26)) + '\n';
-        for (const char* mode : {"NONE", "OKUMA"}) {
-            TransferRig rig;
-            rig.machine->MCMODE = mode;
-            rig.machine->MCTXEOB = "LF";
-            rig.start();
-            rig.editor->setUpdatesEnabled(false); // painting long lines would be most of the work
-            rig.open(text);
-            rig.click("btnSend");
-            QByteArray got;
-            int stops = 0;
-            int halfLines = 0;
-            while (rig.view->dncRunning() && stops < 100) {
-                // The control reads in spells, so that stops meet an empty, a filling and a full line.
-                if (random.bounded(8) == 0) got += rig.pty.read();
-                QTest::qWait(static_cast<int>(random.bounded(30)));
-                if (!rig.view->dncRunning()) break;
-                rig.click("btnStop");
-                if (random.bounded(4) == 0) {
-                    got += rig.pty.read();
-                    halfLines += !got.endsWith('\n');
-                }
-                rig.click("btnSend");
-                ++stops;
+        TransferRig rig;
+        rig.machine->MCMODE = mode;
+        rig.machine->MCTXEOB = "LF";
+        rig.start();
+        rig.editor->setUpdatesEnabled(false); // painting long lines would be most of the work
+        rig.open(text);
+        rig.click("btnSend");
+        QByteArray got;
+        int stops = 0;
+        int halfLines = 0;
+        while (rig.view->dncRunning() && stops < 100) {
+            // The control reads in spells, so that stops meet an empty, a filling and a full line.
+            if (random.bounded(8) == 0) got += rig.pty.read();
+            QTest::qWait(static_cast<int>(random.bounded(30)));
+            if (!rig.view->dncRunning()) break;
+            rig.click("btnStop");
+            if (random.bounded(4) == 0) {
+                got += rig.pty.read();
+                halfLines += !got.endsWith('\n');
             }
-            got += rig.readUntilIdle();
-            const QByteArray expected = *mode == 'N' ? text
-                                                     : leader + QByteArray("\x12\0", 2) + leader + text + leader +
-                                                           QByteArray("\x14\0\0\0\0\0", 6);
-            qInfo("%s: %d stops, %d of them seen with a line under way", mode, stops, halfLines);
-            QCOMPARE(got.size(), expected.size());
-            QVERIFY(got == expected);
-            QVERIFY(stops > 20 && halfLines > 0);
+            rig.click("btnSend");
+            ++stops;
         }
+        got += rig.readUntilIdle();
+        const QByteArray expected = mode == "NONE" ? text
+                                                   : leader + QByteArray("\x12\0", 2) + leader + text + leader +
+                                                         QByteArray("\x14\0\0\0\0\0", 6);
+        qInfo("%d stops, %d of them seen with a line under way", stops, halfLines);
+        QCOMPARE(got.size(), expected.size());
+        QVERIFY(got == expected);
+        QVERIFY(stops > 20 && halfLines > 0);
     }
 
     void operatorChoosesTheLine_data()
@@ -163,6 +183,7 @@ private Q_SLOTS:
         rig.releaseLine();
         QCOMPARE(rig.pty.readAtLeast(9), QByteArray("%G0\r\nG1\r\n"));
         step(rig);
+        if (QTest::currentTestFailed()) return;
         rig.click("btnSend");
         QTEST(rig.readUntilIdle(), "continued");
     }
@@ -195,70 +216,84 @@ private Q_SLOTS:
         QCOMPARE(rig.readUntilIdle(), onTheLine);
     }
 
+    void lostPortIsToldInEveryState_data()
+    {
+        QTest::addColumn<bool>("sends");
+        QTest::addColumn<int>("flow");
+        QTest::newRow("receiving") << false << 1;
+        QTest::newRow("receiving by XModem") << false << 3;
+        QTest::newRow("sending") << true << 1;
+        QTest::newRow("sending by XModem") << true << 3;
+    }
+
     void lostPortIsToldInEveryState()
     {
-        for (const bool sends : {false, true})
-            for (const int flow : {1, 3}) {
-                TransferRig rig;
-                rig.machine->MCFLOW = flow;
-                rig.start(sends);
-                MessageBoxes boxes("OK");
-                rig.open(program);
-                rig.holdLineAfter(0);
-                sends ? rig.click("btnSend") : rig.view->startXModemTimer(0.01);
-                rig.pty.hangUp();
-                QTRY_COMPARE(rig.machine->activity, TransferActivity::PortLost);
-                QVERIFY(!rig.view->dncRunning() && !rig.isShown("boxWaitForCNC"));
-                QVERIFY(!rig.view->tmrXModemTimer.isActive());
-                QVERIFY(!rig.port.isOpen()); // the system can give the name to the adapter again
-                QCOMPARE(boxes.texts, QStringList());
-                if (!sends) continue;
-                rig.click("btnSend"); // the adapter is not back
-                QVERIFY(boxes.texts.size() == 1 && !rig.view->dncRunning());
-            }
+        QFETCH(bool, sends);
+        QFETCH(int, flow);
+        TransferRig rig;
+        rig.machine->MCFLOW = flow;
+        rig.start(sends);
+        MessageBoxes boxes("OK");
+        rig.open(program);
+        rig.holdLineAfter(0);
+        sends ? rig.click("btnSend") : rig.view->startXModemTimer(0.01);
+        rig.pty.hangUp();
+        QTRY_COMPARE(rig.machine->activity, TransferActivity::PortLost);
+        QVERIFY(!rig.view->dncRunning() && !rig.isShown("boxWaitForCNC"));
+        QVERIFY(!rig.view->tmrXModemTimer.isActive());
+        QVERIFY(!rig.port.isOpen()); // the system can give the name to the adapter again
+        QCOMPARE(boxes.texts, QStringList());
+        if (!sends) return;
+        rig.click("btnSend"); // the adapter is not back
+        QVERIFY(boxes.texts.size() == 1 && !rig.view->dncRunning());
     }
 
     // Writes to a lost device count as complete: the program would race to its end and be told as sent. The port keeps
     // what a stop cut off; with the port that is gone, and no part of the program may go with it.
     void lostPortTakesNothingOfTheProgramAway_data()
     {
+        QTest::addColumn<bool>("stops");
         QTest::addColumn<bool>("waits");
         QTest::addColumn<int>("writesOut");
         QTest::addColumn<QByteArray>("rest");
-        QTest::newRow("in the wait") << true << 0 << onTheLine;
-        QTest::newRow("in the header") << false << 0 << onTheLine;
-        QTest::newRow("in a line") << false << 3 << QByteArray("G2\r\nG3\r\n"); // the whole line
-        QTest::newRow("in the trailer") << false << 5 << QByteArray("G3\r\n\x04");
+        for (const bool stops : {false, true}) {
+            const auto row = [stops](const char* where, bool waits, int writesOut, const QByteArray& rest) {
+                QTest::addRow("%s%s", where, stops ? ", stopped" : "") << stops << waits << writesOut << rest;
+            };
+            row("in the wait", true, 0, onTheLine);
+            row("in the header", false, 0, onTheLine);
+            row("in a line", false, 3, "G2\r\nG3\r\n"); // the whole line
+            row("in the trailer", false, 5, "G3\r\n\x04");
+        }
     }
 
     void lostPortTakesNothingOfTheProgramAway()
     {
+        QFETCH(bool, stops);
         QFETCH(bool, waits);
         QFETCH(int, writesOut);
         QFETCH(QByteArray, rest);
-        for (const bool stops : {false, true}) {
-            const QTemporaryDir folder;
-            TransferRig rig;
-            rig.machine->MCPORT = folder.filePath("adapter");
-            rig.machine->MCTXSOT = "37";
-            if (writesOut == 5) rig.machine->MCTXEOT = "4";
-            rig.machine->MCWAIT = waits;
-            rig.startWith(program);
-            rig.sendUntilHeld(writesOut);
-            if (stops) rig.click("btnStop");
-            rig.pty.hangUp();
-            QTRY_COMPARE(rig.headline(), QString("Port lost"));
-            QCOMPARE(rig.details().contains("Stopped at line "), writesOut > 0);
+        const QTemporaryDir folder;
+        TransferRig rig;
+        rig.machine->MCPORT = folder.filePath("adapter");
+        rig.machine->MCTXSOT = "37";
+        if (writesOut == 5) rig.machine->MCTXEOT = "4";
+        rig.machine->MCWAIT = waits;
+        rig.startWith(program);
+        rig.sendUntilHeld(writesOut);
+        if (stops) rig.click("btnStop");
+        rig.pty.hangUp();
+        QTRY_COMPARE(rig.headline(), QString("Port lost"));
+        QCOMPARE(rig.details().contains("Stopped at line "), writesOut > 0);
 
-            PtyPair again; // by the name that the record has, as udev gives an adapter a lasting one
-            QVERIFY(QFile::link(again.devicePath(), rig.machine->MCPORT));
-            rig.click("btnSend");
-            if (waits) rig.click("btnSendNow");
-            QCOMPARE(again.readAtLeast(rest.size()), rest);
-            QTRY_COMPARE(rig.machine->activity, TransferActivity::Sent);
-            again.hangUp(); // noticed again
-            QTRY_COMPARE(rig.headline(), QString("Port lost"));
-        }
+        PtyPair again; // by the name that the record has, as udev gives an adapter a lasting one
+        QVERIFY(QFile::link(again.devicePath(), rig.machine->MCPORT));
+        rig.click("btnSend");
+        if (waits) rig.click("btnSendNow");
+        QCOMPARE(again.readAtLeast(rest.size()), rest);
+        QTRY_COMPARE(rig.machine->activity, TransferActivity::Sent);
+        again.hangUp(); // noticed again
+        QTRY_COMPARE(rig.headline(), QString("Port lost"));
     }
 };
 
