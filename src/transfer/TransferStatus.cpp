@@ -12,7 +12,6 @@ namespace
 {
 // At the slowest speeds a tick of the port brings a byte or two; beyond this nothing is arriving.
 constexpr qint64 quietTime = 2000; // ms
-constexpr qint64 xmodem = 3;
 const QString dot = QStringLiteral("  \u00B7  ");
 
 struct Look {
@@ -68,14 +67,14 @@ QString TransferStatus::headline(qint64 now, const TransferFacts& facts) const
     if (const char* text = lookOf(current).headline) return QString::fromLatin1(text);
     switch (current) {
     case TransferState::Held:
-        if (facts.flow == xmodem) return QStringLiteral("Waiting for the control's answer");
+        if (facts.flow == FlowControl::XModem) return QStringLiteral("Waiting for the control's answer");
         // Without flow control it can't be the control that holds the line.
-        return facts.flow == 0 ? QStringLiteral("Held: the line takes no bytes")
-                               : QStringLiteral("Held by the control");
+        return facts.flow == FlowControl::None ? QStringLiteral("Held: the line takes no bytes")
+                                               : QStringLiteral("Held by the control");
     case TransferState::Stopped:
         return QStringLiteral("Stopped at line %1, Send %2")
-            .arg(number(facts.line), facts.flow == xmodem ? QStringLiteral("starts again from the top")
-                                                          : QStringLiteral("continues there"));
+            .arg(number(facts.line), facts.flow == FlowControl::XModem ? QStringLiteral("starts again from the top")
+                                                                       : QStringLiteral("continues there"));
     case TransferState::Sent:
         return QStringLiteral("Sent: %1, %2 in %3")
             .arg(TransferWords::count(facts.lines, "line"), TransferWords::count(clock.bytesSent(), "byte"),
@@ -133,8 +132,9 @@ QString TransferStatus::sendingDetails(qint64 now, const TransferFacts& facts)
                    TransferWords::clockTime(clock.elapsed(now)) + QStringLiteral(" elapsed");
     const auto left = clock.remaining(now);
     if (clock.isHeld(now))
-        text += dot + (facts.flow == xmodem ? QStringLiteral("waiting for %1") : QStringLiteral("held for %1"))
-                          .arg(TransferWords::clockTime(clock.waitingFor(now)));
+        text +=
+            dot + (facts.flow == FlowControl::XModem ? QStringLiteral("waiting for %1") : QStringLiteral("held for %1"))
+                      .arg(TransferWords::clockTime(clock.waitingFor(now)));
     else if (left)
         text += dot + TransferWords::about(static_cast<double>(*left)) + QStringLiteral(" left");
     return text;
@@ -144,7 +144,7 @@ QString TransferStatus::receivingDetails(qint64 now, const TransferFacts& facts)
 {
     if (facts.bytes == 0 && !lastByteAt_) return QStringLiteral("Start the output at the control.");
     QString blocks;
-    if (facts.flow == xmodem) {
+    if (facts.flow == FlowControl::XModem) {
         blocks = TransferWords::count(facts.blocks, "block");
         if (facts.repeats > 0) blocks += QStringLiteral(", %1 repeated").arg(number(facts.repeats));
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "config/LineSettings.h"
 #include "protocol/TransferClock.h"
 #include "transfer/MachineProgress.h"
 
@@ -30,7 +31,7 @@ struct TransferFacts {
     qint64 lines = 0;
     qint64 bytes = 0; ///< of the program's text
     bool isFromTop = true;
-    qint64 flow = 0; ///< as in the machine record
+    FlowControl flow = FlowControl::None;
     unsigned long baud = 0;
     double lineTime = 0; ///< ms that the line takes for what a send would send
     int blocks = 0;      ///< received with XModem

@@ -4,6 +4,7 @@
 
 #include "config/ControlCodes.h"
 #include "config/g.h"
+#include "config/LineSettings.h"
 #include "config/LineWords.h"
 #include "editor/EditorActions.h"
 #include "protocol/XModemBlock.h"
@@ -123,7 +124,7 @@ MachineProgress& viewTX::icon() const
 
 bool viewTX::isXModem() const
 {
-    return mc->MCFLOW == 3;
+    return flowControl(mc->MCFLOW) == FlowControl::XModem;
 }
 
 // The only writer of the state that is shown; buttons, lock, boxes and timers follow from it.

@@ -3,6 +3,7 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
+#include "config/LineSettings.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferWords.h"
 
@@ -40,7 +41,8 @@ void viewTX::waitOrBegin()
 {
     setPBarsHidden(false);
     if (plain_.isContinued()) movePBars();
-    if (!mc->MCWAIT || mc->MCFLOW > 1 || mc->MCFLOW < 0) return beginSend();
+    const bool canWait = mc->MCFLOW == 0 || mc->MCFLOW == 1; // none or XON/XOFF, and no code without a meaning
+    if (!mc->MCWAIT || !canWait) return beginSend();
     // The start signal is the XON byte: with flow control on, the driver would swallow it.
     if (!sp->setFlow(0)) return tellPortLost();
     if (!plain_.isContinued()) status_.clock = {};
@@ -61,7 +63,7 @@ void viewTX::beginSend()
 {
     if (isXModem() && xmodemSend_.state() == XModemSend::State::Idle) return startXModem();
     if (!booWaitingForStartSignal()) return; // a second start signal must not start the program twice
-    if (mc->MCFLOW == 1 && !sp->setFlow(1)) return tellPortLost();
+    if (flowControl(mc->MCFLOW) == FlowControl::XonXoff && !sp->setFlow(1)) return tellPortLost();
     const bool isContinued = plain_.isContinued();
     isContinued ? status_.clock.resume(now()) : beginClock();
     enter(TransferState::Sending);

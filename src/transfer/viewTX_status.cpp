@@ -50,7 +50,7 @@ void viewTX::write(const QByteArray& bytes)
 TransferFacts viewTX::facts(TransferState state) const
 {
     TransferFacts facts;
-    facts.flow = mc->MCFLOW;
+    facts.flow = flowControl(mc->MCFLOW);
     facts.baud = sp->Speed;
     facts.bytes = ui->rt1->textSize();
     facts.lines = iNumLines();
