@@ -6,6 +6,7 @@
 #include "config/g.h"
 #include "config/LineSettings.h"
 #include "config/LineWords.h"
+#include "config/NotificationNames.h"
 #include "editor/EditorActions.h"
 #include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
@@ -14,9 +15,6 @@
 
 namespace
 {
-const QString txOnComm = QStringLiteral("TxOnComm");
-const QString rxOnComm = QStringLiteral("RxOnComm");
-
 // Stands in for the icon of a record that no icon carries.
 class NoIcon : public MachineProgress
 {
@@ -98,8 +96,8 @@ void viewTX::initialize(bool send, int mcIndex)
     // Told in the view and on the icon, without a message that would hold up the operators of other machines.
     lostConnection_ = connect(sp.get(), &serialPort::lost, this, [this] { end(Ending::PortLost); });
     // A sending view listens, too: the control's start signal and XModem replies drive it.
-    nc->addObserver(this, rxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
-    if (send) nc->addObserver(this, txOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
+    nc->addObserver(this, Notifications::RxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
+    if (send) nc->addObserver(this, Notifications::TxOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
 
     shownState_.reset(); // the icon is another one
     machineChanged();
