@@ -16,7 +16,7 @@
 namespace
 {
 // Stands in for the icon of a record that no icon carries.
-class NoIcon : public MachineProgress
+class NoProgress : public MachineProgress
 {
 public:
     double pBarMaximum() const override { return maximum_; }
@@ -68,8 +68,8 @@ viewTX::viewTX(QWidget* parent)
 viewTX::~viewTX()
 {
     nc->removeObserver(this);
-    icon().showActivity(TransferActivity::Idle);
-    icon().setPBarHidden(true);
+    progress().showActivity(TransferActivity::Idle);
+    progress().setPBarHidden(true);
 }
 
 void viewTX::viewDidLoad()
@@ -113,11 +113,11 @@ void viewTX::machineChanged()
     refreshStatus();
 }
 
-MachineProgress& viewTX::icon() const
+MachineProgress& viewTX::progress() const
 {
-    static NoIcon noIcon;
-    auto* progress = dynamic_cast<MachineProgress*>(mc.get());
-    return progress ? *progress : noIcon;
+    static NoProgress nobodysProgress;
+    auto* shown = dynamic_cast<MachineProgress*>(mc.get());
+    return shown ? *shown : nobodysProgress;
 }
 
 bool viewTX::isXModem() const

@@ -111,7 +111,7 @@ private:
     enum class Ending { Stopped, Finished, Cancelled, PortLost };
 
     void viewDidLoad();
-    MachineProgress& icon() const;
+    MachineProgress& progress() const;
     bool isXModem() const;
     bool startsFromTop() const;
     void enter(TransferState state);

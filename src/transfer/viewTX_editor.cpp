@@ -77,9 +77,9 @@ void viewTX::setComboHidden(bool hidden)
 void viewTX::setPBarsHidden(bool hidden)
 {
     panel_.setProgressHidden(hidden);
-    icon().setPBarHidden(hidden);
+    progress().setPBarHidden(hidden);
     if (hidden) return;
-    icon().setPBarValue(0);
+    progress().setPBarValue(0);
     panel_.showPercent(0);
 }
 
@@ -90,9 +90,9 @@ double viewTX::getNumLines() const
 
 void viewTX::movePBars()
 {
-    const double unit = std::max(icon().pBarMaximum() / 100.0, 0.1);
+    const double unit = std::max(progress().pBarMaximum() / 100.0, 0.1);
     const double percent = static_cast<double>(iIndexCurrentLine()) / unit;
-    icon().setPBarValue(unit * percent);
+    progress().setPBarValue(unit * percent);
     panel_.showPercent((isXModem() ? booSentXModemEOF() : txEOF()) ? 100 : percent);
 }
 

@@ -27,7 +27,7 @@ void viewTX::btnSend_Click()
         return;
     }
     if (status_.entered() == TransferState::PortLost && sp->Open(mc->MCPORT) < 0) return tellPortLost();
-    icon().setPBarMaximum(static_cast<double>(program_.size()));
+    progress().setPBarMaximum(static_cast<double>(program_.size()));
     if (startsFromTop()) btnRewind_Click();
     if (isXModem()) return beginSend();
 

@@ -78,7 +78,7 @@ void viewTX::refreshStatus()
     if (shownState_ != state) {
         shownState_ = state;
         panel_.showStateImage(TransferStatus::image(state));
-        icon().showActivity(TransferStatus::activity(state));
+        progress().showActivity(TransferStatus::activity(state));
     }
     if (TransferStatus::isLive(state)) refreshStatusLater();
 }
