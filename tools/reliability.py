@@ -22,6 +22,7 @@ FAULTS = {  # test program: which of its tests
     "serial_line": "deviceBelongs.*|unplugged.*",
     "transfer_files": "failedSave.*",
     "transfer_lrzsz": "oneFault|noisyLine",
+    "transfer_port_lost": ".*",
     "transfer_stopping": "(?!operatorChooses).*",
     "transfer_uart": ".*",
     "e2e_faults": ".*",

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "support/MessageBoxes.h"
 #include "transfer/TransferRig.h"
 
 #include <QRandomGenerator>
@@ -14,8 +13,7 @@ const QByteArray onTheLine("%G0\r\nG1\r\nG2\r\nG3\r\n");
 using Step = std::function<void(TransferRig&)>;
 } // namespace
 
-/// Stop and continue: whatever the moment, the control gets every byte once, from the line that the operator chose; and
-/// nothing of the program is lost with the port.
+/// Stop and continue: whatever the moment, the control gets every byte once, from the line that the operator chose.
 class StoppingTest : public QObject
 {
     Q_OBJECT
@@ -214,86 +212,6 @@ private Q_SLOTS:
         QVERIFY(rig.isShown("btnStop") && !rig.isShown("btnSend") && !rig.isShown("cbo1"));
         rig.releaseLine();
         QCOMPARE(rig.readUntilIdle(), onTheLine);
-    }
-
-    void lostPortIsToldInEveryState_data()
-    {
-        QTest::addColumn<bool>("sends");
-        QTest::addColumn<int>("flow");
-        QTest::newRow("receiving") << false << 1;
-        QTest::newRow("receiving by XModem") << false << 3;
-        QTest::newRow("sending") << true << 1;
-        QTest::newRow("sending by XModem") << true << 3;
-    }
-
-    void lostPortIsToldInEveryState()
-    {
-        QFETCH(bool, sends);
-        QFETCH(int, flow);
-        TransferRig rig;
-        rig.machine->MCFLOW = flow;
-        rig.start(sends);
-        MessageBoxes boxes("OK");
-        rig.open(program);
-        rig.holdLineAfter(0);
-        sends ? rig.click("btnSend") : rig.view->startXModemTimer(0.01);
-        rig.pty.hangUp();
-        QTRY_COMPARE(rig.machine->activity, TransferActivity::PortLost);
-        QVERIFY(!rig.view->dncRunning() && !rig.isShown("boxWaitForCNC"));
-        QVERIFY(!rig.view->tmrXModemTimer.isActive());
-        QVERIFY(!rig.port.isOpen()); // the system can give the name to the adapter again
-        QCOMPARE(boxes.texts, QStringList());
-        if (!sends) return;
-        rig.click("btnSend"); // the adapter is not back
-        QVERIFY(boxes.texts.size() == 1 && !rig.view->dncRunning());
-    }
-
-    // Writes to a lost device count as complete: the program would race to its end and be told as sent. The port keeps
-    // what a stop cut off; with the port that is gone, and no part of the program may go with it.
-    void lostPortTakesNothingOfTheProgramAway_data()
-    {
-        QTest::addColumn<bool>("stops");
-        QTest::addColumn<bool>("waits");
-        QTest::addColumn<int>("writesOut");
-        QTest::addColumn<QByteArray>("rest");
-        for (const bool stops : {false, true}) {
-            const auto row = [stops](const char* where, bool waits, int writesOut, const QByteArray& rest) {
-                QTest::addRow("%s%s", where, stops ? ", stopped" : "") << stops << waits << writesOut << rest;
-            };
-            row("in the wait", true, 0, onTheLine);
-            row("in the header", false, 0, onTheLine);
-            row("in a line", false, 3, "G2\r\nG3\r\n"); // the whole line
-            row("in the trailer", false, 5, "G3\r\n\x04");
-        }
-    }
-
-    void lostPortTakesNothingOfTheProgramAway()
-    {
-        QFETCH(bool, stops);
-        QFETCH(bool, waits);
-        QFETCH(int, writesOut);
-        QFETCH(QByteArray, rest);
-        const QTemporaryDir folder;
-        TransferRig rig;
-        rig.machine->MCPORT = folder.filePath("adapter");
-        rig.machine->MCTXSOT = "37";
-        if (writesOut == 5) rig.machine->MCTXEOT = "4";
-        rig.machine->MCWAIT = waits;
-        rig.startWith(program);
-        rig.sendUntilHeld(writesOut);
-        if (stops) rig.click("btnStop");
-        rig.pty.hangUp();
-        QTRY_COMPARE(rig.headline(), QString("Port lost"));
-        QCOMPARE(rig.details().contains("Stopped at line "), writesOut > 0);
-
-        PtyPair again; // by the name that the record has, as udev gives an adapter a lasting one
-        QVERIFY(QFile::link(again.devicePath(), rig.machine->MCPORT));
-        rig.click("btnSend");
-        if (waits) rig.click("btnSendNow");
-        QCOMPARE(again.readAtLeast(rest.size()), rest);
-        QTRY_COMPARE(rig.machine->activity, TransferActivity::Sent);
-        again.hangUp(); // noticed again
-        QTRY_COMPARE(rig.headline(), QString("Port lost"));
     }
 };
 
