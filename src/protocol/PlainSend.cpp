@@ -23,18 +23,18 @@ void PlainSend::prepare(const std::optional<Place>& place, qsizetype next)
     place_ = place;
     next_ = next;
     state_ = State::Waiting;
-    if (!isContinued()) line_ = {next, next};
+    if (!willContinue()) line_ = {next, next};
 }
 
 QByteArray PlainSend::begin(const QByteArray& cutOff)
 {
-    const bool continues = isContinued();
+    const bool continues = willContinue();
     const auto place = std::exchange(place_, {});
     if (continues) {
         state_ = place->reached;
         return cutOff;
     }
-    isLeaderDue_ = setup_.filter.type == ControlType::Okuma;
+    isLeaderDue_ = true;
     if (!place) return nextLine();
     state_ = State::Header;
     return Framing::header(setup_.filter.type, setup_.startOfTransfer, setup_.endOfBlock);
@@ -69,7 +69,8 @@ QByteArray PlainSend::nextLine()
     if (!text) return {};
 
     text->replace(u'\n', setup_.endOfBlock);
-    if (std::exchange(isLeaderDue_, false)) text->prepend(g::nulls(Framing::leaderLength));
+    const bool hasLeader = std::exchange(isLeaderDue_, false) && setup_.filter.type == ControlType::Okuma;
+    if (hasLeader) text->prepend(g::nulls(Framing::leaderLength));
     return g::getBytes(*text);
 }
 
@@ -82,9 +83,10 @@ void PlainSend::stop()
 
 PlainSend::Restart PlainSend::lose()
 {
+    const bool wasUnderWay = state_ != State::Idle;
     stop();
     const auto place = std::exchange(place_, {});
-    if (!place) return Restart::AsChosen;
+    if (!place) return wasUnderWay ? Restart::FromNext : Restart::Unchanged;
     if (place->reached < State::Lines) return Restart::FromTop;
     next_ = line_.start;
     return Restart::FromLineOut;

@@ -9,8 +9,8 @@
 
 #include <optional>
 
-/// Sends a program as plain text, paced by the port: bytes go out, and each completed write brings the next ones. Knows
-/// no line and no clock.
+/// Sends a program as plain text, paced by the port: bytes go out, and each completed write brings the next ones.
+/// Touches neither port nor clock.
 ///
 ///     Idle ──prepare──> Waiting ──begin, from the top──> Header ──written──> Lines
 ///                       Waiting ──begin, from the caret──> Lines ──written, lines left──> Lines
@@ -20,6 +20,7 @@
 class PlainSend
 {
 public:
+    /// In the order in which a send passes through them; compared by it.
     enum class State {
         Idle,
         Waiting, ///< prepared; begin starts it
@@ -45,8 +46,9 @@ public:
 
     /// Where to start again when the port was lost, with all that it held.
     enum class Restart {
-        AsChosen, ///< nothing was under way
+        Unchanged, ///< nothing was under way: wherever the operator wants
         FromTop,
+        FromNext,
         FromLineOut, ///< nobody knows how much of this line has arrived; next() is its start
     };
 
@@ -57,33 +59,35 @@ public:
     void prepareFromTop(const Setup& setup);
     /// From the line at `caret`. Continues the stopped send if that is where it would go on.
     void prepareFromCaret(const Setup& setup, qsizetype caret);
-    /// Starts what was prepared: the bytes to write first. `cutOff` is what the stop kept from the line; it goes out
-    /// first in a continued send and is ignored in any other.
+    /// Starts what was prepared and returns the first bytes to write. `cutOff` is what the stop kept from the port: a
+    /// continued send begins with it, any other ignores it.
     QByteArray begin(const QByteArray& cutOff);
-    /// The last write is complete. Nothing follows after a stop, however late the completion is reported.
+    /// Call when a write has completed; returns what to write next. Nothing after a stop, however late the completion
+    /// is reported.
     Step written();
     /// Stops and keeps the place, so that a send from there continues without a byte lost or doubled.
     void stop();
     /// The port is gone. Nothing can be continued after that.
     Restart lose();
-    /// Caret or text were changed: a stopped send can't be continued any more. Nothing while a send is under way.
+    /// The caret or the text was changed: a stopped send can't be continued any more. Nothing while a send is under
+    /// way.
     void forgetPlace();
     /// No send is under way, and the first line is the next one.
     void rewind();
 
     State state() const { return state_; }
     /// The next begin continues a stopped send.
-    bool isContinued() const { return place_ && place_->reached > State::Waiting; }
+    bool willContinue() const { return place_ && place_->reached > State::Waiting; }
     /// Where the line that goes out next begins.
     qsizetype next() const { return next_; }
-    /// The line that went out last.
+    /// The line handed over last; empty, where the send starts, before the first.
     ProgramText::Line lineOut() const { return line_; }
-    bool isAllOut() const { return next_ > 0 && next_ >= program_.size(); }
+    bool isLastLineOut() const { return next_ > 0 && next_ >= program_.size(); }
     /// The leader that an Okuma control wants before the first line is still to come.
     bool isLeaderDue() const { return isLeaderDue_; }
 
 private:
-    // Where begin goes on. Without one it starts with the line at the caret.
+    // Where begin goes on. Without a place it starts with the line at the caret.
     struct Place {
         State reached; // Waiting: the header is still to come
         qsizetype next;

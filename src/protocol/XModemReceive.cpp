@@ -116,6 +116,7 @@ void XModemReceive::forgetSender()
 void XModemReceive::forgetProgram()
 {
     blocks_ = repeats_ = 0;
+    lastNumber_ = -1;
     missing_.clear();
     repeated_.clear();
 }

@@ -5,8 +5,8 @@
 #include <QList>
 #include <QString>
 
-/// The receiving side of XModem. Knows no line and no clock: bytes and the ticks of a one-second timer come in, replies
-/// and the program's bytes go out.
+/// The receiving side of XModem. Touches neither port nor clock: bytes and the ticks of a one-second timer come in,
+/// replies and the program's bytes go out.
 ///
 ///     Between ──SOH──> InBlock                     Between ──EOT──> Between, the program is whole
 ///     InBlock ──132 bytes, good──> Between

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-/// The sending side of XModem. Knows no line and no clock: the control's replies come in, blocks go out.
+/// The sending side of XModem. Touches neither port nor clock: the control's replies come in, blocks go out.
 ///
 ///     Idle ──begin──> Waiting ──ACK, NAK──> Block ──ACK, bytes left──> Block
 ///                                           Block ──NAK──> Block, the same again

@@ -123,20 +123,15 @@ void TransferPanel::showLock(bool isLocked, bool isRunning)
     ui_.cbo1->setEnabled(!isRunning);
 }
 
-void TransferPanel::showWaitBox(TransferState state)
+void TransferPanel::showWaitBox(TransferState state, bool canSendNow)
 {
-    if (state == TransferState::WaitingForStart)
-        showWaitBox(waitForStartText(), true);
-    else if (state == TransferState::WaitingForXModem)
-        showWaitBox(QStringLiteral("Waiting for XModem start command from CNC"), false);
-    else
-        hideWaitBox();
-}
-
-void TransferPanel::showWaitBox(const QString& text, bool canSendNow)
-{
-    ui_.lblWaitForMC->setText(text);
     ui_.btnSendNow->setHidden(!canSendNow);
+    if (state == TransferState::WaitingForXModem)
+        ui_.lblWaitForMC->setText(QStringLiteral("Waiting for XModem start command from CNC"));
+    else if (state == TransferState::WaitingForStart)
+        ui_.lblWaitForMC->setText(waitForStartText());
+    else
+        return hideWaitBox();
     ui_.boxWaitForCNC->show();
 }
 
@@ -148,7 +143,9 @@ void TransferPanel::hideWaitBox()
 void TransferPanel::whileConverting(const std::function<void()>& convert, bool canSendNow)
 {
     const QString kept = ui_.lblWaitForMC->text();
-    showWaitBox(QStringLiteral("DOS File! Auto converting text to 'Mac' format\n\nPlease wait"), false);
+    ui_.lblWaitForMC->setText(QStringLiteral("DOS File! Auto converting text to 'Mac' format\n\nPlease wait"));
+    ui_.btnSendNow->hide();
+    ui_.boxWaitForCNC->show();
     ui_.boxWaitForCNC->repaint();
     convert();
     ui_.lblWaitForMC->setText(kept);

@@ -32,13 +32,13 @@ public:
     void showState(const QString& headline, const QString& details);
     void showStateImage(const QString& image);
 
-    /// Stop in the place of Send and Rewind. The keyboard's focus goes along.
+    /// Stop in the place of Send and Rewind. From Send, the keyboard focus moves to Stop.
     void showRunning(bool isRunning);
     /// Whether the text is locked by the operator; a running transfer locks it in any case.
     void showLock(bool isLocked, bool isRunning);
 
-    /// Shown while the state waits for the control, hidden in every other.
-    void showWaitBox(TransferState state);
+    /// Shown while the state waits for the control, hidden in every other. "Send now" is offered if `canSendNow`.
+    void showWaitBox(TransferState state, bool canSendNow);
     void hideWaitBox();
     /// Borrows the wait box to tell that a file is being converted: a large one keeps the event loop busy.
     void whileConverting(const std::function<void()>& convert, bool canSendNow);
@@ -52,7 +52,6 @@ protected:
 
 private:
     void setUpFonts();
-    void showWaitBox(const QString& text, bool canSendNow);
 
     QWidget& view_;
     Ui::viewTX& ui_;

@@ -45,7 +45,7 @@ class TransferStatus
 public:
     TransferClock clock;
 
-    /// The transfer has come to this state. Held and Listening are found out by themselves, from Sending and Receiving.
+    /// The transfer has come to this state. Held and Listening are derived, from Sending and Receiving.
     void enter(TransferState state) { entered_ = state; }
     TransferState entered() const { return entered_; }
     /// A send is under way or waits for the control.
@@ -64,7 +64,7 @@ public:
     static TransferActivity activity(TransferState state);
     /// The image that shows the state; each differs in shape, not in colour alone.
     static QString image(TransferState state);
-    /// It changes with time alone.
+    /// Its words change although nothing happens.
     static bool isLive(TransferState state);
 
 private:

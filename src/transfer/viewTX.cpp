@@ -47,7 +47,7 @@ viewTX::viewTX(QWidget* parent)
     connect(&tmrXModemTimer, &QTimer::timeout, this, &viewTX::tmrXModem_Tick);
     // A send that was stopped is continued only where the operator left it.
     connect(ui->rt1, &ProgramEditor::operatorTouched, this, [this] {
-        if (status_.isRunning()) return;
+        if (!booModeTX || status_.isRunning()) return;
         plain_.forgetPlace();
         readyAgain();
     });
@@ -84,6 +84,7 @@ void viewTX::viewDidLoad()
 void viewTX::initialize(bool send, int mcIndex)
 {
     if (mcIndex < 0 || mcIndex >= g::mcIcons.size()) qFatal("no machine at index %d", mcIndex);
+    if (status_.isRunning()) end(Ending::Stopped);
     booModeTX = send;
     mode = send ? MODE_TX : MODE_RX;
     mc = g::mcIcons[mcIndex];
@@ -110,7 +111,7 @@ void viewTX::machineChanged()
     setEOB();
     setSOT();
     setEOT();
-    refreshStatus();
+    enter(status_.entered()); // what the view shows depends on the flow control, too
 }
 
 MachineProgress& viewTX::progress() const
@@ -133,7 +134,7 @@ void viewTX::enter(TransferState state)
     panel_.showLock(vTextLocked, status_.isRunning());
     // An XModem send always starts at the top, when the control asks for it.
     setComboHidden(isXModem() || state == TransferState::Sending);
-    panel_.showWaitBox(state);
+    panel_.showWaitBox(state, !isXModem());
 
     if (booModeTX || !isXModem() || state == TransferState::PortLost)
         tmrXModemTimer.stop();
@@ -179,7 +180,7 @@ void viewTX::setEOT()
 
 qsizetype viewTX::iIndexCurrentLine() const
 {
-    return isXModem() ? xmodemProgram_.line().start : plain_.lineOut().start;
+    return sendsXModem_ ? xmodemProgram_.line().start : plain_.lineOut().start;
 }
 
 QString viewTX::strBuffer() const

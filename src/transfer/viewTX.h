@@ -55,6 +55,8 @@ public:
     void beginSend();
     void TxOnComm();
     void startXModem();
+    /// Acts on a reply of the control: true for ACK, false for NAK.
+    void sendXModemPacket(bool next);
     void startXModemTimer(double interval);
     void tmrXModem_Tick();
     void RxOnComm();
@@ -83,17 +85,16 @@ public:
     bool booWaitingForStartSignal() const { return plain_.state() == PlainSend::State::Waiting; }
     qsizetype iIndexCurrentLine() const; ///< start of the line going out, in bytes of the editor's text
     qsizetype iNumLines() const;         ///< of the program; a line end that closes it begins no further one
-    bool txEOF() const { return plain_.isAllOut(); } ///< the last line has been sent
+    bool txEOF() const { return plain_.isLastLineOut(); } ///< the last line has been sent
     bool booSentXModemEOF() const { return xmodemSend_.isAllSent(); }
     int iXModemTimeoutCounter() const { return xmodemReceive_.silence(); } ///< ticks since the last received byte
 
-    // Names that a transfer has had from the start, and that nothing in the program uses now.
+    // Names that a transfer has had from the start; the program itself needs none of them.
     int mode = 0;
     bool txSOF = false;
     void btnFont_Click() {}
     void sendLine() { TxOnComm(); }
     void sendTrailer() { TxOnComm(); }
-    void sendXModemPacket(bool next) { carryOut(xmodemSend_.take(next ? XModemCodes::ACK : XModemCodes::NAK)); }
     double getNumLines() const;
     qsizetype iTextLength() const { return program_.size(); }
     bool doneOkumaNulls() const { return !plain_.isLeaderDue(); }
@@ -121,8 +122,8 @@ private:
     void showLineOut();
     void showRewound();
     void end(Ending ending);
-    void endPlain(Ending ending);
-    void endXModem(Ending ending);
+    void stopMachines(Ending ending);
+    void showRestart(PlainSend::Restart restart);
     void write(const QByteArray& bytes);
     void actOnReplies(const QByteArray& bytes);
     void carryOut(const XModemSend::Step& step);
@@ -131,8 +132,7 @@ private:
     void appendReceived(const QByteArray& bytes);
     QString programFolder() const;
     qint64 now() const { return clock_.elapsed(); }
-    TransferClock::Send lineLoad(qsizetype from) const;
-    void beginClock();
+    TransferClock::Send plannedSend(qsizetype from) const;
     TransferFacts facts(TransferState state) const;
     void refreshStatus();
     void refreshStatusLater();
@@ -143,11 +143,11 @@ private:
     TransferPanel panel_;
     EditorProgram program_;
     PlainSend plain_;
+    bool sendsXModem_ = false; // the send under way or, without one, the last
     XModemProgram xmodemProgram_;
     XModemSend xmodemSend_;
     XModemReceive xmodemReceive_;
     QString lastFolder_; // of the file opened or saved last in this view
-
     // What the operator is told.
     TransferStatus status_;
     std::optional<TransferState> shownState_;

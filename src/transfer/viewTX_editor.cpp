@@ -16,9 +16,8 @@ void viewTX::btnNew_Click()
 {
     ui->rt1->clearProgram();
     panel_.showProgramPath({});
-    plain_.rewind();
     xmodemReceive_.forgetProgram();
-    readyAgain();
+    btnRewind_Click(); // nothing of the old program may go out in front of the next
 }
 
 void viewTX::btnFolder_Click()
@@ -39,7 +38,7 @@ QString viewTX::programFolder() const
 
 void viewTX::openFile(const QString& path)
 {
-    if (!ProgramFile::isReadable(path)) return;
+    if (status_.isRunning() || !ProgramFile::isReadable(path)) return;
     if (ProgramFile::isTooLarge(path)) {
         g::msgBox(QStringLiteral("The file is too large for the editor\r\r%1").arg(path), QStringLiteral("OK"), {});
         return;
@@ -93,17 +92,16 @@ void viewTX::movePBars()
     const double unit = std::max(progress().pBarMaximum() / 100.0, 0.1);
     const double percent = static_cast<double>(iIndexCurrentLine()) / unit;
     progress().setPBarValue(unit * percent);
-    panel_.showPercent((isXModem() ? booSentXModemEOF() : txEOF()) ? 100 : percent);
+    panel_.showPercent((sendsXModem_ ? booSentXModemEOF() : txEOF()) ? 100 : percent);
 }
 
 // The operator chose another program or place: what was told of the last transfer does not hold any more.
 void viewTX::readyAgain()
 {
+    if (!booModeTX) status_.forgetReceived();
     if (status_.isRunning() || status_.entered() == TransferState::PortLost) return refreshStatus();
-    if (booModeTX)
-        setPBarsHidden(true);
-    else
-        status_.forgetReceived();
+    if (booModeTX) setPBarsHidden(true);
     const auto ready = booModeTX ? TransferState::Ready : TransferState::Listening;
-    status_.entered() == ready ? refreshStatus() : enter(ready);
+    if (status_.entered() == ready) return refreshStatus();
+    enter(ready);
 }

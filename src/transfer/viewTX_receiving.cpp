@@ -35,8 +35,10 @@ void viewTX::actOnReplies(const QByteArray& bytes)
         return;
     }
     for (const char reply : bytes) {
-        if (reply == XModemCodes::ACK || reply == XModemCodes::NAK) status_.clock.completed(now(), xmodemSend_.sent());
-        carryOut(xmodemSend_.take(reply));
+        if (reply == XModemCodes::ACK || reply == XModemCodes::NAK)
+            sendXModemPacket(reply == XModemCodes::ACK);
+        else
+            carryOut(xmodemSend_.take(reply));
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "config/LineSettings.h"
+#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferWords.h"
 
@@ -12,6 +13,12 @@ namespace
 // Items of cbo1.
 constexpr int fromTheTop = 0;
 constexpr int fromTheCaret = 1;
+
+QString blocksSent(const XModemSend& send)
+{
+    const auto blocks = [](qsizetype bytes) { return (bytes + XModemBlock::dataSize - 1) / XModemBlock::dataSize; };
+    return QStringLiteral("%1 of %2 blocks sent").arg(blocks(send.sent())).arg(blocks(send.program().size()));
+}
 } // namespace
 
 bool viewTX::startsFromTop() const
@@ -26,26 +33,33 @@ void viewTX::btnSend_Click()
                   QStringLiteral("OK"), {});
         return;
     }
-    if (status_.entered() == TransferState::PortLost && sp->Open(mc->MCPORT) < 0) return tellPortLost();
+    if (status_.entered() == TransferState::PortLost) {
+        if (sp->Open(mc->MCPORT) < 0) return tellPortLost();
+        enter(TransferState::Ready);
+    }
     progress().setPBarMaximum(static_cast<double>(program_.size()));
-    if (startsFromTop()) btnRewind_Click();
+    if (isXModem() || startsFromTop()) btnRewind_Click();
     if (isXModem()) return beginSend();
 
     const LineFilter filter{Framing::controlType(mc->MCMODE), mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
     const PlainSend::Setup setup{filter, SOT, EOB, EOT, mc->MCREPEAT};
-    startsFromTop() ? plain_.prepareFromTop(setup) : plain_.prepareFromCaret(setup, ui->rt1->caret());
+    if (startsFromTop())
+        plain_.prepareFromTop(setup);
+    else
+        plain_.prepareFromCaret(setup, ui->rt1->caret());
+    sendsXModem_ = false;
     waitOrBegin();
 }
 
 void viewTX::waitOrBegin()
 {
     setPBarsHidden(false);
-    if (plain_.isContinued()) movePBars();
+    if (plain_.willContinue()) movePBars();
     const bool canWait = mc->MCFLOW == 0 || mc->MCFLOW == 1; // none or XON/XOFF, and no code without a meaning
     if (!mc->MCWAIT || !canWait) return beginSend();
     // The start signal is the XON byte: with flow control on, the driver would swallow it.
     if (!sp->setFlow(0)) return tellPortLost();
-    if (!plain_.isContinued()) status_.clock = {};
+    if (!plain_.willContinue()) status_.clock = {};
     enter(TransferState::WaitingForStart);
 }
 
@@ -64,11 +78,15 @@ void viewTX::beginSend()
     if (isXModem() && xmodemSend_.state() == XModemSend::State::Idle) return startXModem();
     if (!booWaitingForStartSignal()) return; // a second start signal must not start the program twice
     if (flowControl(mc->MCFLOW) == FlowControl::XonXoff && !sp->setFlow(1)) return tellPortLost();
-    const bool isContinued = plain_.isContinued();
-    isContinued ? status_.clock.resume(now()) : beginClock();
+    if (plain_.willContinue()) {
+        status_.clock.resume(now());
+        enter(TransferState::Sending);
+        // What the stop cut off was counted when it was first handed to the port.
+        return sp->sendBytes(plain_.begin(sp->takeUnsentBytes()));
+    }
+    status_.clock.begin(now(), plannedSend(plain_.next()));
+    firstLine_ = ui->rt1->lineNumber(plain_.next());
     enter(TransferState::Sending);
-    // The bytes that the stop cut off were counted when they were first handed to the port.
-    if (isContinued) return sp->sendBytes(plain_.begin(sp->takeUnsentBytes()));
     write(plain_.begin({}));
     showLineOut();
 }
@@ -92,12 +110,13 @@ void viewTX::showLineOut()
     if (plain_.state() != PlainSend::State::Lines) return;
     const auto line = plain_.lineOut();
     ui->rt1->markLineOut({line.start, line.end}); // the progress bars move with the mark, but are full at once
-    if (plain_.isAllOut()) movePBars();
+    if (plain_.isLastLineOut()) movePBars();
 }
 
 void viewTX::btnStop_Click()
 {
-    if (status_.isRunning()) end(Ending::Stopped);
+    if (status_.isRunning()) return end(Ending::Stopped);
+    enter(status_.entered()); // the buttons as they have to be
 }
 
 // Every way out of a transfer leads through here.
@@ -106,8 +125,8 @@ void viewTX::end(Ending ending)
     if (ending == Ending::PortLost && status_.entered() == TransferState::PortLost) return;
     if (status_.entered() == TransferState::Sending) movePBars(); // the mark, and the bars with it, may lag behind
     endNotice_.clear();
-    sp->stopButtonPressed = true;
-    isXModem() ? endXModem(ending) : endPlain(ending);
+    if (ending != Ending::Finished) sp->stopButtonPressed = true; // all else that was written is to go out, EOT too
+    stopMachines(ending);
     ui->rt1->clearLineOut();
     status_.clock.stop(now());
     switch (ending) {
@@ -123,20 +142,25 @@ void viewTX::end(Ending ending)
     }
 }
 
-// Leaves caret and selector where the next send starts.
-void viewTX::endPlain(Ending ending)
+void viewTX::stopMachines(Ending ending)
 {
-    if (ending == Ending::Finished) {
-        ui->rt1->moveCaretTo(program_.size());
-        ui->cbo1->setCurrentIndex(fromTheTop);
-        return;
-    }
-    auto restart = PlainSend::Restart::AsChosen;
-    if (ending == Ending::PortLost)
-        restart = plain_.lose();
-    else
+    xmodemSend_.stop();
+    if (ending == Ending::Cancelled) endNotice_ = blocksSent(xmodemSend_);
+    // What the port held is gone, so a stopped send of text can't be continued, whatever was sent since.
+    if (ending == Ending::PortLost) return showRestart(plain_.lose());
+    if (sendsXModem_) return;
+    if (ending == Ending::Stopped) {
         plain_.stop();
-    if (!status_.isRunning() && restart == PlainSend::Restart::AsChosen) return;
+        return showRestart(PlainSend::Restart::FromNext);
+    }
+    ui->rt1->moveCaretTo(program_.size());
+    ui->cbo1->setCurrentIndex(fromTheTop);
+}
+
+// Leaves caret and selector where the next send starts.
+void viewTX::showRestart(PlainSend::Restart restart)
+{
+    if (restart == PlainSend::Restart::Unchanged) return;
     ui->cbo1->setCurrentIndex(restart == PlainSend::Restart::FromTop ? fromTheTop : fromTheCaret);
     ui->rt1->moveCaretTo(plain_.next()); // clicks during the transfer may have taken it elsewhere
     if (restart == PlainSend::Restart::FromLineOut)
@@ -146,6 +170,7 @@ void viewTX::endPlain(Ending ending)
 
 void viewTX::btnRewind_Click()
 {
+    if (status_.isRunning()) return;
     plain_.rewind();
     sp->discardCutOff(); // the rest of a block must not come in front of the next program
     showRewound();

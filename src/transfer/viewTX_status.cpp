@@ -17,7 +17,7 @@ qsizetype viewTX::iNumLines() const
     return ui->rt1->textSize() > 0 ? ui->rt1->lineNumber(ui->rt1->textSize() - 1) : 0;
 }
 
-TransferClock::Send viewTX::lineLoad(qsizetype from) const
+TransferClock::Send viewTX::plannedSend(qsizetype from) const
 {
     TransferClock::Send send;
     send.msPerByte = TransferClock::msPerByte(sp->Speed, sp->StopBits);
@@ -27,18 +27,6 @@ TransferClock::Send viewTX::lineLoad(qsizetype from) const
     const double added = static_cast<double>(iNumLines() * (EOB.size() - 1)); // "\n" becomes the end of block
     send.bytesPerUnit = (size + added) / size;
     return send;
-}
-
-void viewTX::beginClock()
-{
-    const qsizetype from = isXModem() ? 0 : plain_.next();
-    auto load = lineLoad(from);
-    if (isXModem()) {
-        load.to = xmodemSend_.program().size();
-        load.bytesPerUnit = static_cast<double>(XModemBlock::size) / XModemBlock::dataSize;
-    }
-    firstLine_ = ui->rt1->lineNumber(from);
-    status_.clock.begin(now(), load);
 }
 
 void viewTX::write(const QByteArray& bytes)
@@ -56,17 +44,19 @@ TransferFacts viewTX::facts(TransferState state) const
     facts.lines = iNumLines();
     facts.blocks = xmodemReceive_.blocks();
     facts.repeats = xmodemReceive_.repeats();
-    facts.notice = booModeTX ? QString() : xmodemReceive_.notice();
-    if (!booModeTX) return facts;
+    if (!booModeTX) {
+        facts.notice = xmodemReceive_.notice();
+        return facts;
+    }
     if (state == TransferState::Cancelled || state == TransferState::PortLost) facts.notice = endNotice_;
     facts.isFromTop = isXModem() || startsFromTop();
-    const bool isOut = state == TransferState::Sending || state == TransferState::Held || isXModem();
+    const bool isOut = state == TransferState::Sending || state == TransferState::Held || sendsXModem_;
     const bool isNextSet = status_.isRunning() || state == TransferState::Stopped;
     const qsizetype next = isNextSet ? plain_.next() : ui->rt1->caret();
     facts.line = ui->rt1->lineNumber(isOut ? iIndexCurrentLine() : next);
     facts.line = std::min<qint64>(facts.line, std::max<qint64>(facts.lines, 1));
     if (state == TransferState::Sent) facts.lines -= firstLine_ - 1;
-    facts.lineTime = TransferClock::atLineSpeed(lineLoad(facts.isFromTop ? 0 : next));
+    facts.lineTime = TransferClock::atLineSpeed(plannedSend(facts.isFromTop ? 0 : next));
     return facts;
 }
 

@@ -8,7 +8,7 @@
 
 namespace
 {
-void send(serialPort& port, XModemReceive::Reply reply)
+void answer(serialPort& port, XModemReceive::Reply reply)
 {
     switch (reply) {
     case XModemReceive::Reply::Ack:
@@ -28,11 +28,18 @@ void viewTX::startXModem()
     setEOB();
     const LineFilter filter{ControlType::General, mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
     xmodemSend_.begin(xmodemProgram_.begin(program_, filter, EOB));
+    sendsXModem_ = true;
     ui->rt1->clearLineOut();
     setPBarsHidden(false);
     movePBars();
     status_.clock = {};
     enter(TransferState::WaitingForXModem);
+}
+
+void viewTX::sendXModemPacket(bool next)
+{
+    status_.clock.completed(now(), xmodemSend_.sent());
+    carryOut(xmodemSend_.take(next ? XModemCodes::ACK : XModemCodes::NAK));
 }
 
 void viewTX::carryOut(const XModemSend::Step& step)
@@ -43,7 +50,11 @@ void viewTX::carryOut(const XModemSend::Step& step)
     }
     if (step.bytes.isEmpty()) return;
     if (status_.entered() == TransferState::WaitingForXModem) {
-        beginClock();
+        auto planned = plannedSend(0);
+        planned.to = xmodemSend_.program().size();
+        planned.bytesPerUnit = static_cast<double>(XModemBlock::size) / XModemBlock::dataSize;
+        status_.clock.begin(now(), planned);
+        firstLine_ = 1;
         enter(TransferState::Sending);
     }
     write(step.bytes);
@@ -56,16 +67,6 @@ void viewTX::showBlockOut()
     const auto line = xmodemProgram_.follow(program_, xmodemSend_.sent());
     ui->rt1->markLineOut({line.start, line.end});
     if (xmodemSend_.isAllSent()) movePBars();
-}
-
-void viewTX::endXModem(Ending ending)
-{
-    xmodemSend_.stop();
-    if (ending != Ending::Cancelled) return;
-    const auto blocks = [](qsizetype bytes) { return (bytes + XModemBlock::dataSize - 1) / XModemBlock::dataSize; };
-    endNotice_ = QStringLiteral("%1 of %2 blocks sent")
-                     .arg(blocks(xmodemSend_.sent()))
-                     .arg(blocks(xmodemSend_.program().size()));
 }
 
 // --- Receiving -------------------------------------------------------------------------------------------------------
@@ -82,8 +83,8 @@ void viewTX::tmrXModem_Tick()
 
 void viewTX::carryOut(const XModemReceive::Step& step)
 {
-    for (const auto answer : step.replies)
-        send(*sp, answer);
+    for (const auto reply : step.replies)
+        answer(*sp, reply);
     if (step.isWhole) enter(TransferState::Received);
     if (!step.program.isEmpty()) appendReceived(step.program);
     refreshStatus();

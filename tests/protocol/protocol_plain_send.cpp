@@ -198,6 +198,18 @@ private Q_SLOTS:
         QTEST(static_cast<int>(bytes.count('L')), "leaders");
     }
 
+    void settingsMayChangeBeforeASendIsContinued()
+    {
+        const ProgramLines text("G0\n");
+        PlainSend send(text);
+        send.prepareFromTop(Machine{ControlType::Okuma}.setup());
+        const auto header = send.begin({});
+        send.stop();
+        send.prepareFromCaret(Machine().setup(), 0);
+        QCOMPARE(send.begin(header), header);
+        QCOMPARE(send.written().bytes, QByteArray("G0\r\n")); // and no leader, which was Okuma's
+    }
+
     void repeatBeginsAtTheTop()
     {
         auto setup = Machine{.sot = "<", .eot = ">"}.setup();
@@ -214,16 +226,16 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("script");
         QTest::addColumn<Restart>("restart");
         QTest::addColumn<int>("next");
-        QTest::newRow("idle") << QByteArray("r") << Restart::AsChosen << 0;
+        QTest::newRow("idle") << QByteArray("r") << Restart::Unchanged << 0;
         QTest::newRow("in the wait from the top") << QByteArray("T") << Restart::FromTop << 0;
         QTest::newRow("stopped in the wait from the top") << QByteArray("Ts") << Restart::FromTop << 0;
-        QTest::newRow("in the wait from the caret") << QByteArray("H") << Restart::AsChosen << 4;
+        QTest::newRow("in the wait from the caret") << QByteArray("H") << Restart::FromNext << 4;
         QTest::newRow("in the header") << QByteArray("Tb") << Restart::FromTop << 0;
         QTest::newRow("in the second line") << QByteArray("Tbww") << Restart::FromLineOut << 3;
         QTest::newRow("stopped in the second line") << QByteArray("Tbwwh") << Restart::FromLineOut << 3;
         QTest::newRow("in the wait to continue there") << QByteArray("TbwwhC") << Restart::FromLineOut << 3;
         QTest::newRow("in the trailer") << QByteArray("Tbwwww") << Restart::FromLineOut << 6;
-        QTest::newRow("sent") << QByteArray("Tbe") << Restart::AsChosen << 9;
+        QTest::newRow("sent") << QByteArray("Tbe") << Restart::Unchanged << 9;
     }
 
     void lostPortLeavesNothingHalfSent()
@@ -233,7 +245,7 @@ private Q_SLOTS:
         line.play(script.constData());
         QTEST(line.send.lose(), "restart");
         QTEST(static_cast<int>(line.send.next()), "next");
-        QVERIFY(!line.send.isContinued());
+        QVERIFY(!line.send.willContinue());
         QVERIFY(line.send.state() == PlainSend::State::Idle);
     }
 };

@@ -124,6 +124,18 @@ private Q_SLOTS:
         machine.forgetProgram();
         QCOMPARE(machine.notice(), QString());
     }
+
+    void textPutAwayInTheMiddleIsTold()
+    {
+        XModemReceive machine;
+        machine.take(blockA);
+        machine.forgetProgram();
+        machine.take(blockA); // again: its acknowledgement was lost
+        QCOMPARE(machine.notice(), QString());
+        machine.forgetProgram();
+        machine.take(blockB);
+        QVERIFY2(machine.notice().contains("missing after block 0"), qPrintable(machine.notice()));
+    }
 };
 
 QTEST_APPLESS_MAIN(XModemReceiveTest)

@@ -92,6 +92,43 @@ private Q_SLOTS:
         again.hangUp(); // noticed again
         QTRY_COMPARE(rig.headline(), QString("Port lost"));
     }
+
+    void lostPortForgetsThePlaceWhateverTheFlow()
+    {
+        const QTemporaryDir folder;
+        TransferRig rig;
+        rig.machine->MCPORT = folder.filePath("adapter");
+        rig.startWith(program);
+        rig.sendUntilHeld(3); // G2 is cut off
+        rig.click("btnStop");
+        rig.machine->MCFLOW = 3;
+        rig.view->machineChanged();
+        rig.pty.hangUp();
+        QTRY_COMPARE(rig.headline(), QString("Port lost"));
+        rig.machine->MCFLOW = 0;
+        rig.view->machineChanged();
+        QVERIFY(rig.isShown("cbo1"));
+        PtyPair again;
+        QVERIFY(QFile::link(again.devicePath(), rig.machine->MCPORT));
+        rig.click("btnSend");
+        QCOMPARE(again.readAtLeast(8), QByteArray("G2\r\nG3\r\n"));
+    }
+
+    void portThatComesBackBroken()
+    {
+        const QTemporaryDir folder;
+        TransferRig rig;
+        rig.machine->MCPORT = folder.filePath("adapter");
+        rig.machine->MCWAIT = true;
+        rig.startWith(program);
+        rig.pty.hangUp();
+        QTRY_COMPARE(rig.headline(), QString("Port lost"));
+        QVERIFY(QFile::link("/dev/null", rig.machine->MCPORT));
+        MessageBoxes boxes("OK");
+        rig.click("btnSend");
+        QVERIFY(!rig.view->dncRunning() && boxes.texts.size() == 1);
+        QCOMPARE(rig.headline(), QString("Port lost"));
+    }
 };
 
 QTEST_MAIN(PortLostTest)

@@ -186,6 +186,18 @@ private Q_SLOTS:
         QTEST(rig.readUntilIdle(), "continued");
     }
 
+    void reboundViewSendsNothingMore()
+    {
+        TransferRig rig;
+        rig.startWith(program);
+        rig.sendUntilHeld(2);
+        rig.pty.read();
+        rig.view->initialize(true, 1);
+        QVERIFY(!rig.view->dncRunning());
+        rig.releaseLine();
+        QCOMPARE(rig.readAll(), QByteArray("G1\r\n")); // what the stop cut off, and no line after it
+    }
+
     void operatorsHandsOffTheEditorDuringATransfer()
     {
         TransferRig rig;

@@ -88,6 +88,16 @@ private Q_SLOTS:
         QVERIFY(!rig.isShown("boxWaitForCNC"));
     }
 
+    void endGoesOutWhateverIsAcknowledged()
+    {
+        TransferRig rig;
+        startSend(rig, "G0\n");
+        rig.deliver(NAK);
+        QCOMPARE(rig.pty.readAtLeast(132).size(), 132);
+        rig.deliver(ACK + ACK); // the second one ends the transfer while EOT is still to be written
+        QCOMPARE(rig.pty.readAtLeast(1), EOT);
+    }
+
     void wholeProgramGoesOut()
     {
         // No rules of the control type here, and block 256 is numbered 1.
