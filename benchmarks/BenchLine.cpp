@@ -9,7 +9,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
-#include <termios.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -18,10 +17,6 @@ BenchLine::BenchLine() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
     if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
     path_ = QString::fromLocal8Bit(::ptsname(master_));
     slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    termios raw{};
-    ::tcgetattr(slave_, &raw);
-    ::cfmakeraw(&raw);
-    ::tcsetattr(slave_, TCSANOW, &raw);
     reader_ = std::thread([this] { read(); });
 }
 

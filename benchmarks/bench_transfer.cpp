@@ -20,7 +20,6 @@
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
-#include <termios.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -41,10 +40,6 @@ public:
         if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
         path_ = QString::fromLocal8Bit(::ptsname(master_));
         slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY); // the reader must not meet a hang-up
-        termios raw{};
-        ::tcgetattr(slave_, &raw);
-        ::cfmakeraw(&raw);
-        ::tcsetattr(slave_, TCSANOW, &raw);
         reader_ = std::thread([this] {
             std::array<char, 65536> buffer;
             while (!ended_ && ::read(master_, buffer.data(), buffer.size()) > 0) {

@@ -41,7 +41,7 @@ Pty::Pty(const std::string& linkPath)
     }
     termios line{};
     ::tcgetattr(slave_, &line);
-    ::cfmakeraw(&line); // no echo before the program sets the line up
+    line.c_lflag = 0; // as on a line that nobody has opened, no echo comes back; the rest is for the program to set up
     ::tcsetattr(slave_, TCSANOW, &line);
     ::fcntl(master_, F_SETFL, O_NONBLOCK);
     if (linkPath.empty()) return;

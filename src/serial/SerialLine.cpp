@@ -52,15 +52,15 @@ bool setSpeed(termios& line, unsigned long baud)
     return rate != rates.end() && ::cfsetospeed(&line, rate->code) == 0 && ::cfsetispeed(&line, rate->code) == 0;
 }
 
-// Input flags that are not named here stay as the device had them, but for the raw 8-bit line.
+// A new tty turns each received CR into LF (ICRNL): a program would lose its carriage returns and gain blank lines.
+constexpr tcflag_t inputTranslations = ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT;
+
+// Input flags that are not named here stay as the device had them.
 void setInput(termios& line, const SerialLine::Settings& settings)
 {
     set(line.c_iflag, ISTRIP, !SerialLine::readerStripsParity(settings.evenParity));
     line.c_iflag &= ~static_cast<tcflag_t>(IGNBRK | IGNPAR);
-    if (settings.flowType != 3) return;
-    // Translations that would change the bytes of an XModem block.
-    line.c_iflag &= ~(static_cast<tcflag_t>(ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT) |
-                      SerialPlatform::extraInputTranslations());
+    line.c_iflag &= ~(inputTranslations | SerialPlatform::extraInputTranslations());
 }
 
 void setControl(termios& line, const SerialLine::Settings& settings)

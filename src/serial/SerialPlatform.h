@@ -9,6 +9,6 @@ namespace SerialPlatform
 /// Whether stripping bit 7 in the line discipline hides a parity-marked stop character from it.
 bool stripHidesMarkedStop();
 
-/// Input translations of this platform beyond POSIX that would change the bytes of a block.
+/// Input translations of this platform beyond POSIX that would change received bytes.
 tcflag_t extraInputTranslations();
 } // namespace SerialPlatform

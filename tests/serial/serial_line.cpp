@@ -3,6 +3,7 @@
 #include "serial/OpenPort.h"
 #include "serial/SerialLine.h"
 
+#include <array>
 #include <cstdlib>
 
 class LineTest : public QObject
@@ -11,6 +12,8 @@ class LineTest : public QObject
 private Q_SLOTS:
     void openSetsTheLineUp_data();
     void openSetsTheLineUp();
+    void receivedLineEndsAreKept_data();
+    void receivedLineEndsAreKept();
     void deviceBelongsToOnePort();
     void unpluggedAdapterIsToldOnce();
 };
@@ -34,7 +37,12 @@ void LineTest::openSetsTheLineUp()
     static const QList<speed_t> codes{B150, B300, B600, B1200, B2400, B4800, B9600, B19200, B38400, B57600, B115200};
     const int rate = flow + 4 * parity + 3 * (stopBits - 1); // each is among the rows
     const PtyPair control;
-    constexpr tcflag_t translations = ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT;
+#ifdef IUCLC
+    constexpr tcflag_t toLowerCase = IUCLC;
+#else
+    constexpr tcflag_t toLowerCase = 0;
+#endif
+    constexpr tcflag_t translations = ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT | toLowerCase;
     termios cooked = control.line(); // as another program may have left it: all that a control cannot do with
     cooked.c_iflag |= translations | IGNBRK | IGNPAR | IXON | IXANY;
     cooked.c_oflag |= OPOST | ONLCR;
@@ -53,7 +61,7 @@ void LineTest::openSetsTheLineUp()
     const termios line = control.line();
     const tcflag_t strip = SerialLine::readerStripsParity(isEven) ? 0 : ISTRIP;
     const tcflag_t control8 = CS8 | CREAD | CLOCAL | (stopBits == 2 ? CSTOPB : 0) | (flow == 2 ? CRTSCTS : 0);
-    QCOMPARE(line.c_iflag & ~IUTF8, (flow == 1 ? IXON | IXOFF : 0) | (flow == 3 ? 0 : translations) | strip);
+    QCOMPARE(line.c_iflag & ~IUTF8, (flow == 1 ? IXON | IXOFF : 0) | strip);
     QCOMPARE(line.c_oflag | line.c_lflag, 0U);
     QCOMPARE(line.c_cflag & (CSIZE | CREAD | CLOCAL | PARENB | CSTOPB | CRTSCTS), control8);
     QCOMPARE(line.c_cc[VSTOP], static_cast<cc_t>(isEven ? 0x93 : 0x13));
@@ -63,6 +71,24 @@ void LineTest::openSetsTheLineUp()
         QCOMPARE(control.line().c_iflag & (IXON | IXOFF | IXANY), later == 1 ? IXON | IXOFF : 0U);
         QCOMPARE((control.line().c_cflag & CRTSCTS) != 0, later == 2);
     }
+}
+
+void LineTest::receivedLineEndsAreKept_data()
+{
+    QTest::addColumn<int>("flow");
+    const std::array flows{"none", "XON/XOFF", "RTS/CTS", "XModem"};
+    for (std::size_t flow = 0; flow < flows.size(); ++flow)
+        QTest::newRow(flows[flow]) << static_cast<int>(flow);
+}
+
+void LineTest::receivedLineEndsAreKept()
+{
+    QFETCH(int, flow);
+    const QByteArray program = QByteArray("N10 G1\r\n").repeated(600) + QByteArray("N20\n\r\r").repeated(100);
+    OpenPort line(flow);
+    line.port->startRxTimer(0.001);
+    line.control.write(program);
+    QTRY_COMPARE(line.port->bytesRxBuffer, program);
 }
 
 void LineTest::deviceBelongsToOnePort()

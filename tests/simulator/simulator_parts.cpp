@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <termios.h>
+
 using namespace cncsim;
 using namespace std::string_literals;
 using Script = std::vector<std::string>;
@@ -18,14 +20,31 @@ std::string numbered(int number)
     return xmodem::block(static_cast<unsigned char>(number), std::string(128, 'a'), ' ');
 }
 
-// What arrives at the DNC program's end of the line.
-QByteArray arrived(QFile& device, qsizetype count)
+// The DNC program's end of the line, set up as a program has to.
+class Device
 {
-    QByteArray bytes;
-    while (bytes.size() < count)
-        bytes += device.read(1);
-    return bytes;
-}
+public:
+    explicit Device(const SimulatedControl& control)
+    {
+        file_.setFileName(QString::fromStdString(control.devicePath()));
+        termios line{};
+        if (!file_.open(QIODevice::ReadWrite | QIODevice::Unbuffered) || ::tcgetattr(file_.handle(), &line) != 0)
+            qFatal("the simulated control's device does not open");
+        ::cfmakeraw(&line);
+        ::tcsetattr(file_.handle(), TCSANOW, &line);
+    }
+    void send(const QByteArray& bytes) { QCOMPARE(file_.write(bytes), bytes.size()); }
+    QByteArray receive(qsizetype count)
+    {
+        QByteArray bytes;
+        while (bytes.size() < count)
+            bytes += file_.read(1);
+        return bytes;
+    }
+
+private:
+    QFile file_;
+};
 } // namespace
 
 /// The simulated control decides whether our program is right: a verdict that is too kind hides a fault.
@@ -198,26 +217,24 @@ void PartsTest::sender()
 void PartsTest::wrongParityIsTold()
 {
     SimulatedControl control({.evenParity = true, .silenceMs = 50, .punchProgram = "AC\r\n"});
-    QFile device(QString::fromStdString(control.devicePath()));
-    QVERIFY(device.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-    device.write("\x41\xC3\x8D\x0A");
+    Device device(control);
+    device.send("\x41\xC3\x8D\x0A");
     QVERIFY(control.waitComplete(5000));
     QCOMPARE(control.report().problem, ""s);
-    device.write("\x41\x43");
+    device.send("\x41\x43");
     QTRY_COMPARE(control.report().problem, "1 bytes with wrong parity"s);
     control.punch();
-    QCOMPARE(arrived(device, 4), QByteArray("\x41\xC3\x8D\x0A"));
+    QCOMPARE(device.receive(4), QByteArray("\x41\xC3\x8D\x0A"));
 }
 
 void PartsTest::bytesAfterXoffAreCountedAndLost()
 {
     SimulatedControl control({.xonXoff = true, .readRate = 2000, .highMark = 100, .lowMark = 10, .overrunRoom = 50});
-    QFile device(QString::fromStdString(control.devicePath()));
-    QVERIFY(device.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-    device.write(QByteArray(120, 'X'));
-    QCOMPARE(arrived(device, 2), QByteArray("\x13\x11"));
+    Device device(control);
+    device.send(QByteArray(120, 'X'));
+    QCOMPARE(device.receive(2), QByteArray("\x13\x11"));
     QCOMPARE(control.report().lostBytes, std::size_t{0});
-    device.write(QByteArray(1000, 'X')); // pays no heed to XOFF
+    device.send(QByteArray(1000, 'X')); // pays no heed to XOFF
     QTRY_VERIFY(QString::fromStdString(control.report().problem).contains("bytes lost after XOFF"));
     QVERIFY(control.report().mostAfterXoff > 50);
 }

@@ -17,6 +17,7 @@ public:
     LrzszPeer()
     {
         if (::pipe2(output_.data(), O_CLOEXEC) != 0) qFatal("no pipe");
+        terminal_.makeRaw();
     }
     ~LrzszPeer()
     {

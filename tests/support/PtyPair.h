@@ -11,7 +11,8 @@
 #include <termios.h>
 #include <unistd.h>
 
-/// A pseudo-terminal for tests: the program opens the device, the test holds the other end and plays the control.
+/// A pseudo-terminal for tests: the program opens the device, the test holds the other end and plays the control. Bytes
+/// are translated as on any new terminal until the program sets the line up.
 class PtyPair
 {
     Q_DISABLE_COPY(PtyPair)
@@ -22,9 +23,9 @@ public:
         if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
         devicePath_ = QString::fromLocal8Bit(::ptsname(master_));
         slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY | O_CLOEXEC);
-        termios raw = line();
-        ::cfmakeraw(&raw);
-        ::tcsetattr(slave_, TCSANOW, &raw);
+        termios quiet = line();
+        quiet.c_lflag = 0; // a line that nobody has opened yet sends no echo back
+        ::tcsetattr(slave_, TCSANOW, &quiet);
     }
     ~PtyPair() { hangUp(); }
 
@@ -59,6 +60,13 @@ public:
         termios settings{};
         ::tcgetattr(slave_, &settings);
         return settings;
+    }
+    /// For a peer that does not set its terminal up before bytes come.
+    void makeRaw() const
+    {
+        termios raw = line();
+        ::cfmakeraw(&raw);
+        ::tcsetattr(slave_, TCSANOW, &raw);
     }
     int master() const { return master_; }
     int slave() const { return slave_; }
