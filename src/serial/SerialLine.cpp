@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -71,6 +72,36 @@ void setControl(termios& line, const SerialLine::Settings& settings)
     set(line.c_cflag, CSTOPB, settings.stopBits == 2);
     line.c_cc[VSTOP] = settings.evenParity ? markedStopCharacter : stopCharacter;
 }
+PortError errorOf(int systemError)
+{
+    switch (systemError) {
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+    case ENOTDIR:
+        return PortError::Missing;
+    case EACCES:
+    case EPERM:
+        return PortError::NoPermission;
+    case EBUSY:
+        return PortError::InUse;
+    case ENOTTY:
+    case EISDIR:
+        return PortError::NotASerialPort;
+    case EINVAL:
+        return PortError::SettingsRefused;
+    default:
+        return PortError::Other;
+    }
+}
+
+// Why the system call just before failed.
+PortFailure systemFailure()
+{
+    const int systemError = errno;
+    const auto error = errorOf(systemError);
+    return {error, error == PortError::Other ? QString::fromLocal8Bit(std::strerror(systemError)) : QString()};
+}
 } // namespace
 
 bool SerialLine::readerStripsParity(bool evenParity)
@@ -78,44 +109,37 @@ bool SerialLine::readerStripsParity(bool evenParity)
     return evenParity && SerialPlatform::stripHidesMarkedStop();
 }
 
-std::shared_ptr<Descriptor> SerialLine::openExclusive(const QString& path)
+std::variant<std::shared_ptr<Descriptor>, PortFailure> SerialLine::openExclusive(const QString& path)
 {
     const QByteArray name = path.toUtf8();
     struct stat device {
     };
-    if (::stat(name.constData(), &device) != 0) return nullptr;
+    if (::stat(name.constData(), &device) != 0) return systemFailure();
     // An open that meets a close of the same device would hang in the driver for as long as that close does.
-    if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) {
-        errno = EBUSY;
-        return nullptr;
-    }
+    if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) return PortFailure{PortError::InUse};
 
     const int fd = ::open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (fd < 0) return nullptr;
+    if (fd < 0) return systemFailure();
     // The lock keeps out those who lock as well, TIOCEXCL those who do not; the lock also binds the superuser.
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
         ::close(fd);
-        errno = EBUSY;
-        return nullptr;
+        return PortFailure{PortError::InUse};
     }
     ::ioctl(fd, TIOCEXCL);
     return std::make_shared<Descriptor>(fd, device.st_rdev);
 }
 
-bool SerialLine::setUp(int descriptor, const Settings& settings)
+PortFailure SerialLine::setUp(int descriptor, const Settings& settings)
 {
     termios line{};
-    if (::tcgetattr(descriptor, &line) != 0) return false;
-    if (!setSpeed(line, settings.speed)) {
-        errno = EINVAL;
-        return false;
-    }
+    if (::tcgetattr(descriptor, &line) != 0) return systemFailure();
+    if (!setSpeed(line, settings.speed)) return {PortError::NoSuchSpeed};
     setInput(line, settings);
     line.c_oflag = 0; // no output processing
     line.c_lflag = 0; // no canonical mode, echo or signals
     setControl(line, settings);
     setFlowFlags(line, settings.flowType);
-    return ::tcsetattr(descriptor, TCSANOW, &line) == 0;
+    return ::tcsetattr(descriptor, TCSANOW, &line) == 0 ? PortFailure() : systemFailure();
 }
 
 bool SerialLine::setFlow(int descriptor, int flow)

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "serial/Descriptor.h"
+#include "serial/PortError.h"
 
 #include <QString>
 
 #include <memory>
+#include <variant>
 
 /// The one place that knows termios: opens a serial device for us alone and sets its line up.
 namespace SerialLine
@@ -17,12 +19,11 @@ struct Settings {
     bool evenParity = false;
 };
 
-/// The device, or null when it is missing or held by somebody; errno then says why. Waits for a short while when we
-/// ourselves are still letting go of it.
-std::shared_ptr<Descriptor> openExclusive(const QString& path);
+/// The device, or why it did not open. Waits a moment if this program is still closing it.
+std::variant<std::shared_ptr<Descriptor>, PortFailure> openExclusive(const QString& path);
 
-/// Sets the whole line. False when the device refuses or has no such speed (errno EINVAL).
-bool setUp(int descriptor, const Settings& settings);
+/// Sets all that Settings names. PortError::None on success.
+PortFailure setUp(int descriptor, const Settings& settings);
 
 /// Changes the flow control alone. False when the device refuses.
 bool setFlow(int descriptor, int flow);

@@ -10,9 +10,9 @@
 
 #include <array>
 #include <bit>
-#include <cerrno>
 #include <unistd.h>
 #include <utility>
+#include <variant>
 
 namespace
 {
@@ -36,23 +36,29 @@ serialPort::~serialPort()
 
 int serialPort::Open(const QString& path)
 {
-    auto device = SerialLine::openExclusive(path);
-    openError = device ? 0 : errno;
+    auto opened = SerialLine::openExclusive(path);
     letGo(); // callers close first; a device that is still held must not leak
-    if (!device) return hPort = failed;
-    device_ = std::move(device);
+    if (const auto* failure = std::get_if<PortFailure>(&opened)) {
+        noteFailure(*failure);
+        return hPort = failed;
+    }
+    device_ = std::get<std::shared_ptr<Descriptor>>(std::move(opened));
     hPort = device_->get();
     lostTold_ = false;
     if (FlowType == 3) {
         DataBits = 8;
         Parity = 0;
     }
-    if (!SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1})) {
-        openError = errno;
-        return Close();
-    }
+    noteFailure(SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1}));
+    if (openError != PortError::None) return Close();
     startRxTimer(pollInterval);
     return hPort;
+}
+
+void serialPort::noteFailure(const PortFailure& failure)
+{
+    openError = failure.error;
+    openErrorText = failure.systemText;
 }
 
 int serialPort::Close()

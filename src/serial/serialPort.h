@@ -3,6 +3,7 @@
 
 #include "platform/NotificationCenter.h"
 #include "platform/OrderedQueue.h"
+#include "serial/PortError.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -42,7 +43,8 @@ public:
     int FlowType = 0;        ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits
     int Parity = 1;          ///< 1 even parity in software, any other value none
     bool rxOnCommNotified = false;
-    int openError = 0; ///< why the last Open failed, as an errno value
+    PortError openError = PortError::None; ///< why the last Open failed
+    QString openErrorText;                 ///< the system's words where openError is Other
     /// Abandons a write that waits for the line; every send clears it.
     std::atomic<bool>& stopButtonPressed = *stop_;
     bool XON = true;
@@ -98,6 +100,7 @@ Q_SIGNALS:
     void lost();
 
 private:
+    void noteFailure(const PortFailure& failure);
     bool isCutOff() const;
     void letGo();
     void tellIfLost();

@@ -1,31 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "shell/PortProblem.h"
 
-#include <cerrno>
-#include <cstring>
-
-QString PortProblem::likelyCause(const QString& path, int error)
+QString PortProblem::likelyCause(const Attempt& attempt)
 {
-    if (path.isEmpty()) return QStringLiteral("No port has been chosen for this machine yet.");
-    switch (error) {
-    case ENOENT:
-    case ENODEV:
-    case ENXIO:
-    case ENOTDIR:
+    if (attempt.path.isEmpty()) return QStringLiteral("No port has been chosen for this machine yet.");
+    switch (attempt.failure.error) {
+    case PortError::Missing:
         return QStringLiteral("There is no such port now. Is the adapter plugged in? Setup lists the ports present.");
-    case EACCES:
-    case EPERM:
+    case PortError::NoPermission:
         return QStringLiteral("You have no permission to use this port. Add yourself to the group that has "
                               "it (usually \"dialout\") and log in again.");
-    case EBUSY:
+    case PortError::InUse:
         return QStringLiteral("The port is in use by another program or by another machine's view. Close it there, "
                               "then try again.");
-    case ENOTTY:
-    case EISDIR:
+    case PortError::NotASerialPort:
         return QStringLiteral("This is not a serial port.");
-    case EINVAL:
+    case PortError::NoSuchSpeed:
+    case PortError::SettingsRefused:
         return QStringLiteral("The port does not take these line settings, most likely the speed.");
-    default:
-        return QStringLiteral("The system reports: %1.").arg(QString::fromLocal8Bit(std::strerror(error)));
+    case PortError::None:
+    case PortError::Other:
+        break;
     }
+    return QStringLiteral("The system reports: %1.").arg(attempt.failure.systemText);
 }

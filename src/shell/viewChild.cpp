@@ -90,7 +90,7 @@ void viewChild::showStartupError(bool shown)
         const QString port = g::mcIcons[iMcIndex]->MCPORT;
         ui->txtStartupError->setText(
             QStringLiteral("The DNC process is configured to use port %1 but the port could not be opened").arg(port));
-        ui->lblLikelyCause->setText(PortProblem::likelyCause(port, sp->openError));
+        ui->lblLikelyCause->setText(PortProblem::likelyCause({port, sp->Speed, {sp->openError, sp->openErrorText}}));
     }
     ui->boxStartupError->setHidden(!shown);
     ui->rootView->setHidden(shown);

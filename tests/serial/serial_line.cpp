@@ -99,11 +99,13 @@ void LineTest::deviceBelongsToOnePort()
     serialPort second;
     second.Speed = 9600;
     QVERIFY(second.Open(first.control.devicePath()) < 0 && flock(first.control) != 0);
+    QCOMPARE(second.openError, PortError::InUse);
     QVERIFY(first.port->Open(next.devicePath()) >= 0); // lets go of the first device
     second.Speed = 12345;                              // no such speed: refused, and the device is free again
     QCOMPARE(second.Open(first.control.devicePath()), -1);
+    QCOMPARE(second.openError, PortError::NoSuchSpeed);
     second.Speed = 9600;
-    QVERIFY(second.Open(first.control.devicePath()) >= 0);
+    QVERIFY(second.Open(first.control.devicePath()) >= 0 && second.openError == PortError::None);
     QCOMPARE(first.port->Close(), -1);
     QTRY_COMPARE(flock(next), 0);
 }

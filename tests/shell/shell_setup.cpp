@@ -12,7 +12,6 @@
 #include <QTest>
 #include <QWheelEvent>
 
-#include <cerrno>
 #include <functional>
 
 using Change = std::function<void(MachineRecord&)>;
@@ -40,6 +39,7 @@ private Q_SLOTS:
     void summaryFollowsTheFieldsUntilTheyAreSaved();
     void framingShowsTheBytesThatAreSent_data();
     void framingShowsTheBytesThatAreSent();
+    void portThatCannotBeOpenedSaysWhatToDo_data();
     void portThatCannotBeOpenedSaysWhatToDo();
 
 private:
@@ -211,9 +211,20 @@ void SetupTest::framingShowsTheBytesThatAreSent()
     QCOMPARE(says("lblEOBBytes"), QStringLiteral("Sends: LF (0A)"));
 }
 
+void SetupTest::portThatCannotBeOpenedSaysWhatToDo_data()
+{
+    QTest::addColumn<PortFailure>("failure");
+    QTest::addColumn<QString>("words"); // among others
+    QTest::newRow("no permission") << PortFailure{PortError::NoPermission} << "(usually \"dialout\")";
+    QTest::newRow("unknown") << PortFailure{PortError::Other, "Input/output error"} << "reports: Input/output error.";
+}
+
 void SetupTest::portThatCannotBeOpenedSaysWhatToDo()
 {
-    QVERIFY(PortProblem::likelyCause("/dev/ttyUSB0", EACCES).contains("dialout"));
+    QFETCH(PortFailure, failure);
+    QFETCH(QString, words);
+    const QString cause = PortProblem::likelyCause({"/dev/ttyUSB0", 150, failure});
+    QVERIFY2(cause.contains(words), qPrintable(cause));
 }
 
 QTEST_MAIN(SetupTest)

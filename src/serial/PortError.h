@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+/// Why a port did not open.
+enum class PortError {
+    None,
+    Missing, ///< no such device, or its adapter is unplugged
+    InUse,   ///< by another program, or by us
+    NoPermission,
+    NotASerialPort,
+    NoSuchSpeed,     ///< the system knows no such rate
+    SettingsRefused, ///< by the driver
+    Other            ///< anything else that the system reported
+};
+
+struct PortFailure {
+    PortError error = PortError::None;
+    QString systemText = {}; ///< the system's own words; empty where the error says it all
+};
