@@ -95,6 +95,10 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    static constexpr std::size_t pieceSize = 4096; // bytes read or punched at a time
+    static constexpr char xon = 17;                // DC1, also the start signal
+    static constexpr char xoff = 19;               // DC3
+
     /// What happens on the line; guarded by mutex_.
     struct State {
         explicit State(const Settings& settings);
