@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What large programs and many machines cost. Prints a table; run it from a release build. Arguments choose: open,
 // line, search, send, receive, settings.
+#include "benchmarks/BenchStation.h"
 #include "config/g.h"
 #include "config/NotificationNames.h"
 #include "editor/ProgramEditor.h"
 #include "editor/ProgramSearch.h"
-#include "transfer/TransferHost.h"
-#include "transfer/viewTX.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -16,70 +15,12 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdio>
 #include <ctime>
-#include <fcntl.h>
-#include <thread>
-#include <unistd.h>
 #include <vector>
 
 namespace
 {
-struct Child : ChildView, TransferHost {
-    std::shared_ptr<serialPort> machinePort() override { return port; }
-    std::shared_ptr<serialPort> port = std::make_shared<serialPort>();
-};
-
-// A control that takes everything at once.
-class FastControl
-{
-public:
-    FastControl() : master_(::posix_openpt(O_RDWR | O_NOCTTY))
-    {
-        if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
-        path_ = QString::fromLocal8Bit(::ptsname(master_));
-        slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY); // the reader must not meet a hang-up
-        reader_ = std::thread([this] {
-            std::array<char, 65536> buffer;
-            while (!ended_ && ::read(master_, buffer.data(), buffer.size()) > 0) {
-            }
-        });
-    }
-    ~FastControl()
-    {
-        ended_ = true;
-        [[maybe_unused]] const auto written = ::write(slave_, "", 1); // wakes the reader
-        reader_.join();
-        if (puncher_.joinable()) puncher_.join();
-        ::close(slave_);
-        ::close(master_);
-    }
-    FastControl(const FastControl&) = delete;
-    FastControl& operator=(const FastControl&) = delete;
-
-    QString path() const { return path_; }
-    void punch(const QByteArray& bytes)
-    {
-        puncher_ = std::thread([this, bytes] {
-            for (qsizetype at = 0; at < bytes.size();) {
-                const ssize_t count =
-                    ::write(master_, bytes.constData() + at, static_cast<std::size_t>(bytes.size() - at));
-                if (count <= 0) return;
-                at += count;
-            }
-        });
-    }
-
-private:
-    int master_;
-    int slave_ = -1;
-    QString path_;
-    std::atomic<bool> ended_ = false;
-    std::thread reader_;
-    std::thread puncher_;
-};
-
 QByteArray program(int lines)
 {
     QByteArray text;
@@ -137,42 +78,9 @@ void benchOneLine(int megabytes)
                 static_cast<double>(text.size()) / 1e6, opened, milliseconds(timer));
 }
 
-// One machine with its view, on a line to a control that takes everything at once.
-struct Station {
-    explicit Station(const QByteArray& text, bool sends = true)
-    {
-        const auto mc = std::make_shared<MachineRecord>();
-        mc->MCFLOW = 0;
-        g::mcIcons = {std::make_shared<MachineRecord>(), mc};
-        g::mcChildViews = {std::make_shared<ChildView>(), child};
-        child->port->Speed = 115200;
-        child->port->Parity = 0;
-        if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
-        view.initialize(sends, 1);
-        view.resize(900, 600);
-        view.show();
-        editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
-        editor->setProgram(text);
-        QApplication::processEvents();
-    }
-    ~Station()
-    {
-        child->port->Close();
-        g::mcIcons.clear();
-        g::mcChildViews.clear();
-    }
-    Station(const Station&) = delete;
-    Station& operator=(const Station&) = delete;
-
-    FastControl control;
-    const std::shared_ptr<Child> child = std::make_shared<Child>();
-    viewTX view;
-    ProgramEditor* editor = nullptr;
-};
-
 void benchSendingOneLine(int megabytes)
 {
-    Station station(QByteArray(megabytes * 1'000'000LL, 'X'));
+    BenchStation station(QByteArray(megabytes * 1'000'000LL, 'X'));
     QElapsedTimer timer;
     timer.start();
     station.view.btnSend_Click();
@@ -225,7 +133,7 @@ LineCost costOfLine(int lines)
 {
     constexpr int sent = 20'000;
     constexpr int calls = 300;
-    Station station(program(lines));
+    BenchStation station(program(lines));
     g::mcIcons[1]->MCREPEAT = true;
     viewTX& view = station.view;
     int completions = 0;
@@ -288,7 +196,7 @@ void benchSending()
 void benchReceiving(int lines)
 {
     const QByteArray text = program(lines);
-    Station station({}, false);
+    BenchStation station({}, false);
     QElapsedTimer beat; // stands for the operator's clicks and keys
     qint64 longestGap = 0;
     QTimer heart;

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "config/g.h"
+#include "editor/ProgramEditor.h"
+#include "transfer/TransferHost.h"
+#include "transfer/viewTX.h"
+
+#include <QApplication>
+
+#include <array>
+#include <atomic>
+#include <fcntl.h>
+#include <memory>
+#include <thread>
+#include <unistd.h>
+
+/// A control that takes everything at once.
+class FastControl
+{
+public:
+    FastControl() : master_(::posix_openpt(O_RDWR | O_NOCTTY))
+    {
+        if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
+        path_ = QString::fromLocal8Bit(::ptsname(master_));
+        slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY); // the reader must not meet a hang-up
+        reader_ = std::thread([this] {
+            std::array<char, 65536> buffer;
+            while (!ended_ && ::read(master_, buffer.data(), buffer.size()) > 0) {
+            }
+        });
+    }
+    ~FastControl()
+    {
+        ended_ = true;
+        [[maybe_unused]] const auto written = ::write(slave_, "", 1); // wakes the reader
+        reader_.join();
+        if (puncher_.joinable()) puncher_.join();
+        ::close(slave_);
+        ::close(master_);
+    }
+    FastControl(const FastControl&) = delete;
+    FastControl& operator=(const FastControl&) = delete;
+
+    QString path() const { return path_; }
+    void punch(const QByteArray& bytes)
+    {
+        puncher_ = std::thread([this, bytes] {
+            for (qsizetype at = 0; at < bytes.size();) {
+                const ssize_t count =
+                    ::write(master_, bytes.constData() + at, static_cast<std::size_t>(bytes.size() - at));
+                if (count <= 0) return;
+                at += count;
+            }
+        });
+    }
+
+private:
+    int master_;
+    int slave_ = -1;
+    QString path_;
+    std::atomic<bool> ended_ = false;
+    std::thread reader_;
+    std::thread puncher_;
+};
+
+/// One machine with its view, on a line to a control that takes everything at once.
+struct BenchStation {
+    explicit BenchStation(const QByteArray& text, bool sends = true)
+    {
+        const auto mc = std::make_shared<MachineRecord>();
+        mc->MCFLOW = 0;
+        g::mcIcons = {std::make_shared<MachineRecord>(), mc};
+        g::mcChildViews = {std::make_shared<ChildView>(), child};
+        child->port->Speed = 115200;
+        child->port->Parity = 0;
+        if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
+        view.initialize(sends, 1);
+        view.resize(900, 600);
+        view.show();
+        editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
+        editor->setProgram(text);
+        QApplication::processEvents();
+    }
+    ~BenchStation()
+    {
+        child->port->Close();
+        g::mcIcons.clear();
+        g::mcChildViews.clear();
+    }
+    BenchStation(const BenchStation&) = delete;
+    BenchStation& operator=(const BenchStation&) = delete;
+
+    struct Child : ChildView, TransferHost {
+        std::shared_ptr<serialPort> machinePort() override { return port; }
+        std::shared_ptr<serialPort> port = std::make_shared<serialPort>();
+    };
+
+    FastControl control;
+    const std::shared_ptr<Child> child = std::make_shared<Child>();
+    viewTX view;
+    ProgramEditor* editor = nullptr;
+};
