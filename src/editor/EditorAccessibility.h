@@ -3,7 +3,7 @@
 
 namespace EditorAccessibility
 {
-/// Makes assistive technology see program editors through an interface of ours. The library's own counts all
-/// characters before the caret at each paint, which holds up the line in a long program. Once is enough.
+/// Gives program editors an accessibility interface of our own. The library's counts all characters before the caret
+/// at each paint, which delays the line in a long program. Further calls do nothing.
 void install();
 } // namespace EditorAccessibility

@@ -38,8 +38,8 @@ QAction* EditorActions::add(const QString& text, const QList<QKeySequence>& keys
     return action;
 }
 
-// Where the operator is: the place found last, or what is selected, or the window's first line while a transfer owns
-// the caret.
+// Where the operator is: the selection or, while a transfer owns the caret, the place found last or the first visible
+// line.
 ProgramEditor::Line EditorActions::place() const
 {
     if (!editor_->isCaretHeld()) return editor_->selection();
@@ -85,7 +85,7 @@ void EditorActions::leave()
 
 void EditorActions::goToLine()
 {
-    // Not exec(): the dialog has to go with its view when the machine's view is replaced.
+    // Not exec(): the dialog must be destroyed with its view when the machine's view is replaced.
     auto* dialog = new QInputDialog(view_);
     dialog->setObjectName(QStringLiteral("goToLineDialog"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -119,11 +119,11 @@ void EditorActions::addEditing(QMenu* menu)
     const bool editable = !editor_->isReadOnly() && editor_->isShown();
     const auto addItem = [&](const QString& text, QKeySequence::StandardKey key, bool enabled, auto handler) {
         auto* item = menu->addAction(text, editor_, handler);
-        item->setShortcut(key); // shown only: the editor sees to the key itself
+        item->setShortcut(key); // only displayed: the editor handles the key itself
         item->setShortcutContext(Qt::WidgetShortcut);
         item->setEnabled(enabled);
     };
-    // Asked itself: the library's flag follows the paints.
+    // Not hasSelectedText(): the library updates that only when it paints.
     const bool hasSelection = editor_->selection().start < editor_->selection().end;
     const auto* clipboard = QApplication::clipboard()->mimeData();
     addItem(QStringLiteral("&Undo"), QKeySequence::Undo, editable && editor_->isUndoAvailable(), &ProgramEditor::undo);
@@ -134,7 +134,7 @@ void EditorActions::addEditing(QMenu* menu)
     addItem(QStringLiteral("&Paste"), QKeySequence::Paste, editable && clipboard && clipboard->hasText(),
             &ProgramEditor::paste);
     menu->addSeparator();
-    // While lines go out, what is selected is theirs.
+    // While lines go out, the selection marks the line going out.
     addItem(QStringLiteral("Select &all"), QKeySequence::SelectAll, !editor_->isCaretHeld(),
             [this] { editor_->selectAll(); });
 }

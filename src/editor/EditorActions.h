@@ -7,8 +7,8 @@
 class QAction;
 class QMenu;
 
-/// What the operator does with the program besides typing: finding, going to a line, zooming, and the menu of the
-/// editor. Its shortcuts work in the whole window of `view` while that is shown; `view` owns it.
+/// What the operator does with the program besides typing: finding, going to a line, zooming, and the editor's
+/// menu. Its shortcuts work in the whole window of `view` while that is shown; `view` owns it.
 class EditorActions : public QObject
 {
     Q_OBJECT

@@ -10,7 +10,7 @@ namespace
 {
 struct Hue {
     GCodeStyle style;
-    float hue; // of the colour circle, 0 to 1
+    float hue; // on the colour wheel, 0 to 1
     float saturation;
 };
 constexpr std::array hues{
@@ -45,11 +45,11 @@ bool canBeRead(const QColor& colour, const QList<QColor>& grounds)
     });
 }
 
-// The colour, taken as far towards black or white as it needs to be read on all of the grounds.
+// The colour, moved towards black or white until it is readable on all of the grounds.
 QColor readable(const QColor& colour, const QList<QColor>& grounds)
 {
     constexpr int steps = 50;
-    const QColor end = luminance(grounds.first()) > 0.18 ? Qt::black : Qt::white; // either can be read on such a paper
+    const QColor end = luminance(grounds.first()) > 0.18 ? Qt::black : Qt::white; // either is readable on such a paper
     for (int step = 0; step < steps; ++step) {
         const QColor tried = between(colour, end, static_cast<double>(step) / steps);
         if (canBeRead(tried, grounds)) return tried;
@@ -57,7 +57,7 @@ QColor readable(const QColor& colour, const QList<QColor>& grounds)
     return end;
 }
 
-// As much of the accent on the paper as leaves black or white readable.
+// The paper with as much of the accent as leaves black or white text readable.
 QColor tint(const QColor& paper, const QColor& accent, double share)
 {
     const QColor end = luminance(paper) > 0.18 ? Qt::black : Qt::white;

@@ -8,8 +8,8 @@
 
 #include <array>
 
-/// The editor's colours, made from a palette, light or dark. Whatever is text can be read on the paper, in a selection,
-/// in a match and on the line going out: at least `readableContrast` to each.
+/// The editor's colours, made from a palette, light or dark. Text is readable on the paper, in a selection, in a match
+/// and on the line going out: its contrast to each is at least `readableContrast`.
 struct EditorColours {
     static constexpr double readableContrast = 4.5; // WCAG 2.1, level AA
 
@@ -22,7 +22,7 @@ struct EditorColours {
     QColor lineOut;
     QColor caretLine;
     QColor match;
-    QColor alarm; ///< ground of a field that holds something wrong
+    QColor alarm; ///< background of a field with a wrong entry
     QColor margin;
     QColor lineNumber;
     std::array<QColor, GCode::styleCount> text; ///< by GCodeStyle

@@ -4,8 +4,8 @@
 #include <QByteArray>
 
 /// Turns a program file's bytes into the editor's text piece by piece. Every byte is one Latin-1 character; the result
-/// is UTF-8. CR becomes LF, then each pair of LFs becomes one, in one pass from the left: CR LF, CR and LF all end as
-/// LF, and a blank line between two lines is folded away on purpose.
+/// is UTF-8. CR becomes LF, then each pair of LFs becomes one, in one pass from the left: CR LF, CR and LF all
+/// become LF, and a blank line between two lines is dropped on purpose.
 class FileText
 {
 public:

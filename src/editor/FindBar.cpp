@@ -39,7 +39,7 @@ void FindBar::showOutcome(Outcome outcome)
     if (outcome == Outcome::NotFound) text = QStringLiteral("Not found");
     if (outcome == Outcome::Wrapped) text = QStringLiteral("Continued from the other end");
     ui->lblFindOutcome->setText(text);
-    QPalette colours; // without one of its own, the field follows the window's
+    QPalette colours; // left unset, the field follows the window's
     if (outcome == Outcome::NotFound) {
         colours.setColor(QPalette::Base, EditorColours(palette()).alarm);
         ui->txtFind->setPalette(colours);

@@ -11,7 +11,7 @@ class FindBar;
 }
 
 /// The bar below a program in which the operator types what to find. Knows nothing of the program: it asks, and is
-/// told what came of it.
+/// told the outcome.
 class FindBar : public QWidget
 {
     Q_OBJECT

@@ -37,7 +37,7 @@ void GCodeColouring::setColours(const EditorColours& colours)
 
 void GCodeColouring::beforePaint()
 {
-    // The editor believes that all before the last styled place is styled. Nothing above the window need be.
+    // The editor takes everything before the last styled position as styled. Nothing above the window needs to be.
     const qsizetype line =
         scintilla(QsciScintilla::SCI_DOCLINEFROMVISIBLE, scintilla(QsciScintilla::SCI_GETFIRSTVISIBLELINE));
     scintilla(QsciScintilla::SCI_STARTSTYLING, scintilla(QsciScintilla::SCI_POSITIONFROMLINE, line));
@@ -47,7 +47,7 @@ void GCodeColouring::styleUpTo(qsizetype end)
 {
     const qsizetype last = scintilla(QsciScintilla::SCI_LINEFROMPOSITION, end);
     qsizetype line = scintilla(QsciScintilla::SCI_LINEFROMPOSITION, scintilla(QsciScintilla::SCI_GETENDSTYLED));
-    // Asked for more than a window's worth, for instance by a jump: what is painted is asked for again.
+    // More than a window's worth, for instance after a jump, can wait: what is painted is asked for again.
     line = std::max(line, last - 2 * scintilla(QsciScintilla::SCI_LINESONSCREEN) - 2);
     for (; line <= last; ++line)
         styleLine(line);
@@ -68,7 +68,7 @@ void GCodeColouring::styleLine(qsizetype number)
 qsizetype GCodeColouring::shownEnd(qsizetype start, qsizetype length) const
 {
     if (length <= longestShown) return start + length;
-    return scintilla(QsciScintilla::SCI_POSITIONBEFORE, start + longestShown + 1); // not within a character
+    return scintilla(QsciScintilla::SCI_POSITIONBEFORE, start + longestShown + 1); // not inside a character
 }
 
 void GCodeColouring::hideTail(qsizetype line, qsizetype length)
@@ -91,7 +91,7 @@ void GCodeColouring::hideLongTails()
     if (noted_) scintilla(QsciScintilla::SCI_ANNOTATIONCLEARALL);
     noted_ = false;
     unshownLine_ = 0;
-    // A line that is too long holds at least one of these places: no need to look at each line.
+    // A line that is too long covers at least one of these positions: no need to look at each line.
     const qsizetype size = scintilla(QsciScintilla::SCI_GETLENGTH);
     for (qsizetype place = longestShown; place < size; place += longestShown) {
         const qsizetype line = scintilla(QsciScintilla::SCI_LINEFROMPOSITION, place);

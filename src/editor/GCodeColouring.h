@@ -13,7 +13,7 @@ class GCodeColouring : public QObject
 {
     Q_OBJECT
 public:
-    // Bytes of a line: more would hold the window up at each paint.
+    // Bytes of a line: more would stall the window at each paint.
     static constexpr qsizetype longestShown = 4000;     ///< the rest of the line is hidden
     static constexpr qsizetype longestHidden = 500'000; ///< a program with a longer line can't be shown
 
@@ -37,5 +37,5 @@ private:
     QsciScintilla* editor_;
     QByteArray styles_;
     qsizetype unshownLine_ = 0;
-    bool noted_ = false; // a note on a hidden tail stands below a line
+    bool noted_ = false; // a line has a note below it about its hidden tail
 };

@@ -75,7 +75,7 @@ private:
         at_ = end;
     }
 
-    // What starts here with one character and goes on with the number that follows it.
+    // One character and the number that follows it.
     void number(GCodeStyle whole)
     {
         const auto end = endOf(at_ + 1, isBlank);

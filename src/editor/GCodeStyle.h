@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-/// What a piece of an NC program is, for its colour. The values are the editor's style numbers.
+/// What a piece of an NC program is; decides its colour. The values are the editor's style numbers.
 enum class GCodeStyle : char {
     Plain,
     Command,       ///< G and M words
@@ -21,7 +21,7 @@ namespace GCode
 {
 constexpr int styleCount = static_cast<int>(GCodeStyle::Hidden) + 1;
 
-/// Writes the style of each byte of the line into `styles`, which has room for all of them. No comment or word goes
-/// beyond its line, so that lines can be coloured in any order.
+/// Writes the style of each byte of the line into `styles`, which has room for all of them. No comment or word
+/// extends beyond its line, so lines can be coloured in any order.
 void styleLine(std::string_view line, char* styles);
 } // namespace GCode

@@ -12,7 +12,7 @@
 namespace
 {
 constexpr qsizetype pieceSize = 1 << 20; // bytes converted at a time, so that a huge file is not held twice
-constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // of UTF-8; says how the file is read and is no program text
+constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // of UTF-8; not part of the program text
 constexpr int markInterval = 80;                        // ms, while lines go out
 } // namespace
 
@@ -56,7 +56,7 @@ QString ProgramEditor::lineText(Line line) const
 
 std::string_view ProgramEditor::view(Line range) const
 {
-    // Not the pointer to the whole text: to give it, the editor moves the text together.
+    // Not the pointer to the whole text: for that, the editor first moves the text into one piece.
     if (range.end <= range.start) return {};
     const auto* text =
         reinterpret_cast<const char*>(scintilla(SCI_GETRANGEPOINTER, range.start, range.end - range.start));
@@ -85,7 +85,7 @@ template <typename Change> void ProgramEditor::changeText(Change change)
     const qsizetype notices = scintilla(SCI_GETMODEVENTMASK);
     scintilla(SCI_SETREADONLY, 0);
     scintilla(SCI_SETUNDOCOLLECTION, 0);
-    // The library answers each notice of a change by counting all characters before it, for assistive technology.
+    // At each notice of a change the library counts all characters before it, for assistive technology.
     scintilla(SCI_SETMODEVENTMASK, 0);
     change();
     scintilla(SCI_SETMODEVENTMASK, notices);
@@ -120,7 +120,7 @@ void ProgramEditor::clearProgram()
 
 void ProgramEditor::appendReceived(const QByteArray& bytes)
 {
-    // Asked in lines: the scroll bar's range follows the text later. A scroll bar below may hide the last line.
+    // Counted in lines: the scroll bar's range is updated later. A horizontal scroll bar may hide the last line.
     const bool atEnd =
         scintilla(SCI_GETFIRSTVISIBLELINE) + scintilla(SCI_LINESONSCREEN) + 1 >= scintilla(SCI_GETLINECOUNT);
     const QByteArray text = QString::fromLatin1(bytes).toUtf8();
@@ -135,7 +135,7 @@ void ProgramEditor::moveCaretTo(qsizetype position)
     select({position, position});
 }
 
-// The caret goes to the end. Without scrolling where laying out the line would take too long.
+// The caret goes to the end. Does not scroll where laying out the line would take too long.
 void ProgramEditor::select(Line line)
 {
     if (isShown()) {
@@ -166,7 +166,7 @@ void ProgramEditor::showLineOut()
     lineOut_ = static_cast<int>(scintilla(SCI_LINEFROMPOSITION, line.start));
     markerAdd(lineOut_, lineOutArrow);
     markerAdd(lineOut_, lineOutBackground);
-    // Without scrolling when the operator looks at another place.
+    // Does not scroll while the operator looks at another place.
     if (isCaretHeld() && shownPlace_.end > 0)
         scintilla(SCI_SETSELECTION, line.end, line.start);
     else
@@ -184,7 +184,7 @@ void ProgramEditor::clearLineOut()
 
 template <typename Handle> void ProgramEditor::watch(Handle handle)
 {
-    if (!isShown()) return; // not blindly
+    if (!isShown()) return; // no input to text that the operator cannot see
     const qsizetype caretBefore = caret();
     const qsizetype sizeBefore = textSize();
     handle();
@@ -195,7 +195,7 @@ void ProgramEditor::setCaretHeld(bool held)
 {
     if (held != caretHeld_) leavePlace();
     caretHeld_ = held;
-    setCaretLineVisible(!held); // beside the mark of the line going out it would mislead
+    setCaretLineVisible(!held); // could be taken for the mark of the line going out
 }
 
 void ProgramEditor::showPlace(Line place)
@@ -257,7 +257,7 @@ void ProgramEditor::selectAll(bool select)
 
 void ProgramEditor::inputMethodEvent(QInputMethodEvent* event)
 {
-    // No way of typing brings in a CR: it would be a line end that no end of block takes the place of.
+    // No input method may insert a CR: the machine's end of block would not replace it.
     QInputMethodEvent typed(event->preeditString(), event->attributes());
     typed.setCommitString(QString(event->commitString()).remove(u'\r'), event->replacementStart(),
                           event->replacementLength());

@@ -12,14 +12,14 @@
 
 class GCodeColouring;
 
-/// The editor that holds the NC program. Positions and lengths are bytes of its UTF-8 text, everywhere; the editor
-/// answers them from its own index, so nothing here costs more in a long program. Look and keys are in
+/// The editor that holds the NC program. Positions and lengths are always in bytes of its UTF-8 text; the editor
+/// looks them up in its own index, so nothing here takes longer in a long program. Look and keys are in
 /// ProgramEditor_look.cpp.
 class ProgramEditor : public QsciScintilla
 {
     Q_OBJECT
 public:
-    /// A line with the line end that closes it: [start, end).
+    /// A line, its line end included: [start, end).
     struct Line {
         qsizetype start = 0;
         qsizetype end = 0;
@@ -35,12 +35,12 @@ public:
     Line lineNumbered(int number) const;
     QString lineText(Line line) const;
     QByteArray wholeText() const;
-    /// The text of the range in place, until the text changes.
+    /// The text of the range, not copied; valid until the text changes.
     std::string_view view(Line range) const;
     Line selection() const;
     qsizetype firstVisible() const;
 
-    /// Replaces the text by a program file's bytes, line ends converted and without a byte order mark. The caret goes
+    /// Replaces the text with a program file's bytes, line ends converted and without a byte order mark. The caret goes
     /// to the top.
     void setProgram(const QByteArray& fileBytes);
     void clearProgram();
@@ -48,15 +48,15 @@ public:
     void appendReceived(const QByteArray& bytes);
 
     void moveCaretTo(qsizetype position);
-    /// Marks the line as the one going out and leaves the caret behind it, where the next line begins. When lines
-    /// follow each other fast, only every so often, the latest one then.
+    /// Marks the line as the one going out and puts the caret after it, where the next line begins. When lines follow
+    /// each other fast, marks only the latest one every so often.
     void markLineOut(Line line);
     void clearLineOut();
 
-    /// A program with an endless line is not shown, nor can it be edited; it is sent and saved as any other.
+    /// A program with an extremely long line is neither shown nor editable; it is sent and saved like any other.
     bool isShown() const;
 
-    /// A transfer runs and owns the caret: finding and going to a line only show the place.
+    /// While a transfer owns the caret, finding and going to a line only show the place.
     void setCaretHeld(bool held);
     bool isCaretHeld() const { return caretHeld_; }
     /// Selects the place; with the caret held, scrolls there and marks it, and stays there while lines go out.
@@ -66,7 +66,7 @@ public:
     /// Takes the mark off and follows the transfer again.
     void leavePlace();
 
-    // From the context menu: the operator's doing, as with keys.
+    // Called by the context menu; count as the operator's changes, like keys.
     void undo() override;
     void redo() override;
     void cut() override;
@@ -86,13 +86,13 @@ protected:
     void changeEvent(QEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    /// Tab always moves on: a tab character has no place in a block, and who works without a mouse must get out again.
+    /// Tab always moves the focus: a tab has no place in a block, and an operator without a mouse must get out again.
     bool focusNextPrevChild(bool next) override { return QAbstractScrollArea::focusNextPrevChild(next); }
 
 private:
     static constexpr int lineOutArrow = 0; // markers
     static constexpr int lineOutBackground = 1;
-    static constexpr int placeIndicator = 8; // the first that is not kept for lexers
+    static constexpr int placeIndicator = 8; // the first that is not reserved for lexers
 
     void setUpLook();
     void setUpKeys();
@@ -102,9 +102,9 @@ private:
     void tellCaret(int updated);
     void fitLineNumbers();
     qsizetype scintilla(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
-    // Lets Scintilla handle an event of the operator's and tells when that moved the caret or changed the text.
+    // Lets Scintilla handle an operator's event; emits operatorTouched if that moved the caret or changed the text.
     template <typename Handle> void watch(Handle handle);
-    // Changes the text whatever the lock; the change can't be undone.
+    // Changes the text even when it is locked; the change can't be undone.
     template <typename Change> void changeText(Change change);
 
     GCodeColouring* colouring_;

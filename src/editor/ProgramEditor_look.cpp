@@ -20,8 +20,8 @@ namespace
 constexpr int lineNumberMargin = 0;
 constexpr int lineOutMargin = 1;
 
-// The keys of the editor. The library knows more, some of them also ours (Ctrl+L cuts a line), some that change a
-// program by a slip without showing (Insert).
+// The keys of the editor. The library has more: some clash with ours (Ctrl+L cuts a line), some would change a program
+// unnoticed by a slip (Insert).
 constexpr std::array keptCommands{QsciCommand::LineDown,       QsciCommand::LineDownExtend,
                                   QsciCommand::LineUp,         QsciCommand::LineUpExtend,
                                   QsciCommand::LineScrollDown, QsciCommand::LineScrollUp,

@@ -49,7 +49,7 @@ void ProgramSearch::start(const QString& text, SearchDirection direction, qsizet
         searched += searchSlice();
 }
 
-// How much of the program it looked at.
+// Returns how much of the program it looked at.
 qsizetype ProgramSearch::searchSlice()
 {
     const qsizetype size = editor_->textSize();

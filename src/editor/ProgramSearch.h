@@ -7,8 +7,8 @@
 
 enum class SearchDirection { Forward, Backward };
 
-/// Finds text in a program, upper and lower case alike, around the end of the program. A long program is searched in
-/// slices between events, so that a running transfer does not wait for it.
+/// Finds text in a program, ignoring case and wrapping around at its end. A long program is searched in slices between
+/// events, so that a running transfer does not wait for it.
 class ProgramSearch : public QObject
 {
     Q_OBJECT
@@ -36,6 +36,6 @@ private:
     QByteArray pattern_;
     SearchDirection direction_ = SearchDirection::Forward;
     qsizetype next_ = 0;      // where the next slice starts, or ends when searching backward
-    qsizetype remaining_ = 0; // places not yet looked at
+    qsizetype remaining_ = 0; // positions not yet looked at
     bool wrapped_ = false;
 };
