@@ -7,14 +7,15 @@
 enum class FlowControl { None, XonXoff, RtsCts, XModem };
 enum class DataFormat { EightBits, SevenBits, SevenBitsEven };
 
-/// The flow control that MCFLOW stands for. The settings admit one value too many; what has no meaning is None.
+/// The flow control that MCFLOW stands for. Stored settings may hold one value too many; a value without a meaning is
+/// None.
 constexpr FlowControl flowControl(qint64 stored)
 {
     const bool hasMeaning = stored >= 0 && stored <= static_cast<qint64>(FlowControl::XModem);
     return hasMeaning ? static_cast<FlowControl>(stored) : FlowControl::None;
 }
 
-/// The data bits and parity that MCDBPAR stands for. What has no meaning is EightBits.
+/// The data bits and parity that MCDBPAR stands for. A value without a meaning is EightBits.
 constexpr DataFormat dataFormat(qint64 stored)
 {
     const bool hasMeaning = stored >= 0 && stored <= static_cast<qint64>(DataFormat::SevenBitsEven);

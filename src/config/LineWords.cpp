@@ -66,7 +66,7 @@ QString LineWords::shortLine(const MachineRecord& mc)
 QString LineWords::openedLine(const Line& line)
 {
     QString flowName = flow(line.flow);
-    if (flowName.startsWith(QLatin1String("No "))) flowName.front() = u'n'; // in the midst of a sentence
+    if (flowName.startsWith(QLatin1String("No "))) flowName.front() = u'n'; // in mid-sentence
     const auto format = line.flow == FlowControl::XModem ? DataFormat::EightBits : line.dataFormat;
     return QStringList{QStringLiteral("%1 baud").arg(line.baud), formatName(format, line.stopBits == 2 ? 2 : 1),
                        flowName}

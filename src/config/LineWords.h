@@ -6,7 +6,7 @@
 
 #include <QString>
 
-/// A machine's serial line in words, for all who tell of it.
+/// A machine's serial line in words, the same wherever it is shown.
 namespace LineWords
 {
 struct Line {
@@ -20,10 +20,11 @@ struct Line {
 QString portName(const QString& path);
 /// Name of a flow control: "XON/XOFF", "No flow control".
 QString flow(FlowControl flow);
-/// "ttyUSB0 · 9600 baud · 7 data bits, even parity, 1 stop bit · XON/XOFF": as the record reads.
+/// "ttyUSB0 · 9600 baud · 7 data bits, even parity, 1 stop bit · XON/XOFF": as the record has it.
 QString line(const MachineRecord& mc);
 /// "ttyUSB0,9600,e,7,1", a CR LF and the flow control; "NONE" without a port.
 QString shortLine(const MachineRecord& mc);
-/// "9600 baud, 7 data bits, even parity, 1 stop bit, XON/XOFF": as the port is opened, not as the settings read.
+/// "9600 baud, 7 data bits, even parity, 1 stop bit, XON/XOFF": as the port is opened, which may differ from the
+/// record.
 QString openedLine(const Line& line);
 } // namespace LineWords

@@ -3,8 +3,8 @@
 
 #include <QString>
 
-/// All that is stored of one CNC machine. The machine's icon carries it, so that what an icon shows and what a transfer
-/// uses are one record. Plain fields: what is read from storage is checked by the reader, what is typed by nobody.
+/// All that is stored about one CNC machine. The machine's icon carries it, so that an icon shows and a transfer uses
+/// the same record. Plain fields: the reader checks what is stored; nothing checks what the operator types.
 struct MachineRecord {
     MachineRecord() = default;
     virtual ~MachineRecord() = default;

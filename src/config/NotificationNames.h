@@ -3,27 +3,27 @@
 
 #include <QLatin1String>
 
-/// Names of the events that views who do not know each other tell of through the notification centre.
+/// Names of the notifications through which views that do not know each other talk.
 namespace Notifications
 {
-// The port's, posted by the port concerned
+// Posted by the port concerned
 inline constexpr QLatin1String TxOnComm("TxOnComm"); ///< a write is complete
-inline constexpr QLatin1String RxOnComm("RxOnComm"); ///< bytes have come
+inline constexpr QLatin1String RxOnComm("RxOnComm"); ///< bytes have arrived
 
-// The machine icon's, with the machine's index
+// Posted by a machine icon, with the machine's index
 inline constexpr QLatin1String MCIcon_Click("MCIcon_Click");
 inline constexpr QLatin1String btnDeleteIcon_Click("btnDeleteIcon_Click");
 
-// The menu's, for the active machine
+// Posted by the menu, for the active machine
 inline constexpr QLatin1String sendButton_Clicked("sendButton_Clicked");
 inline constexpr QLatin1String receiveButton_Clicked("receiveButton_Clicked");
 inline constexpr QLatin1String setupButton_Clicked("setupButton_Clicked");
 
-// The setup form's and the child windows'
+// Posted by the setup form and the child windows
 inline constexpr QLatin1String setupSaveButton_Click("setupSaveButton_Click"); ///< with the machine's index
 inline constexpr QLatin1String childGotFocus_Event("childGotFocus_Event");     ///< with the machine's index
 inline constexpr QLatin1String dockedChildLeaving_Event("dockedChildLeaving_Event");
 
-/// Under this the machine's index stands in a notification's values.
+/// The key of the machine's index in a notification's values.
 inline constexpr QLatin1String machineIndex("MC");
 } // namespace Notifications

@@ -45,7 +45,7 @@ const std::array writtenKeys{
     WrittenKey{"MCRXEOBCHAR=", &Record::MCRXEOBCHAR},
     WrittenKey{"MCREQST=", &Record::MCREQST},
     WrittenKey{"MCEXTENS=", &Record::MCEXTENS},
-    // The reader asks for other names, so the time-outs return to 3 at every start. Stored settings rely on it.
+    // The reader looks for other names, so the time-outs return to 3 at every start. Stored settings rely on it.
     WrittenKey{"MCRXTIMEOUT=", &Record::MCRXTOUT},
     WrittenKey{"MCTXTIMEOUT=", &Record::MCTXTOUT},
     // Written but never read, also on purpose: this one, FNAMEISTXT, AUTOSTARTREMO and FADALTA1.

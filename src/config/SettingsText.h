@@ -9,8 +9,8 @@
 #include <memory>
 #include <vector>
 
-/// The text form in which the machine list is stored. Writer and reader are not symmetric, and stored settings of users
-/// depend on it: keys are written that are never read, and what is read falls back to presets of its own.
+/// The text form in which the machine list is stored. Writer and reader are not symmetric, and users' stored settings
+/// depend on that: some keys are written but never read, and the reader falls back to presets of its own.
 namespace SettingsText
 {
 /// The text for these machines, in order. The placeholder is not among them.

@@ -14,7 +14,8 @@ namespace
 const QString settingsKey = QStringLiteral("Varnock");
 constexpr char notAscii = '?'; // 63
 
-// Latin-1 text without CR LF pairs apart, every code unit is a character of its own: no search for boundaries needed.
+// In Latin-1 text every code unit is a character of its own, except for CR LF, whose bytes are the same either way: no
+// need to look for boundaries.
 bool isLatin1(const QString& text)
 {
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x100; });

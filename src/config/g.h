@@ -57,6 +57,6 @@ public:
     /// A modal message. True exactly when the first button was chosen; without a second label there is one button.
     /// Carriage returns in the text show as line breaks.
     static bool msgBox(const QString& text, const QString& sBtnOne, const QString& sBtnTwo);
-    /// How a message reaches the operator, as msgBox. The shell registers its own here; without one it is only logged.
+    /// Shows a message to the operator, like msgBox. The shell registers its own here; without one it is only logged.
     static std::function<bool(const QString& text, const QString& sBtnOne, const QString& sBtnTwo)> showMessage;
 };

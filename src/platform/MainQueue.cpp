@@ -32,8 +32,8 @@ void Queue::wake() const
             application, [] { queue().run(); }, Qt::QueuedConnection);
 }
 
-// One item per event, and the event for the next before the item: one that opens a message box runs an event loop of
-// its own, and the work of other machines behind it must reach that loop. Events that were posted before the loop began
+// One item per event, and the next event is posted before the item runs: an item that opens a message box runs an event
+// loop of its own, and the work of other machines behind it must reach that loop. Events that were already waiting
 // would not: GLib's dispatcher does not look for them again.
 void Queue::run()
 {
@@ -55,7 +55,7 @@ void MainQueue::attachToMainThread()
     const std::lock_guard lock(q.mutex);
     if (q.application) return;
     q.application = QCoreApplication::instance();
-    // Before the event loop is taken down: a post from another thread must not meet it half gone.
+    // Before the event loop is destroyed: a post from another thread must not find it half gone.
     qAddPostRoutine([] {
         const std::lock_guard atTheEnd(queue().mutex);
         queue().application = nullptr;

@@ -39,7 +39,7 @@ private:
     struct Observer {
         QPointer<QObject> observer;
         QString name;
-        QPointer<const QObject> object; // a new object in a dead one's place is another one
+        QPointer<const QObject> object; // a new object at a dead one's address is another one
         bool anyObject;
         Handler handler;
         bool removed = false;

@@ -26,7 +26,7 @@ QThreadPool& threads()
 struct OrderedQueue::State {
     std::mutex mutex;
     std::deque<std::function<void()>> tasks;
-    std::shared_ptr<State> running; // itself while there is work: the queue may be gone before that is done
+    std::shared_ptr<State> running; // itself while there is work, since the queue may be gone before it is done
 
     std::shared_ptr<State> inWork()
     {
@@ -54,8 +54,8 @@ void OrderedQueue::post(std::function<void()> task)
     const std::lock_guard lock(state_->mutex);
     state_->tasks.push_back(std::move(task));
     if (std::exchange(state_->running, state_)) return;
-    // No more than an address goes through the pool. All else is handed over under our own lock, which the thread
-    // sanitizer knows; of Qt's it knows nothing.
+    // Only an address goes through the pool. All else is handed over under our own lock: the thread sanitizer sees that
+    // one, but not Qt's.
     threads().start([waiting = state_.get()] {
         const auto state = waiting->inWork();
         while (const auto next = state->next())

@@ -13,7 +13,7 @@ constexpr int answerTime = 2000; // ms
 
 SingleInstance::SingleInstance(const QString& folder, QObject* parent) : QObject(parent)
 {
-    // The name is short because a socket's path may have 108 bytes only.
+    // The name is short because a socket's path may have only 108 bytes.
     const QDir settings(folder);
     const QString path = settings.exists() ? settings.canonicalPath() : settings.absolutePath();
     const auto hash = QCryptographicHash::hash(path.toUtf8(), QCryptographicHash::Sha1);
@@ -34,7 +34,7 @@ bool SingleInstance::askOwner() const
 
 bool SingleInstance::claim()
 {
-    // Two programs that start together must not both remove the other's socket.
+    // Two programs that start together must not remove each other's socket.
     QLockFile startLock(QDir::temp().filePath(name_ + QStringLiteral(".lock")));
     startLock.tryLock(answerTime);
     if (askOwner()) return false;

@@ -9,7 +9,7 @@ class SingleInstance : public QObject
 {
     Q_OBJECT
 public:
-    /// `folder` is where the settings live: two programs with different settings do not meet.
+    /// `folder` is where the settings live: programs with different settings do not affect each other.
     explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
 
     /// True when this program is now the owner, or no owner can be asked. Otherwise the owner has been asked to come to

@@ -11,7 +11,7 @@ QFileDialog* FileDialogs::make(QWidget* parent, const QString& title, const QStr
     const QUrl url(folder);
     auto* dialog = new QFileDialog(parent, title, url.isLocalFile() ? url.toLocalFile() : folder);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    // The toolkit's own dialog cuts off names, sizes and dates. A desktop's own one goes by itself.
+    // At its usual size Qt's own dialog cuts off names, sizes and dates. A desktop's native dialog sizes itself.
     dialog->resize(QSize(880, 560).boundedTo(parent->screen()->availableSize() * 0.9));
     if (auto* files = dialog->findChild<QTreeView*>(QStringLiteral("treeView")))
         files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);

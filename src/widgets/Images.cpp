@@ -11,7 +11,7 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
-// At file scope: the macro declares a function of the global namespace.
+// At file scope: the macro declares a function in the global namespace.
 static void loadResource()
 {
     Q_INIT_RESOURCE(varnock);
@@ -19,7 +19,7 @@ static void loadResource()
 
 namespace
 {
-// Stand for the theme's text colour, and for that colour dimmed, in the files.
+// In the files these stand for the theme's text colour and its dimmed text colour.
 const QByteArray textColour("#000000");
 const QByteArray dimColour("#808080");
 constexpr double dimShare = 0.62; // of the text colour over the background
@@ -51,7 +51,7 @@ public:
         painter->setOpacity(1);
     }
 
-    // Kept by colour and size: reading an SVG anew for every line of a transfer would cost.
+    // Cached by colour and size: parsing an SVG for every line of a transfer would be slow.
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override
     {
         const QString key = QStringLiteral("%1 %2x%3 %4 %5")
@@ -78,7 +78,7 @@ private:
     QByteArray svg_;
 };
 
-// A label keeps its pixmap as it is; this paints it anew when the theme or the screen's scale is another one.
+// A label never updates its pixmap; this repaints it when the theme or the screen's scale changes.
 class LabelImage : public QObject
 {
 public:

@@ -10,14 +10,14 @@ class QLabel;
 namespace Images
 {
 /// The image of that name, without folder or ending. What is black in it takes the theme's text colour when painted and
-/// what is middle grey (#808080) its dimmed text colour, so that line icons are clear on light and dark. An unknown
-/// name is a programming error and gives an empty icon.
+/// what is middle grey (#808080) its dimmed text colour, so that line icons are clear on light and dark themes. An
+/// unknown name is a programming error and gives an empty icon.
 QIcon icon(const QString& name);
 
 /// The program's icon for windows, in the sizes that window managers ask for.
 QIcon applicationIcon();
 
-/// Shows an image in a label, `size` pixels high and wide, and paints it anew whenever theme or scale change.
+/// Shows an image in a label, `size` pixels high and wide, and repaints it whenever the theme or the scale changes.
 /// May be called again with another image.
 void showIn(QLabel& label, const QString& name, int size);
 } // namespace Images

@@ -9,7 +9,7 @@ bool MessageBox::ask(QWidget* parent, const QString& text, const QString& firstB
     QMessageBox box(parent);
     box.setObjectName(QStringLiteral("msgBox"));
     box.setWindowModality(Qt::ApplicationModal);
-    box.setTextFormat(Qt::PlainText); // a file or machine may be named like markup
+    box.setTextFormat(Qt::PlainText); // a file's or machine's name may look like markup
     box.setText(QString(text).replace(QLatin1Char('\r'), QLatin1Char('\n')));
     const auto* first = box.addButton(firstButton, QMessageBox::AcceptRole);
     if (!secondButton.isEmpty()) box.addButton(secondButton, QMessageBox::RejectRole);

@@ -3,8 +3,8 @@
 
 #include <QComboBox>
 
-/// The choice of a serial port. It tells when its list is about to be seen, so that adapters plugged in since are in
-/// it.
+/// The choice of a serial port. Signals when its list is about to be shown, so that newly plugged-in adapters can be
+/// added.
 class PortBox : public QComboBox
 {
     Q_OBJECT

@@ -3,7 +3,7 @@
 
 #include <QLabel>
 
-/// One line of text that is shortened where it has no room; the whole text is then in its tool tip. text() is always
+/// One line of text that is shortened when it does not fit; its tool tip then has the whole text. text() is always the
 /// whole, for screen readers too.
 class ShortLabel : public QLabel
 {

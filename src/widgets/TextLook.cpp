@@ -52,5 +52,5 @@ void TextLook::enlarge(QWidget& widget, double factor)
 void TextLook::dim(QWidget& widget)
 {
     applyDim(widget);
-    new DimText(widget); // goes with the widget
+    new DimText(widget); // deleted with the widget
 }

@@ -9,7 +9,7 @@ namespace TextLook
 /// Bold and larger than the user's own size by that factor.
 void enlarge(QWidget& widget, double factor);
 
-/// Text that steps back behind the rest and is still easy to read; follows a change of theme. Themes' own colours for
-/// placeholders are of no use here: some are as dark as a dark background.
+/// Less prominent than the rest and still easy to read; follows a change of theme. Themes' own placeholder colours
+/// will not do: some are as dark as a dark background.
 void dim(QWidget& widget);
 } // namespace TextLook
