@@ -6,7 +6,7 @@
 namespace cncsim
 {
 /// How full the control's input buffer is, and when it holds the line. Counts bytes; the bytes themselves are
-/// elsewhere.
+/// kept elsewhere.
 class InputBuffer
 {
 public:
@@ -22,11 +22,11 @@ public:
 
     /// One byte has arrived. False when it is lost: the line was held and the overrun room is used up.
     bool accept();
-    /// The control has worked for so long.
+    /// The control has worked for that long.
     void workOff(double seconds);
-    /// What the control has to say by its marks now; each answer is given once.
+    /// The signal that the marks ask for now; each is given once.
     Signal atMarks();
-    /// The line is held by hand, whatever the marks say; true when the line's state changes by it.
+    /// Holds or releases the line by hand, whatever the marks say; true when that changes the line's state.
     bool holdByHand(bool hold);
 
     bool isEmpty() const { return filled_ == 0; }

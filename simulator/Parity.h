@@ -11,8 +11,8 @@ inline unsigned char withEvenParity(unsigned char code)
     return static_cast<unsigned char>(std::popcount(code) % 2 != 0 ? code | 0x80 : code);
 }
 
-/// Whether a received byte has even parity. The DNC program's rule marks a byte without any one bit too: its leader
-/// NULs arrive as 0x80, and controls skip a leader without looking.
+/// Whether a received byte has even parity. The DNC program sets bit 7 of a byte without one bits too: its leader
+/// NULs arrive as 0x80, and controls skip a leader without checking it.
 inline bool hasEvenParity(unsigned char byte)
 {
     return std::popcount(byte) % 2 == 0 || byte == 0x80;

@@ -21,7 +21,7 @@ std::pair<std::string, std::string> headerAndTrailer(const ExpectedFraming& fram
     case ControlKind::Fanuc:
         return {leader + "%" + framing.eob, "%" + framing.eob};
     case ControlKind::Okuma:
-        // A second leader stands before the first line, once for each program.
+        // A second leader comes before the first line, once for each program.
         return {leader + tapeStart + std::string(1, '\0') + leader, leader + tapeStop + std::string(5, '\0')};
     case ControlKind::Plain:
         break;
@@ -58,7 +58,7 @@ FramedProgram ProgramReader::judge() const
 std::string ProgramReader::headerProblem() const
 {
     const std::size_t length = std::min(bytes_.size(), header_.size());
-    // Of a program without a visible end silence is the end, also inside the start string.
+    // A program without a visible end ends with silence, even inside the start string.
     const bool isCut = !hasVisibleEnd() && length < header_.size();
     if (!isCut && bytes_.compare(0, length, header_, 0, length) == 0) return {};
     if (framing_.type == ControlKind::Plain) return "the start string is missing";

@@ -17,13 +17,13 @@ class ProgramReader
 public:
     explicit ProgramReader(ExpectedFraming framing);
 
-    /// One byte, without parity. True when it ends the program: judge() and then next().
+    /// One byte, without parity. True when it ends the program: call judge(), then next().
     bool take(char byte);
     FramedProgram judge() const;
     /// The next byte begins another program.
     void next() { bytes_.clear(); }
 
-    /// Whether a program has an end that can be seen; of others only silence tells.
+    /// Whether a program has a visible end; otherwise only silence ends it.
     bool hasVisibleEnd() const { return !trailer_.empty(); }
     bool isEmpty() const { return bytes_.empty(); }
 

@@ -8,8 +8,8 @@
 namespace cncsim
 {
 /// The control's end of a pseudo-terminal. The other end is the serial device that the DNC program opens; it stays open
-/// here as well, without any lock, so that the program may close and open it again without a hang-up. Reading is for
-/// one thread, the rest for any.
+/// here as well, without any lock, so that the program may close and open it again without a hang-up. Only one thread
+/// may read; the rest is for any.
 class Pty
 {
 public:
@@ -27,7 +27,7 @@ public:
     void write(const std::string& bytes);
     /// Writes what the line takes now and returns how much that was.
     std::size_t writeSome(const std::string& bytes);
-    /// Whether bytes of ours wait at the device that nobody has read.
+    /// Whether bytes that we wrote wait unread at the device.
     bool hasUnread() const;
 
 private:

@@ -127,7 +127,7 @@ void SimulatedControl::run()
         judgeSilence(now);
         giveStartSignal(now);
         punchOut(now);
-        // Never past the high mark in one go: a real control notices it with the byte that reaches it.
+        // Never past the high mark in one go: a real control notices it at the byte that reaches it.
         if (settings_.xonXoff) limit = std::min(pieceSize, state_.buffer.room());
     }
 }

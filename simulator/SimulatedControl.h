@@ -26,23 +26,23 @@ struct Settings {
     double readRate = 0;          ///< bytes a second that the control works off; 0 is no limit
     std::size_t highMark = 512;   ///< bytes in the buffer that make it send XOFF
     std::size_t lowMark = 128;    ///< bytes in the buffer that make it send XON
-    /// Bytes that it still takes after XOFF; more are lost. A pty hands over what was under way in its queue (below
-    /// 20 KB), where a real driver would keep its queue to itself, so the room must be larger than a real control's.
+    /// Bytes that it still takes after XOFF; more are lost. A pty still delivers what is in its queue (below 20 KB),
+    /// where a real driver would hold it back, so the room must be larger than a real control's.
     std::size_t overrunRoom = 32768;
     StartSignal start = StartSignal::None;
-    int startDelayMs = 1000; ///< AfterDelay: DC1 each time after that long, until bytes come
+    int startDelayMs = 1000; ///< AfterDelay: DC1 at this interval until bytes come
     int silenceMs = 1000;    ///< silence after which a program without a visible end counts as complete
     XModemSettings xmodem = {};
     std::string punchProgram = {}; ///< bytes that it punches out, or sends in XModem blocks, as they are
     double punchRate = 0;          ///< bytes a second; 0 is as fast as the line takes them
-    int punchDelayMs = -1;         ///< starts to punch after that long; below 0 only when punch() is called
+    int punchDelayMs = -1;         ///< starts to punch after that long; if negative, only when punch() is called
     std::string linkPath = {};     ///< a symbolic link to the device, removed at the end
-    std::string outputFile = {};   ///< what arrived (of XModem the data), written when complete and at the end
+    std::string outputFile = {};   ///< what arrived (with XModem the data), written when complete and at the end
 };
 
 struct Report {
     std::string received;     ///< every byte since the start or clear(), parity removed
-    std::string program;      ///< the last program without its framing; of XModem the data with its padding
+    std::string program;      ///< the last program without its framing; with XModem the data and its padding
     std::size_t programs = 0; ///< complete programs taken in, or sent by XModem
     bool isComplete = false;  ///< a program has ended and nothing has come since
     std::size_t parityErrors = 0;
@@ -52,10 +52,10 @@ struct Report {
     std::size_t punchedBytes = 0;   ///< bytes punched out so far
     bool isPunched = false;         ///< all of punchProgram has gone
     std::size_t blocks = 0;         ///< XModem blocks taken in or acknowledged
-    std::size_t repeatedBlocks = 0; ///< XModem blocks that came or went once more
+    std::size_t repeatedBlocks = 0; ///< XModem blocks received or sent again
     std::string problem;            ///< all that was wrong; empty when all is right
 
-    /// For people, in one line.
+    /// One line for people to read.
     std::string line() const;
 };
 
@@ -75,7 +75,7 @@ public:
 
     /// The operator presses the control's start button: DC1.
     void pressStart();
-    /// Holds the line (XOFF) whatever its buffer holds, until releaseLine().
+    /// Holds the line (XOFF) however empty its buffer is, until releaseLine().
     void holdLine();
     void releaseLine();
     /// Punches the program out, from its first byte.
@@ -83,7 +83,7 @@ public:
     /// Sends bytes, with parity when the line has it. Waits up to a second for room.
     void send(const std::string& bytes);
 
-    /// A copy of all that is known. It holds the bytes, so poll isComplete() or receivedBytes() where they are many.
+    /// A copy of all that is known, the bytes included; to poll, use isComplete() or receivedBytes().
     Report report() const;
     bool isComplete() const;
     std::size_t receivedBytes() const;
@@ -103,12 +103,12 @@ private:
     struct State {
         explicit State(const Settings& settings);
         Report report;
-        std::string pastProblem; // of the programs before the one that is coming in
+        std::string pastProblem; // of the programs before this one
         ProgramReader reader;
         InputBuffer buffer;
         XModemReceiver receiver;
         XModemSender sender;
-        bool isJudged = true; // nothing has come since the framing was looked at
+        bool isJudged = true; // nothing has come since the framing was judged
         bool isPunching = false;
         bool isPunchHeld = false;
         Clock::time_point begin = Clock::now();
@@ -116,7 +116,7 @@ private:
         Clock::time_point lastWork = Clock::now();
         Clock::time_point lastStart = Clock::now();
         Clock::time_point lastPunch = Clock::now();
-        double punchCredit = 0; // bytes that may go by now
+        double punchCredit = 0; // bytes that may go out by now
     };
 
     void run();

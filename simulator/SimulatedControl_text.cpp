@@ -82,7 +82,7 @@ void SimulatedControl::judgeSilence(Clock::time_point now)
 {
     if (state_.isJudged || now - state_.lastByte < std::chrono::milliseconds(settings_.silenceMs)) return;
     state_.isJudged = true;
-    state_.report.problem = problems({}); // also of bytes that came after a program's end
+    state_.report.problem = problems({}); // also those of bytes after a program's end
     if (state_.reader.isEmpty()) return;
     if (!state_.reader.hasVisibleEnd()) return programEnded();
     state_.report.problem = problems(state_.reader.judge().problem);

@@ -15,9 +15,9 @@ public:
 
     explicit XModemReceiver(const XModemSettings& settings) : settings_(settings) {}
 
-    /// What has arrived; returns the replies.
+    /// Takes what has arrived; returns the replies.
     std::string take(const std::string& bytes, Time now);
-    /// To be called now and then; returns NAK when it is time to ask.
+    /// Call regularly; returns NAK when it is time to ask.
     std::string tick(Time now);
 
     bool isComplete() const { return state_ == State::Waiting && programs_ > 0; }
@@ -45,7 +45,7 @@ private:
     std::size_t programs_ = 0;
     bool hasRefused_ = false; // the chosen block
     bool isPollDue_ = true;   // it asks at once
-    Time lastSign_{};         // of either side
+    Time lastSign_{};         // from either side
     std::string problem_;
 };
 } // namespace cncsim

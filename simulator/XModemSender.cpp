@@ -16,7 +16,7 @@ std::string XModemSender::take(const std::string& bytes, Time now)
     for (const char byte : bytes) {
         // The receiver's replies carry a parity bit: its NAK comes as 0x95.
         const char reply = settings_.plainNakOnly ? byte : static_cast<char>(byte & 0x7F);
-        // Of replies that piled up a sender takes one: it purges the line before it sends a block.
+        // A sender takes one of several waiting replies: it purges the line before it sends a block.
         if (auto out = takeReply(reply); !out.empty()) return out;
     }
     return {};

@@ -18,9 +18,9 @@ public:
     {
     }
 
-    /// What the receiver has sent, in one piece; returns what goes out.
+    /// Takes what the receiver has sent, in one piece; returns what goes out.
     std::string take(const std::string& bytes, Time now);
-    /// To be called now and then; returns EOT again when its answer is missing.
+    /// Call regularly; returns EOT again when its answer is missing.
     std::string tick(Time now);
 
     bool isComplete() const { return state_ == State::Complete; }

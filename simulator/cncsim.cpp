@@ -16,18 +16,18 @@ volatile std::sig_atomic_t buttonPressed = 0;
 
 constexpr const char* help = R"(cncsim - a simulated CNC control on a pseudo-terminal
 
-Taking a program in:
+Receiving a program:
   --type plain|fanuc|okuma   how it has to be framed (plain)
   --eob TEXT                 end of block, with \r and \n (\r\n)
-  --sot TEXT, --eot TEXT     start and end string of a plain control
+  --sot TEXT, --eot TEXT     start and end strings of a plain control
   --xmodem-receive           by XModem instead
-  --rate N                   works off N bytes a second (no limit)
+  --rate N                   processes N bytes a second (no limit)
   --start-on-key             gives the start signal (DC1) on Enter or SIGUSR1
-  --start-after MS           gives it every MS until bytes come
+  --start-after MS           gives it every MS milliseconds until bytes come
 
-Giving one out:
+Sending one:
   --punch FILE               punches FILE out on Enter or SIGUSR1
-  --punch-after MS           and after that long by itself
+  --punch-after MS           also by itself after MS milliseconds
   --punch-rate N             at N bytes a second (as fast as the line takes them)
   --xmodem-send FILE         sends FILE by XModem when the program asks for it
   --plain-nak                knows NAK as 0x15 only, as 8-bit XModem peers do
@@ -36,15 +36,15 @@ The line:
   --even-parity              7 bits with even parity, checked on every byte
   --xon-xoff                 holds the line with XOFF while its buffer is full, stops punching on XOFF
 
-XModem (Enter or SIGUSR1 begins anew), with faults at block N (from 1):
+XModem faults at block N (from 1); Enter or SIGUSR1 starts over:
   --nak-block N              refuses a good block once
   --spoil-block N            first sends it with a wrong checksum
   --duplicate-block N        sends it once more after its ACK
   --stall-in-block N         stops inside it until asked again
   --cancel-at-block N        cancels
-  --silent-after-block N     says nothing more
+  --silent-after-block N     goes silent once it is acknowledged
 
-  --link PATH                makes the device known under this name
+  --link PATH                makes a symbolic link PATH to the device
   --output FILE              writes what arrived to this file
   --once                     ends after one complete program
 
@@ -147,14 +147,14 @@ Options parse(int argc, char* argv[])
 }
 
 /// The control's one button: it punches the program out when there is one, otherwise it gives the start signal. XModem
-/// begins anew, also after a cancel.
+/// starts over, even after a cancel.
 void press(cncsim::SimulatedControl& control, const Options& options)
 {
     if (options.control.protocol != cncsim::Protocol::Text) return control.clear();
     if (options.control.punchProgram.empty()) return control.pressStart();
     const auto report = control.report();
     const bool isPunching = report.punchedBytes > 0 && !report.isPunched;
-    if (!isPunching) control.punch(); // not once more from the top in the middle of it
+    if (!isPunching) control.punch(); // never restarts one under way
 }
 
 void waitForKey(cncsim::SimulatedControl& control, const Options& options, bool& hasInput)
