@@ -10,8 +10,8 @@
 #include <mutex>
 #include <thread>
 
-/// The control's side of a line, for benchmarks: takes everything at once, on a thread of its own, and knows when bytes
-/// came.
+/// The control's side of a line, for benchmarks: takes everything at once, on a thread of its own, and records when
+/// bytes came.
 class BenchLine
 {
 public:
@@ -29,14 +29,14 @@ public:
     /// All bytes so far and when the last of them came.
     Mark mark() const;
     void write(char byte);
-    /// Processor time that the reading has used, in seconds.
+    /// Processor time that reading has used, in seconds.
     double processorSeconds() const { return processorSeconds_; }
 
 private:
     void read();
 
     int master_;
-    int slave_ = -1; // keeps the device alive, so that the reader does not meet a hang-up
+    int slave_ = -1; // keeps the device alive, so that the reader sees no hang-up
     QString path_;
     mutable std::mutex mutex_;
     Mark mark_;

@@ -23,7 +23,7 @@ public:
     {
         if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
         path_ = QString::fromLocal8Bit(::ptsname(master_));
-        slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY); // the reader must not meet a hang-up
+        slave_ = ::open(::ptsname(master_), O_RDWR | O_NOCTTY); // the reader must see no hang-up
         reader_ = std::thread([this] {
             std::array<char, 65536> buffer;
             while (!ended_ && ::read(master_, buffer.data(), buffer.size()) > 0) {

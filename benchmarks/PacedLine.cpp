@@ -62,7 +62,7 @@ public:
             if (rate.code == code) byteTime_ = Seconds(((line.c_cflag & CSTOPB) ? 11 : 10) / rate.baud);
     }
 
-    /// What the driver takes of the bytes; 0 when its buffer is full.
+    /// How many of the bytes the driver takes; 0 when its buffer is full.
     std::size_t queue(const char* bytes, std::size_t count)
     {
         const std::lock_guard lock(mutex_);
@@ -94,7 +94,7 @@ public:
     }
 
 private:
-    // Every refill of the FIFO whose time has come, also when the clock is looked at late.
+    // Makes every refill of the FIFO that is due, even when called late.
     void advance()
     {
         const auto now = Clock::now();
@@ -107,7 +107,7 @@ private:
             }
             buffer_.erase(0, static_cast<std::size_t>(written));
             const auto time = std::chrono::duration_cast<Clock::duration>(byteTime_ * static_cast<double>(written));
-            // Bytes that came to an idle line start now, those that waited where the last ones ended.
+            // Bytes that found the line idle start now; those that waited start when the last ones ended.
             fifoEmpty_ = (isIdle_ ? now : fifoEmpty_) + time;
             isIdle_ = false;
         }
@@ -183,7 +183,7 @@ private:
 int openLine(const char* name, const char* path, int flags, mode_t mode)
 {
     const int fd = original<int (*)(const char*, int, ...)>(name)(path, flags, mode);
-    // The control's side of a test keeps the device open as well; only who opens it without waiting is the program.
+    // The control's side of a test has the device open too; only the program opens it without waiting.
     if (fd >= 0 && std::strncmp(path, "/dev/pts/", 9) == 0 && (flags & O_NONBLOCK)) Uarts::all().add(fd);
     return fd;
 }
@@ -255,7 +255,7 @@ int close(int fd)
 {
     if (const auto line = Uarts::all().remove(fd)) {
         line->drain();
-        line->flush(); // the number is not ours from here on
+        line->flush(); // from here on the number is no longer ours
     }
     return original<int (*)(int)>("close")(fd);
 }

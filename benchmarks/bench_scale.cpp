@@ -58,7 +58,7 @@ QString writeProgram(const QTemporaryDir& folder, int blocks)
     return path;
 }
 
-/// The main window with one send view a line.
+/// The main window with one send view per line.
 class Shop
 {
 public:
@@ -88,7 +88,7 @@ public:
     AppDelegate app;
 };
 
-// How long something that the operator does waits for the event loop.
+// How long an operator's action waits for the event loop.
 class ClickLatency
 {
 public:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What large programs and many machines cost. Prints a table; run it from a release build. Arguments choose: open,
-// line, search, send, receive, settings.
+// What large programs and many machines cost. Prints a table; run it from a release build. Arguments choose
+// parts: open, line, search, send, receive, settings.
 #include "benchmarks/BenchStation.h"
 #include "config/g.h"
 #include "config/NotificationNames.h"
@@ -52,7 +52,7 @@ void benchOpening(int lines)
     ShownEditor editor;
     QElapsedTimer timer;
     timer.start();
-    const auto cpu = std::clock(); // what others on the machine do counts only in the other figures
+    const auto cpu = std::clock(); // other programs' load shows only in the other figures
     editor.setProgram(text);
     const double filled = milliseconds(timer);
     QApplication::processEvents();
@@ -61,7 +61,7 @@ void benchOpening(int lines)
                 static_cast<double>(std::clock() - cpu) * 1000.0 / CLOCKS_PER_SEC);
 }
 
-// A file without line ends is one line of the editor: laying it out must not hold the window up.
+// A file without line ends is one line of the editor: laying it out must not stall the window.
 void benchOneLine(int megabytes)
 {
     const QByteArray text = QByteArray("G1 X-123.456 Y78.901 Z-2.5 F1200 (A) ").repeated(megabytes * 27'000LL);
@@ -84,7 +84,7 @@ void benchSendingOneLine(int megabytes)
     QElapsedTimer timer;
     timer.start();
     station.view.btnSend_Click();
-    qint64 longest = 0; // ns that the window answered nothing
+    qint64 longest = 0; // ns in which the window did not respond
     while (station.view.dncRunning()) {
         QElapsedTimer turn;
         turn.start();
@@ -169,7 +169,7 @@ LineCost costOfLine(int lines)
     return cost;
 }
 
-// Medians of several rounds: how two threads hand a line over to each other differs from run to run.
+// Medians of several rounds: handing a line over between two threads takes a different time in each run.
 void benchSending()
 {
     constexpr int rounds = 7;
@@ -192,7 +192,7 @@ void benchSending()
     }
 }
 
-// A control that punches as fast as the line takes it, 115200 baud many times over; how long the window stands still.
+// How long the window freezes while a control punches as fast as the line takes it, many times 115200 baud.
 void benchReceiving(int lines)
 {
     const QByteArray text = program(lines);

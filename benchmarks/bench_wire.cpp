@@ -61,7 +61,7 @@ void tableOfUse()
     }
 }
 
-// Bytes of the line that have left the FIFO by `time`: it is ahead of the wire by what it holds.
+// Bytes that have left the FIFO by `time`: the mark is ahead of the wire by what the FIFO holds.
 struct Wire {
     double byteTime;
     double sent(const BenchLine::Mark& mark, std::chrono::steady_clock::time_point time) const

@@ -35,7 +35,7 @@ function(varnock_test name)
     add_test(NAME ${name} COMMAND ${name} ${ARG_ARGUMENTS})
     set(settings ${CMAKE_CURRENT_BINARY_DIR}/${name}_home)
     file(MAKE_DIRECTORY ${settings})
-    # Some tests fork a program that goes on with threads, which the sanitizer takes for a mistake.
+    # Some tests fork a process that then starts threads, which the sanitizer takes for a mistake.
     set(tsan "TSAN_OPTIONS=ignore_noninstrumented_modules=1:die_after_fork=0:halt_on_error=1:second_deadlock_stack=1")
     set(lsan "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
     set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
