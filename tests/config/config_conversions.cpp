@@ -28,7 +28,7 @@ void ConversionsTest::textBecomesBytes_data()
     row("line ends as they are", "%\r\na\r\rb\nc", "%\r\na\r\rb\nc");
     row("NUL and DEL", QStringLiteral("a") + QChar(0) + QChar(127), QByteArray("a\0\x7F", 3));
     row("accented letter", QString::fromUtf8("é"), "?");
-    row("one sign beyond the first plane is one byte", QString::fromUtf8("\xF0\x9F\x94\xA7 🇩🇪b"), "? ?b");
+    row("character outside the BMP becomes one byte", QString::fromUtf8("\xF0\x9F\x94\xA7 🇩🇪b"), "? ?b");
     row("CR LF in a text beyond Latin-1", QString::fromUtf8("№\r\n\r\n"), "?\r\n\r\n");
     row("unpaired surrogate", QStringLiteral("a") + QChar(0xD800) + 'b', "a?b");
 }
@@ -55,7 +55,7 @@ void ConversionsTest::notationsBecomeCharacters_data()
     row(" 37 , 10", " 37 , 10", "%\n");
     row("0,255", "0,255", QString(QChar(0)) + QChar(255));
     row("%,O1", "%,O1", "%O1");
-    row("256,-1,1a", "256,-1,1a", "256-11a"); // no byte codes
+    row("256,-1,1a", "256,-1,1a", "256-11a"); // not byte codes
 }
 
 void ConversionsTest::notationsBecomeCharacters()
@@ -70,7 +70,7 @@ void ConversionsTest::textIsCountedInCharacters()
     using namespace StringTools;
     const QString text = QString::fromUtf8("a\r\ne\u0301\xF0\x9F\x94\xA7"); // seven code units, four characters
     QCOMPARE(length(text), 4);
-    QCOMPARE(indexOf(text, "\n"), -1); // half of a character is none
+    QCOMPARE(indexOf(text, "\n"), -1); // half a character is no match
     QCOMPARE(subString(text, -2) + subString(text, 99) + subString(text, 1, 1), text + "\r\n");
     QCOMPARE(padLeft("7", 3, "0") + padRight(text, 6, "."), "007" + text + "..");
     QCOMPARE(strReplace("%a%%", "%", "x") + strReplace("a", {}, "b"), QStringLiteral("xaxxa"));
@@ -87,11 +87,11 @@ void ConversionsTest::charactersHaveValues_data()
     };
     row("none", {}, 0, 0, 0);
     row("NUL", QString(QChar(0)), 0, 0, 0);
-    row("DEL, the last of one byte", QString(QChar(127)), 127, 127, 127);
+    row("DEL, the last one-byte code", QString(QChar(127)), 127, 127, 127);
     row("CR LF counts as CR", "\r\n", 13, 13, 13);
-    row("letter of two bytes", QString::fromUtf8("\u00E9"), 0xE9, 0xC3, 0xE9);
+    row("two-byte letter", QString::fromUtf8("\u00E9"), 0xE9, 0xC3, 0xE9);
     row("letter and its accent", QString::fromUtf8("e\u0301"), 'e', 'e', 'e');
-    row("sign beyond the first plane", QString::fromUtf8("\xF0\x9F\x94\xA7"), 0x1F527, 0xF0, 0xD83D);
+    row("character outside the BMP", QString::fromUtf8("\xF0\x9F\x94\xA7"), 0x1F527, 0xF0, 0xD83D);
     row("unpaired surrogate", QString(QChar(0xD83D)), 0xFFFD, 0xEF, 0xFFFD);
     row("surrogates in the wrong order", QString(QChar(0xDD27)) + QChar(0xD83D), 0xFFFD, 0xEF, 0xFFFD);
 }

@@ -9,7 +9,7 @@ class LineWordsTest : public QObject
 private Q_SLOTS:
     void linesInWords_data();
     void linesInWords();
-    void portIsCalledByItsName();
+    void portNameHasNoFolder();
 };
 
 void LineWordsTest::linesInWords_data()
@@ -32,7 +32,7 @@ void LineWordsTest::linesInWords_data()
         "COM1,9600,e,7,2\r\nXON/XOFF", "9600 baud, 7 data bits, even parity, 2 stop bits, XON/XOFF");
     row("", 2, 1, 1, "No port  ·  9600 baud  ·  7 data bits, no parity, 1 stop bit  ·  RTS/CTS", "NONE",
         "9600 baud, 7 data bits, no parity, 1 stop bit, RTS/CTS");
-    // The record holds another format than XModem opens the port with.
+    // The record's format is not the one that XModem opens the port with.
     row("/dev/ttyS1", 3, 2, 1, "ttyS1  ·  9600 baud  ·  7 data bits, even parity, 1 stop bit  ·  XModem",
         "ttyS1,9600,e,7,1\r\nXModem", "9600 baud, 8 data bits, no parity, 1 stop bit, XModem");
     row("/dev/ttyS1", 4, 9, 1, "ttyS1  ·  9600 baud  ·  8 data bits, no parity, 1 stop bit  ·  No flow control",
@@ -58,7 +58,7 @@ void LineWordsTest::linesInWords()
     QTEST(LineWords::openedLine({9600, ::dataFormat(dataFormat), stopBits, flowControl(flow)}), "openedLine");
 }
 
-void LineWordsTest::portIsCalledByItsName()
+void LineWordsTest::portNameHasNoFolder()
 {
     QCOMPARE(LineWords::portName("/dev/pts/3"), QStringLiteral("pts/3"));
     QCOMPARE(LineWords::portName("x/dev/ttyS0"), QStringLiteral("x/dev/ttyS0"));

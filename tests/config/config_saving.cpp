@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Saving that is cut off or cannot be done: the stored machine list is the old one or the new one, always whole.
+// Saves that are cut off or fail: the stored machine list is the old one or the new one, always whole.
 #include "config/g.h"
 #include "platform/Preferences.h"
 
@@ -15,7 +15,7 @@
 
 namespace
 {
-constexpr int machineCount = 40; // enough that one write does not carry all of it at once
+constexpr int machineCount = 40; // too many for a single write
 const QStringList names = {"@Variant(1), \"first\"; c\\n # [x] = % \\x41", " s\t" + QString(QChar(0)) + "\u2116 \r"};
 
 void save(const QString& name)
@@ -38,8 +38,7 @@ QString readName()
     return isWhole ? g::mcIcons[1]->MCNAME : "not whole";
 }
 
-// Another start of the program: reads, saves where the disk takes no more than a few bytes, or saves until it is
-// killed.
+// Another start of the program: reads, saves where the disk takes only a few bytes, or saves until it is killed.
 int startAnother(const QString& job)
 {
     Preferences::dropLeftoverLock();
@@ -93,7 +92,7 @@ void SavingTest::killedAtAnyMoment()
         found << storedName();
         QVERIFY2(names.contains(found.last()), qPrintable(found.last()));
     }
-    QVERIFY2(found.contains(names[0]) && found.contains(names[1]), "the kills always met the same list");
+    QVERIFY2(found.contains(names[0]) && found.contains(names[1]), "every kill left the same list");
 }
 
 void SavingTest::noRoomKeepsTheOldListAndDoesNotHang()
@@ -105,7 +104,7 @@ void SavingTest::noRoomKeepsTheOldListAndDoesNotHang()
     QCOMPARE(writer.exitStatus(), QProcess::NormalExit);
     QCOMPARE(storedName(), QStringLiteral("old"));
 
-    // A folder without its permissions would do for an operator, but not for the superuser of a build machine.
+    // Without permissions on the folder an operator could not save, but root on a build machine could.
     QDir home(home_.path());
     QVERIFY(home.rename("Varnock", "kept"));
     QFile inTheWay(home.filePath("Varnock"));

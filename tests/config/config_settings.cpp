@@ -63,7 +63,7 @@ void SettingsTest::valueOfAKey_data()
     for (const char* rate : {"MCBAUD=150", "MCBAUD=600", "MCBAUD=1200", "MCBAUD=2400", "MCBAUD=4800", "MCBAUD=9600",
                              "MCBAUD=19200", "MCBAUD=38400", "MCBAUD=57600"})
         row(rate, rate);
-    row("MCBAUD=9600\nMCBAUD=300", "MCBAUD=300"); // the last one counts, a bad one as well
+    row("MCBAUD=9600\nMCBAUD=300", "MCBAUD=300"); // the last one counts, even a bad one
     row("MCBAUD=9600\nMCBAUD=110", "MCBAUD=1200");
     row("MCDBPAR=2", "MCDBPAR=2");
     row("MCDBPAR=3", "MCDBPAR=0");
@@ -127,7 +127,7 @@ void SettingsTest::listsStayParallelThroughStorage()
     g::mcIcons[2]->MCNAME = "last";
     g::saveAllMcSettings();
     QCOMPARE(names(), QStringList({"CNC1", "CNC1", "last"}));
-    g::mcIcons.resize(1); // every machine deleted is not the first run
+    g::mcIcons.resize(1); // deleting every machine does not make a first run
     g::saveAllMcSettings();
     QCOMPARE(names(), QStringList{"CNC1"});
 }

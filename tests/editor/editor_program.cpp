@@ -12,7 +12,7 @@ class ProgramTest : public QObject
 private Q_SLOTS:
     void largeFileIsWholeAcrossItsPieces()
     {
-        // A CR LF and a character of two bytes lie across the borders between pieces of a megabyte.
+        // A CR LF and a two-byte character straddle the borders of one-megabyte pieces.
         const QByteArray filling((1 << 20) - 4, 'a');
         ProgramEditor editor;
         editor.setProgram(filling + "\xFF\r\n\r\n" + filling + "\xFF\xFF\xFF\xFF" + filling);
@@ -31,7 +31,7 @@ private Q_SLOTS:
     {
         ProgramEditor editor;
         QSignalSpy touched(&editor, &ProgramEditor::operatorTouched);
-        QTest::keyClicks(&editor, "X"); // gone with the next program, and never to be undone in it
+        QTest::keyClicks(&editor, "X"); // gone with the next program, and undo must not bring it back
         editor.setReadOnly(true);
         editor.setProgram("G0\nG1\n");
         editor.markLineOut(editor.lineAt(0));

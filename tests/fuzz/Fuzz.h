@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// A fuzz target is one file with this function, the name that libFuzzer calls. It stops the program where the code
-/// under test breaks a promise.
+/// A fuzz target is one file with this function, under the name that libFuzzer calls. It aborts when the code under
+/// test breaks a promise.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 /// What holds for every input.

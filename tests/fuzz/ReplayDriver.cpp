@@ -33,7 +33,8 @@ int main(int argc, char* argv[])
     for (int mutation = QByteArray(argv[2]).toInt(); mutation > 0; --mutation) {
         QByteArray input = corpus[upTo(corpus.size() - 1)];
         for (auto changes = 1 + upTo(7); changes > 0; --changes) {
-            // Some bytes give way to others: removed, inserted, changed, cut off, doubled, or from another input.
+            // Replaces some bytes with others: removes, inserts, changes, cuts off, doubles, or takes from another
+            // input.
             const QByteArray other = corpus[upTo(corpus.size() - 1)];
             const qsizetype at = upTo(input.size());
             const QList<qsizetype> lengths{0, 1, upTo(16), input.size()};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Whatever a program file holds: it opens the same in pieces of any size and as plain replacement would have it. Of a
-// line only what the machine asks for is taken out, and what must not reach the control does not.
+// Whatever a program file holds, in pieces of any size it opens as plain replacement would have it. From a line only
+// what the machine's settings ask for is taken out, and what must not reach the control does not.
 #include "editor/FileText.h"
 #include "fuzz/Fuzz.h"
 #include "protocol/LineEnds.h"
@@ -25,7 +25,7 @@ void openFile(const QByteArray& file, int pieceSize)
     PROMISE(LineEnds::collapseDoubled(file) == collapsed.toLatin1());
 }
 
-// `kept` is `whole` with characters taken out, the others in their order.
+// `kept` is `whole` with characters taken out, the others in order.
 bool isTakenFrom(const QString& kept, const QString& whole)
 {
     qsizetype at = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any stored text is read; what was read once is written and read again without a change. Any notation that an operator
+// Any stored text can be read, and what was read is written and read back unchanged. Any notation that an operator
 // types becomes bytes that a 7-bit line carries.
 #include "config/ControlCodes.h"
 #include "config/g.h"
@@ -28,13 +28,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     const auto isBeyondSevenBits = [](char byte) { return static_cast<unsigned char>(byte) > 127; };
     QByteArray input = Fuzz::bytes(data, size);
     const QString text = QString::fromUtf8(input);
-    // Twice, because the first writing does not keep all that was read: the time-outs return to 3.
+    // Twice, because the first write does not keep all that was read: the time-outs return to 3.
     const QString once = readAndWritten(readAndWritten(text));
     PROMISE(readAndWritten(once) == once);
 
     const QByteArray sent = g::getBytes(ControlCodes::startOrEnd(text) + ControlCodes::endOfBlock(text));
     PROMISE(std::none_of(sent.begin(), sent.end(), isBeyondSevenBits));
-    // Received bytes are characters one to one, and those of 7 bits go out again as they came.
+    // Received bytes become characters one to one, and those of 7 bits go out again as they came.
     const QString received = g::getString(input);
     PROMISE(received.size() == input.size());
     std::replace_if(input.begin(), input.end(), isBeyondSevenBits, '?');

@@ -10,7 +10,7 @@ namespace
 constexpr char soh = 1;
 constexpr int blockSize = 132;
 
-/// The rules of reception, told once more and in another way.
+/// The rules of reception, written a second time in another way.
 struct Model {
     QByteArray program, packet;
 
@@ -37,7 +37,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     XModemReceive machine;
     Model model;
     QByteArray program;
-    // A length byte before each chunk; 0 stands for one that a whole block fits in.
+    // A length byte before each chunk; 0 stands for the size of a whole block.
     for (QByteArray input = Fuzz::bytes(data, size); !input.isEmpty();) {
         const int length = Fuzz::takeChoice(input);
         const QByteArray chunk = input.left(length == 0 ? blockSize : length);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Events, work for the queues, and a second start of the program: who gets them.
+// Who gets events, queued work, and word of a second start of the program.
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "platform/OrderedQueue.h"
@@ -20,7 +20,7 @@
 #include <unistd.h>
 #include <vector>
 
-// Another start of the program: says what its claim gave and, as owner, stays until it is killed.
+// Another start of the program: prints whether its claim succeeded and, as owner, stays until it is killed.
 static int startAnother(const QString& folder)
 {
     SingleInstance instance(folder);
@@ -28,8 +28,8 @@ static int startAnother(const QString& folder)
     return ::write(STDOUT_FILENO, &answer, 1) == 1 && answer == 'o' ? QCoreApplication::exec() : 0;
 }
 
-// A program that ends amid writes: one hangs in its driver, the others report without end.
-static int endAmidWrites()
+// A program that ends during writes: one hangs in its driver, the others keep reporting.
+static int endDuringWrites()
 {
     MainQueue::attachToMainThread();
     std::atomic<int> hung = 0;
@@ -60,10 +60,10 @@ private Q_SLOTS:
     void nameAndObjectDecideWhoIsCalled();
     void handlersMayChangeTheObserversDuringAPost();
     void mainQueueKeepsEveryThreadsOrder();
-    void workBehindAMessageBoxReachesTheBoxsLoop();
-    void blockedWritesOfManyMachinesHoldUpNoOther();
-    void programEndsAmidWrites();
-    void ofManyStartsAtOnceExactlyOneOwns();
+    void workQueuedBehindAMessageBoxStillRuns();
+    void blockedWritesHoldUpNoOtherMachine();
+    void programEndsDuringWrites();
+    void exactlyOneOfManyStartsBecomesTheOwner();
     void laterStartIsRefusedAndTheOwnerIsTold();
     void startsWhereNoSocketCanBeMade();
 };
@@ -84,7 +84,7 @@ void PartsTest::nameAndObjectDecideWhoIsCalled()
     center.post("Rx", &port);
     unplugged.reset();
     center.post("Rx");
-    center.post("Rx", &unplugged.emplace()); // a new object in a dead one's place
+    center.post("Rx", &unplugged.emplace()); // a new object at a dead one's address
     QCOMPARE(calls, QStringList({"Rx of the port", "neighbour", "neighbour", "neighbour"}));
     center.removeObserver(&observer, "Rx");
     center.post("Rx", &port);
@@ -114,11 +114,11 @@ void PartsTest::handlersMayChangeTheObserversDuringAPost()
     QCOMPARE(calls, 1);
 }
 
-// More work waits at once than the pipe that wakes the loop has bytes.
+// More items wait at once than the pipe that wakes the loop has room for bytes.
 void PartsTest::mainQueueKeepsEveryThreadsOrder()
 {
     constexpr int threads = 4, posts = 25'000;
-    std::array<int, threads> done{}; // touched on the main thread alone
+    std::array<int, threads> done{}; // touched only on the main thread
     std::vector<std::jthread> posters;
     for (std::size_t thread = 0; thread < threads; ++thread) {
         posters.emplace_back([&, thread] {
@@ -131,16 +131,16 @@ void PartsTest::mainQueueKeepsEveryThreadsOrder()
         QTRY_COMPARE_WITH_TIMEOUT(count, posts, 60'000);
 }
 
-void PartsTest::workBehindAMessageBoxReachesTheBoxsLoop()
+void PartsTest::workQueuedBehindAMessageBoxStillRuns()
 {
     QEventLoop box;
     int answer = 0;
-    MainQueue::post([&] { answer = box.exec(); }); // opened by one machine's work, another machine's is behind it
+    MainQueue::post([&] { answer = box.exec(); }); // one machine's work opens it, another's waits behind
     MainQueue::post([&] { MainQueue::post([&] { box.exit(7); }); });
     QTRY_COMPARE(answer, 7);
 }
 
-void PartsTest::blockedWritesOfManyMachinesHoldUpNoOther()
+void PartsTest::blockedWritesHoldUpNoOtherMachine()
 {
     constexpr int machines = 200;
     std::promise<void> release;
@@ -158,7 +158,7 @@ void PartsTest::blockedWritesOfManyMachinesHoldUpNoOther()
     QTRY_COMPARE(device.use_count(), 1L);
 }
 
-void PartsTest::programEndsAmidWrites()
+void PartsTest::programEndsDuringWrites()
 {
     QProcess program;
     program.start(QCoreApplication::applicationFilePath(), {"--end"});
@@ -166,7 +166,7 @@ void PartsTest::programEndsAmidWrites()
     QVERIFY(program.exitStatus() == QProcess::NormalExit && program.exitCode() == 0);
 }
 
-void PartsTest::ofManyStartsAtOnceExactlyOneOwns()
+void PartsTest::exactlyOneOfManyStartsBecomesTheOwner()
 {
     std::array<QProcess, 8> starts;
     for (auto& process : starts)
@@ -179,7 +179,7 @@ void PartsTest::ofManyStartsAtOnceExactlyOneOwns()
     QCOMPARE(answers.count('o'), 1);
 }
 
-// The owner of before was killed with its process. Its socket stays and must not lock the settings for ever.
+// The test before killed its owner. The socket left behind must not lock the settings for ever.
 void PartsTest::laterStartIsRefusedAndTheOwnerIsTold()
 {
     SingleInstance first(folder_.path());
@@ -206,7 +206,7 @@ void PartsTest::startsWhereNoSocketCanBeMade()
 int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
-    if (argc == 2 && QByteArrayView(argv[1]) == "--end") return endAmidWrites();
+    if (argc == 2 && QByteArrayView(argv[1]) == "--end") return endDuringWrites();
     if (argc == 2 && QDir(argv[1]).exists()) return startAnother(argv[1]);
     PartsTest test;
     return QTest::qExec(&test, argc, argv);

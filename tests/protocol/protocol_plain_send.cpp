@@ -43,9 +43,9 @@ private:
         switch (event) {
         case 'T': // Send, from the top; the machine waits for its start signal
             return send.prepareFromTop(setup_);
-        case 'C': // Send, from the caret, which is where the last stop has left it
+        case 'C': // Send, from the caret, which is where the last stop left it
             return send.prepareFromCaret(setup_, send.next());
-        case 'H': // Send, from the caret, which the operator has put into the second line
+        case 'H': // Send, from the caret, which the operator has put in the second line
             return send.prepareFromCaret(setup_, 4);
         case 'b': // the start signal
             underWay_ = send.begin(cutOff_);
@@ -120,7 +120,7 @@ private Q_SLOTS:
         row("Fanuc sends no start and end texts", {.type = fanuc, .sot = "A", .eot = "B", .stripComments = true},
             "%(A)\nO1(B)", leader + "%\r\nO1%\r\n");
         const auto okuma = ControlType::Okuma;
-        row("Okuma without tape codes of the text", {.type = okuma}, QByteArray("$A%\n\0\x12G\x14\0\n\x12\n", 12),
+        row("Okuma, tape codes in the text taken out", {.type = okuma}, QByteArray("$A%\n\0\x12G\x14\0\n\x12\n", 12),
             okumaHeader + "$A%\r\nG\r\n\r\n" + okumaTrailer);
         row("Okuma, first line stripped", {.type = okuma, .stripComments = true, .stripEmptyLines = true},
             "(A)\nG0\nG1", okumaHeader + "G0\r\nG1" + okumaTrailer);
@@ -147,9 +147,9 @@ private Q_SLOTS:
             QTest::newRow(name) << script << bytes;
         };
         const QByteArray whole("<<G0;G1;G2;>>.");
-        row("nothing goes out in the wait", "T", "");
-        row("a completion that is late", "Tww", "");
-        row("a completion that comes after a stop", "Tbwsww", "<<");
+        row("nothing goes out during the wait", "T", "");
+        row("a late completion", "Tww", "");
+        row("a completion after a stop", "Tbwsww", "<<");
         row("in the header, none taken", "TbsCbe", whole);
         row("in the header", "TbhCbe", whole);
         row("in a line", "TbwwhCbe", whole);
@@ -162,7 +162,7 @@ private Q_SLOTS:
         row("continued from another line", "TbwwhHbe", "<<G0;GG1;G2;>>.");
         row("wait from another line given up", "TbwwhHsCbe", "<<G0;GG1;G2;>>.");
         row("in the wait from the caret, no header is due", "HsCbe", "G1;G2;>>.");
-        row("text touched, so the line under way is left", "TbwwhtCbe", "<<G0;GG2;>>.");
+        row("text touched, so the rest of the line is dropped", "TbwwhtCbe", "<<G0;GG2;>>.");
         row("touched during the send", "TbwwthCbe", whole);
         row("rewound", "TbwwhrTbe", "<<G0;G" + whole);
         row("rewound to continue from the caret", "TbwwhrCbe", "<<G0;GG0;G1;G2;>>.");

@@ -65,12 +65,12 @@ private Q_SLOTS:
         row("plain NAK after a silent minute", Script{blockA} + ticks(62), "A" + QByteArray(".N").repeated(30) + "nN",
             dataA);
         row("a glitch brings no plain NAK", Script{blockA, "\x03\x7F"} + ticks(6), "A..N.N.N", dataA);
-        row("bytes put the next poll off", {tick, "\x06G\x15", blockA, tick, tick}, "..A.N", dataA);
+        row("bytes delay the next poll", {tick, "\x06G\x15", blockA, tick, tick}, "..A.N", dataA);
         row("next program", Script{blockA, blockB, EOT} + ticks(7), "AAA.N.N.Nn", dataA + dataB);
         row("a block of end marks", {block(1, EOT.repeated(128))}, "A", EOT.repeated(128));
         row("refused block and its repeat", {damaged(blockA), damaged(blockA), blockA}, "NNA", dataA);
         row("silence after a refusal", Script{damaged(blockA)} + ticks(13) + Script{blockA}, "N.n....n....n.A", dataA);
-        row("repeat that begins ends the plain NAK",
+        row("the start of a repeat ends the plain NAK",
             {damaged(blockA), tick, blockA.left(5), tick, tick, tick, tick, blockA.mid(5)}, "N......A", dataA);
         row("stalled block", Script{blockA.left(60)} + ticks(7) + Script{blockA}, ".....N.nA", dataA);
         row("end of one and start of the next in one chunk", {blockA + blockB.left(3), blockB}, "NA", dataB,
@@ -92,7 +92,7 @@ private Q_SLOTS:
         takes("one left out", {numbered(1), numbered(3), numbered(4)}, "missing after block 1");
         row("another program", {numbered(1), EOT, numbered(1)}, "AAA", dataA + dataA);
         // The first byte of block 4 was damaged, and its number looks like the end.
-        row("an end that noise made up", {numbered(1), numbered(2), numbered(3), numbered(4).mid(1), numbered(5)},
+        row("a false end made by noise", {numbered(1), numbered(2), numbered(3), numbered(4).mid(1), numbered(5)},
             "AAAAA", dataA.repeated(4), "missing after block 3");
         row("cancelled and begun anew", {numbered(1), CAN.repeated(10), numbered(1)}, "A.A", dataA + dataA,
             "cancelled after block 1");

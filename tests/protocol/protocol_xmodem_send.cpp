@@ -52,11 +52,11 @@ private Q_SLOTS:
         const QByteArray first("\x01\x01\xFE" + full + '\x80'); // the sum: 128 times 97
         const QByteArray second = block(2, "b");
         row("whole transfer", two, "NAAA", first + second + EOT + 'S', 129);
-        row("exactly one block, none of spaces behind it", full, "NAA", first + EOT + 'S', 128);
+        row("exactly one block, no block of spaces after it", full, "NAA", first + EOT + 'S', 128);
         row("nothing to send, no block of spaces", "", "NA", EOT + 'S', 0);
         row("refused", two, "NNANNA", first + first + second + second + second + EOT, 129);
-        row("acknowledgement asks as well", full, "A", first, 0);
-        row("other bytes mean nothing", full, QByteArray("\x11\x13\0x\x04N", 6), "....." + first, 0);
+        row("an ACK asks for a block, too", full, "A", first, 0);
+        row("other bytes are ignored", full, QByteArray("\x11\x13\0x\x04N", 6), "....." + first, 0);
         row("cancelled in the middle, twice as usual", two, "NCCNA", first + "C...", 0);
         row("cancelled before the first request", two, "CN", "C.", 0);
         row("refused end counts as an answer", full, "NANN", first + EOT + "S.", 128);
@@ -68,17 +68,17 @@ private Q_SLOTS:
         QFETCH(QByteArray, program);
         QFETCH(QByteArray, replies);
         XModemSend send;
-        QCOMPARE(play(send, "NAC"), QByteArray("...")); // nothing was begun
+        QCOMPARE(play(send, "NAC"), QByteArray("...")); // no send has begun
         send.begin(program);
         QTEST(play(send, replies), "sent");
         QTEST(static_cast<int>(send.acknowledged()), "acknowledged");
         send.stop();
         QCOMPARE(play(send, "NAC"), QByteArray("..."));
         send.begin("G0");
-        QCOMPARE(play(send, "NAA"), block(1, "G0") + EOT + 'S'); // nothing is left of the one before
+        QCOMPARE(play(send, "NAA"), block(1, "G0") + EOT + 'S'); // nothing is left of the previous send
     }
 
-    void numbersGoRoundWithoutZero()
+    void blockNumbersWrapWithoutZero()
     {
         XModemSend send;
         const QByteArray program(600 * 128, 'x');
@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(send.acknowledged(), program.size());
     }
 
-    void lineOfABlockIsFollowed()
+    void positionsInBlocksMapToLines()
     {
         const ProgramLines text("O1 (A)\n(dropped)\n" + QByteArray(200, 'X') + "\nM30");
         XModemProgram program;

@@ -47,7 +47,7 @@ private:
 };
 } // namespace
 
-/// The simulated control decides whether our program is right: a verdict that is too kind hides a fault.
+/// The simulated control decides whether our program is right: a verdict that is too lenient hides a fault.
 class PartsTest : public QObject
 {
     Q_OBJECT
@@ -60,7 +60,7 @@ private Q_SLOTS:
     void receiver();
     void sender_data();
     void sender();
-    void wrongParityIsTold();
+    void wrongParityIsReported();
     void bytesAfterXoffAreCountedAndLost();
 };
 
@@ -117,7 +117,7 @@ void PartsTest::marks_data()
     row("bbbbbbb", "X");
     row("bbbbbbbbb", "X!!");
     row("bbbbww", "X");
-    row("bbbbbbbwwwwwwbbbbbb", "XOX"); // each XOFF gives the room anew
+    row("bbbbbbbwwwwwwbbbbbb", "XOX"); // each XOFF makes the full room available again
     row("hbbbbr", "X!O");
     row("bbbbhrwww", "XO");
     row("bbbbhwwwwr", "XO");
@@ -214,7 +214,7 @@ void PartsTest::sender()
     QCOMPARE(sender.isComplete(), replies.back() == '\6' && problem.isEmpty() && sent.back().empty());
 }
 
-void PartsTest::wrongParityIsTold()
+void PartsTest::wrongParityIsReported()
 {
     SimulatedControl control({.evenParity = true, .silenceMs = 50, .punchProgram = "AC\r\n"});
     Device device(control);
@@ -234,7 +234,7 @@ void PartsTest::bytesAfterXoffAreCountedAndLost()
     device.send(QByteArray(120, 'X'));
     QCOMPARE(device.receive(2), QByteArray("\x13\x11"));
     QCOMPARE(control.report().lostBytes, std::size_t{0});
-    device.send(QByteArray(1000, 'X')); // pays no heed to XOFF
+    device.send(QByteArray(1000, 'X')); // ignores XOFF
     QTRY_VERIFY(QString::fromStdString(control.report().problem).contains("bytes lost after XOFF"));
     QVERIFY(control.report().mostAfterXoff > 50);
 }

@@ -36,7 +36,7 @@ struct RigMachine : MachineRecord, MachineProgress {
     TransferActivity activity = TransferActivity::Idle;
 };
 
-/// The place of the machine's view, with its open port.
+/// The container of the machine's view, with its open port.
 struct RigChild : ChildView, TransferHost {
     std::shared_ptr<serialPort> machinePort() override { return port; }
     std::shared_ptr<serialPort> port = std::make_shared<serialPort>();
@@ -79,7 +79,7 @@ public:
         });
         view = std::make_unique<viewTX>();
         view->initialize(send, 1);
-        view->tmrXModemTimer.stop(); // tests tick by themselves
+        view->tmrXModemTimer.stop(); // the tests call its tick
         view->show();
         view->activateWindow();
         require(QTest::qWaitForWindowActive(view.get()), "the view does not become active");
@@ -87,7 +87,7 @@ public:
         editor->setFocus();
     }
 
-    /// Starts to send, with a program file of these bytes open.
+    /// Starts in send mode, with a program file of these bytes open.
     void startWith(const QByteArray& program)
     {
         start();
@@ -102,13 +102,13 @@ public:
         view->openFile(file.fileName());
     }
 
-    /// Sends until that many writes have gone out, the header being the first; the next is cut off.
+    /// Sends until that many writes have gone out, the header being the first; the next is held.
     void sendUntilHeld(int writes)
     {
         holdLineAfter(writes);
         click("btnSend");
         requireSoon([this] { return isHeld && completions == holdAfter_; }, "the line is not held");
-        QTest::qWait(0); // the view has heard of it and given the next write to the port
+        QTest::qWait(0); // the view has been told and has given the next write to the port
     }
 
     void click(const char* button)
@@ -135,11 +135,11 @@ public:
         return bytes + readAll();
     }
 
-    /// What the line has carried and not yet delivered, up to this moment. Not while the view sends, nor
-    /// between a stop and the send that continues it: the cut-off rest would be given up.
+    /// All that has been sent up to now and not yet read. Not while the view sends, nor between a stop and the
+    /// send that continues it: the cut-off rest would go out here.
     QByteArray readAll()
     {
-        // A marker behind all that was sent before, in one write with what is still on its way.
+        // A marker after all that was sent before, in one write with what is still unsent.
         const QByteArray marker("\x01<marker>\x02");
         const bool wasStopped = port.stopButtonPressed.exchange(true);
         const int completed = completions;
@@ -181,7 +181,7 @@ public:
     bool isHeld = false;
 
 private:
-    static constexpr int longestWait = 60'000; // ms; a hang, not a slow machine
+    static constexpr int longestWait = 60'000; // ms; longer is a hang, not a slow machine
 
     void holdLine() { isHeld = CustomObject::ioctl_XOff(port.hPort) == 0; }
 

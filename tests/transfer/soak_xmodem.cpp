@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Long XModem transfers over a line that spoils one block in fifty, and what a checksum of seven bits lets pass.
+// Long XModem transfers over a line that spoils one block in fifty, and what a 7-bit checksum lets pass.
 // Takes a minute or more; run it by hand.
 #include "protocol/XModemBlock.h"
 #include "simulator/SimulatedControl.h"
@@ -13,7 +13,7 @@
 namespace
 {
 constexpr int programSize = 2'000'000;
-constexpr int longest = 1'500'000; // ms; a hang, not a slow machine
+constexpr int longest = 1'500'000; // ms; longer is a hang, not a slow machine
 constexpr Relay::Faults oneInFifty{.flips = 1.0 / (50 * XModemBlock::size)};
 
 QByteArray program()
@@ -29,7 +29,7 @@ bool isProgram(const QByteArray& received, char padding)
     return received == program().leftJustified(received.size(), padding) && received.size() - programSize < 128;
 }
 
-// lrzsz refuses our number after 255 and is deaf to our marked NAK, so the simulated control is the peer.
+// lrzsz refuses our number after 255 and ignores our marked NAK, so the simulated control is the peer.
 struct Soak {
     Soak(bool sends, const Relay::Plan& plan)
         : control(settings(sends)),
@@ -102,8 +102,7 @@ private Q_SLOTS:
                 }
                 if (damaged != good && XModemBlock::isGood(damaged)) ++passed;
             }
-            qInfo("%d bits turned over: %d of %d blocks pass (%.3f %%)", flips, passed, blocks,
-                  100.0 * passed / blocks);
+            qInfo("%d bits flipped: %d of %d blocks pass (%.3f %%)", flips, passed, blocks, 100.0 * passed / blocks);
             if (flips == 1) QCOMPARE(passed, 0);
         }
     }

@@ -7,7 +7,7 @@
 #include <QInputMethodEvent>
 #include <QLineEdit>
 
-/// The editor holds the program byte for byte, and whatever the operator does in it is seen.
+/// The editor holds the program byte for byte, and whatever the operator does in it is noticed.
 class EditorTest : public QObject
 {
     Q_OBJECT
@@ -19,7 +19,7 @@ private Q_SLOTS:
     {
         TransferRig rig;
         rig.startWith(program);
-        for (int lock = 0; lock < 2; ++lock) { // Tab never traps, Ctrl+L locks and unlocks
+        for (int lock = 0; lock < 2; ++lock) { // Tab always leaves the editor, Ctrl+L locks and unlocks
             QTest::keyClick(rig.editor, Qt::Key_Tab);
             QVERIFY(!rig.editor->hasFocus());
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
@@ -30,7 +30,7 @@ private Q_SLOTS:
         rig.click("btnLock");
         for (const auto key : {Qt::Key_D, Qt::Key_T, Qt::Key_U, Qt::Key_M}) // commands of the library
             QTest::keyClick(rig.editor, key, Qt::ControlModifier);
-        QTest::keyClick(rig.editor, Qt::Key_Insert); // must not begin to type over
+        QTest::keyClick(rig.editor, Qt::Key_Insert); // must not switch to overtyping
         QTest::keyClicks(rig.editor, "M0");
         QCOMPARE(rig.editor->wholeText(), QByteArray("M0") + program);
         QTest::keyClick(rig.editor, Qt::Key_A, Qt::ControlModifier);
@@ -40,7 +40,7 @@ private Q_SLOTS:
         QInputMethodEvent commit;
         commit.setCommitString("G3\r\nG4");
         QApplication::sendEvent(rig.editor, &commit);
-        QCOMPARE(rig.editor->wholeText(), QByteArray("G0\nG1\nG2\n\nG3\nG4")); // no carriage return comes in
+        QCOMPARE(rig.editor->wholeText(), QByteArray("G0\nG1\nG2\n\nG3\nG4")); // no carriage return gets in
     }
 
     void endlessLineIsSentButNotShownNorEdited()
@@ -79,7 +79,7 @@ private Q_SLOTS:
                      qPrintable(button->objectName()));
     }
 
-    void findAndGoToLineLeadTheSendButDisturbNone()
+    void findAndGoToLineSetTheStartButDisturbNoSend()
     {
         TransferRig rig;
         rig.startWith(program);
@@ -99,7 +99,7 @@ private Q_SLOTS:
         dialog->accept();
         rig.chooseStart(1);
         rig.sendUntilHeld(1);
-        rig.view->activateWindow(); // the dialog was
+        rig.view->activateWindow(); // the dialog's was active
         QVERIFY(QTest::qWaitForWindowActive(rig.view.get()));
         const auto caret = rig.editor->caret();
         field->setText("N1");

@@ -13,7 +13,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-/// What comes into the editor from the line or a file, and what of it goes into a file.
+/// What gets into the editor from the line or a file, and what of it is saved.
 class FilesTest : public QObject
 {
     Q_OBJECT
@@ -50,14 +50,14 @@ private Q_SLOTS:
         QVERIFY(!rig.isShown("boxTxButtons"));
         rig.pty.write(program);
         QTRY_COMPARE(rig.editor->wholeText(), program);
-        QCOMPARE(rig.editor->caret(), program.size()); // the view went along
+        QCOMPARE(rig.editor->caret(), program.size()); // the view followed
         QCOMPARE(rig.readAll(), QByteArray());         // nothing is answered
         rig.editor->moveCaretTo(0);
         rig.deliver("M30");
         QCOMPARE(rig.editor->firstVisible(), 0); // the operator's place is left alone
         rig.view->saveFile(path);
         QCOMPARE(contentOf(path), program + "M30");
-        rig.machine->MCOUTDIR = "file:///"; // comes before the folder of the last file
+        rig.machine->MCOUTDIR = "file:///"; // takes precedence over the last file's folder
         rig.click("btnSave");
         QCOMPARE(rig.find<QFileDialog>("saveDialog")->directory(), QDir::root());
         rig.click("btnNew");
@@ -68,7 +68,7 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"O1.nc"});
     }
 
-    void failedSaveIsToldAndHarmsNothing()
+    void failedSaveIsReportedAndHarmsNothing()
     {
         const QTemporaryDir folder;
         TransferRig rig;
@@ -98,7 +98,7 @@ private Q_SLOTS:
         TransferRig rig;
         rig.startWith("G0\nG1\n");
         const QTemporaryDir folder;
-        const QByteArray pipe = folder.filePath("pipe").toLocal8Bit(); // would be waited for as long as nobody writes
+        const QByteArray pipe = folder.filePath("pipe").toLocal8Bit(); // opening it would wait for a writer
         QVERIFY(::mkfifo(pipe.constData(), 0600) == 0);
         for (const char* path : {"/no such file", "/", "/dev/zero", pipe.constData()}) // change nothing
             rig.view->openFile(QString::fromLocal8Bit(path));

@@ -12,7 +12,7 @@ struct LrzszRig {
         rig.machine->MCFLOW = 3;
         rig.machine->MCTXEOB = "LF";
         rig.start(send);
-        rig.port.startRxTimer(0.001); // replies that wait for the usual poll would make a long test
+        rig.port.startRxTimer(0.001); // at the usual poll rate the test would take long
     }
 
     // rx takes this program; returns what its file holds when both sides have ended.
@@ -33,7 +33,7 @@ struct LrzszRig {
         peer.startSending(program);
         QByteArray log;
         requireSoon([&] { return (log += peer.log()).contains("XMODEM receive command now"); }, "sx does not begin");
-        for (int tick = rig.view->iXModemTimeoutCounter(); tick < 7; ++tick) // to the first NAK that a plain peer hears
+        for (int tick = rig.view->iXModemTimeoutCounter(); tick < 7; ++tick) // to the first NAK that a plain peer knows
             rig.view->tmrXModem_Tick();
         rig.view->startXModemTimer(second);
         waitForPeer();
@@ -43,7 +43,7 @@ struct LrzszRig {
 
     void waitForPeer()
     {
-        constexpr int longestWait = 120'000; // ms; a hang, not a slow machine
+        constexpr int longestWait = 120'000; // ms; longer is a hang, not a slow machine
         requireSoon([this] { return !peer.isRunning(); }, "the peer does not end", longestWait);
     }
 
@@ -65,8 +65,8 @@ QByteArray lines(int bytes, const char* lineEnd)
 }
 } // namespace
 
-/// What a real XModem peer takes from us and we from it, byte for byte; also over a line that spoils bytes: right in
-/// the end, or the operator is told.
+/// What a real XModem peer gets from us and we from it, byte for byte. Over a line that spoils bytes it is right in the
+/// end, or the operator is told.
 class LrzszTest : public QObject
 {
     Q_OBJECT
@@ -144,7 +144,8 @@ private Q_SLOTS:
         }
     }
 
-    // Many faults in both directions. Blocks may come twice or be missing; then it says so, and nothing else differs.
+    // Many faults in both directions. Blocks may come twice or be missing; then the view says so, and nothing else
+    // differs.
     void noisyLine()
     {
         const Relay::Faults faults{.flips = 1e-3, .drops = 2e-4, .longestDelayMs = 5};

@@ -8,12 +8,12 @@ const QByteArray program("G0\nG1\nG2\nG3\n");
 const QByteArray onTheLine("%G0\r\nG1\r\nG2\r\nG3\r\n");
 } // namespace
 
-/// The adapter is pulled out: that is told calmly, and nothing of the program is lost with the port.
+/// The adapter is pulled out: the operator is told calmly, and no part of the program is lost with the port.
 class PortLostTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void lostPortIsToldInEveryState_data()
+    void lostPortIsReportedInEveryState_data()
     {
         QTest::addColumn<bool>("sends");
         QTest::addColumn<int>("flow");
@@ -23,7 +23,7 @@ private Q_SLOTS:
         QTest::newRow("sending by XModem") << true << 3;
     }
 
-    void lostPortIsToldInEveryState()
+    void lostPortIsReportedInEveryState()
     {
         QFETCH(bool, sends);
         QFETCH(int, flow);
@@ -45,9 +45,9 @@ private Q_SLOTS:
         QVERIFY(boxes.texts.size() == 1 && !rig.view->dncRunning());
     }
 
-    // Writes to a lost device count as complete: the program would race to its end and be told as sent. The port keeps
-    // what a stop cut off; with the port that is gone, and no part of the program may go with it.
-    void lostPortTakesNothingOfTheProgramAway_data()
+    // Writes to a lost device count as complete: the program would race to its end and be shown as sent. What a stop
+    // cut off is kept by the port and gone with it; no part of the program may be.
+    void lostPortLosesNoPartOfTheProgram_data()
     {
         QTest::addColumn<bool>("stops");
         QTest::addColumn<bool>("waits");
@@ -64,7 +64,7 @@ private Q_SLOTS:
         }
     }
 
-    void lostPortTakesNothingOfTheProgramAway()
+    void lostPortLosesNoPartOfTheProgram()
     {
         QFETCH(bool, stops);
         QFETCH(bool, waits);
@@ -83,7 +83,7 @@ private Q_SLOTS:
         QTRY_COMPARE(rig.headline(), QString("Port lost"));
         QCOMPARE(rig.details().contains("Stopped at line "), writesOut > 0);
 
-        PtyPair again; // by the name that the record has, as udev gives an adapter a lasting one
+        PtyPair again; // under the record's name, as udev gives an adapter a lasting one
         QVERIFY(QFile::link(again.devicePath(), rig.machine->MCPORT));
         rig.click("btnSend");
         if (waits) rig.click("btnSendNow");

@@ -12,7 +12,7 @@ const QByteArray program("G0\nG1\nG2\n");
 const QByteArray onTheLine("G0\r\nG1\r\nG2\r\n");
 const QByteArray startSignal("\x11"); // DC1
 
-// What of the record makes the bytes on the line.
+// What in the record decides the bytes on the line.
 struct Machine {
     QString mode = "NONE";
     QString eob = "CRLF";
@@ -99,7 +99,7 @@ private Q_SLOTS:
             rig.click("btnHideWaitBox");
             QVERIFY(!rig.isShown("boxWaitForCNC") && rig.isShown("btnStop")); // it still waits
             QVERIFY(!(rig.pty.line().c_iflag & IXON));                     // the driver would swallow the start signal
-            QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier); // chooses no line
+            QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier); // does not choose a line
             QCOMPARE(rig.readAll(), QByteArray());
             rig.pty.write("G11 is no start" + startSignal);
             QTRY_VERIFY(!rig.view->booWaitingForStartSignal());
@@ -118,7 +118,7 @@ private Q_SLOTS:
         rig.machine->MCREPEAT = true;
         startWaiting(rig, 0);
         const QByteArray whole = okumaHeader + onTheLine + okumaTrailer;
-        for (int transfer = 0; transfer < 2; ++transfer) { // every repeat waits again and is framed as the first
+        for (int transfer = 0; transfer < 2; ++transfer) { // every repeat waits again and is framed like the first
             rig.holdLineAfter(2);
             rig.deliver(startSignal + startSignal);
             QTRY_VERIFY(rig.isHeld);
@@ -152,7 +152,7 @@ private Q_SLOTS:
         rig.click("btnStop"); // in the second line
         rig.releaseLine();
         const QByteArray before = rig.pty.readAtLeast(5);
-        for (int stop = 0; stop < 2; ++stop) { // and what that stop cut off outlasts a wait that is given up
+        for (int stop = 0; stop < 2; ++stop) { // giving up a wait keeps what that stop cut off
             rig.click("btnSend");
             QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier);
             if (stop == 0) rig.click("btnStop");
@@ -179,7 +179,7 @@ private Q_SLOTS:
         TransferRig rig;
         rig.machine->MCFLOW = 1;
         rig.startWith(program);
-        rig.view->initialize(true, 1); // bound once more, but hears each write once
+        rig.view->initialize(true, 1); // set up again, but must be told of each write once
         rig.sendUntilHeld(2);          // the second line does not go out
         QTRY_COMPARE(rig.headline(), QString("Held by the control"));
         QCOMPARE(rig.machine->activity, TransferActivity::Held);

@@ -56,7 +56,7 @@ private Q_SLOTS:
         const QByteArray before = rig.pty.read();
         rig.click("btnSend");
         QCOMPARE(before + rig.readUntilIdle(), leader + "%\r\n" + onTheLine.mid(1) + "%\r\n");
-        QCOMPARE(rig.chosenStart(), 0); // the next one is whole again
+        QCOMPARE(rig.chosenStart(), 0); // the next send is whole again
         QCOMPARE(rig.editor->caret(), rig.editor->textSize());
     }
 
@@ -74,10 +74,10 @@ private Q_SLOTS:
         rig.startWith(program);
         rig.sendUntilHeld(3);
         if (byKeyboard) {
-            QVERIFY(rig.find<QWidget>("btnStop")->hasFocus()); // it was on Send
+            QVERIFY(rig.find<QWidget>("btnStop")->hasFocus()); // the focus was on Send
             QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
         } else {
-            // To the window: what comes up in the button's place gets the second click.
+            // To the window: whatever appears in the button's place gets the second click.
             const auto* stop = rig.find<QWidget>("btnStop");
             QTest::mouseDClick(rig.view->windowHandle(), Qt::LeftButton, {},
                                stop->mapTo(rig.view.get(), stop->rect().center()));
@@ -112,7 +112,7 @@ private Q_SLOTS:
         int stops = 0;
         int halfLines = 0;
         while (rig.view->dncRunning() && stops < 100) {
-            // The control reads in spells, so that stops meet an empty, a filling and a full line.
+            // The control reads in bursts, so that stops happen on an empty, a filling and a full line.
             if (random.bounded(8) == 0) got += rig.pty.read();
             QTest::qWait(static_cast<int>(random.bounded(30)));
             if (!rig.view->dncRunning()) break;
@@ -148,7 +148,7 @@ private Q_SLOTS:
         });
         row("click inside a line", "G1\r\nG2\r\nG3\r\n",
             [](TransferRig& rig) { QTest::mouseClick(rig.editor->viewport(), Qt::LeftButton, {}, place(rig, 1, 1)); });
-        row("caret moved by no key", "G1\r\nG2\r\nG3\r\n",
+        row("caret moved without a key", "G1\r\nG2\r\nG3\r\n",
             [](TransferRig& rig) { rig.editor->setCursorPosition(1, 0); });
         row("all selected by the context menu", onTheLine, [](TransferRig& rig) {
             rig.editor->selectAll();
@@ -198,7 +198,7 @@ private Q_SLOTS:
         QCOMPARE(rig.readAll(), QByteArray("G1\r\n")); // what the stop cut off, and no line after it
     }
 
-    void operatorsHandsOffTheEditorDuringATransfer()
+    void editorIgnoresTheOperatorDuringATransfer()
     {
         TransferRig rig;
         rig.machine->MCTXSOT = "37";
@@ -206,7 +206,7 @@ private Q_SLOTS:
         rig.sendUntilHeld(3);
         QTRY_COMPARE(rig.editor->selectedText(), QStringLiteral("G2\n")); // the line going out is marked
         QVERIFY(rig.editor->markersAtLine(2) != 0);
-        for (int lock = 0; lock < 2; ++lock) { // may be unlocked, but not before the end
+        for (int lock = 0; lock < 2; ++lock) { // unlocking takes effect only at the end
             QTest::mouseClick(rig.editor->viewport(), Qt::LeftButton, {}, place(rig, 0, 1));
             QTest::keyClick(rig.editor, Qt::Key_Home, Qt::ControlModifier);
             QTest::keyClicks(rig.editor, "X");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/TransferRig.h"
 
-/// On a line whose driver holds bytes back, as that of a UART does and a pseudo-terminal's does not.
+/// On a line whose driver buffers what it sends, as a UART's does and a pseudo-terminal's does not.
 class UartTest : public QObject
 {
     Q_OBJECT
@@ -33,10 +33,10 @@ private Q_SLOTS:
         const auto cut = got.lastIndexOf('A');
         QCOMPARE(got.mid(cut), program);
         QCOMPARE(cut > 0, rewinds);
-        QVERIFY2(cut < 200, got.left(cut).constData()); // had gone out before the stop
+        QVERIFY2(cut < 200, got.left(cut).constData()); // it had gone out before the stop
     }
 
-    // Sent by itself is not cut off: the driver still holds its end when the next one begins.
+    // A repeat that starts by itself must not cut off the one before, whose end the driver still holds.
     void repeatKeepsTheEndOfTheProgram()
     {
         TransferRig rig;

@@ -6,7 +6,7 @@ namespace
 {
 const QByteArray ACK("\x06");
 const QByteArray NAK("\x15");
-const QByteArray markedNAK("\x95"); // with the parity bit, as controls know it
+const QByteArray markedNAK("\x95"); // with the parity bit, as controls expect it
 const QByteArray EOT("\x04");
 const QByteArray CAN("\x18");
 
@@ -64,13 +64,13 @@ private Q_SLOTS:
         const QByteArray second = block(2, "b");
         row("whole transfer", two, {NAK, ACK, ACK, ACK}, first + second + EOT + ".");
         row("nothing left, no block of spaces", "(A)\n(B)\n", {NAK, ACK}, EOT + ".");
-        row("acknowledgement asks as well", full, {ACK}, first);
+        row("an ACK asks for a block, too", full, {ACK}, first);
         row("replies in one chunk", two, {"C" + NAK + ACK + ACK}, first + second + EOT);
         row("cancelled in the middle, twice as usual", two, {NAK, CAN + CAN, NAK, ACK}, first + "...");
         const QByteArray sent[] = {{}, first, first + second, first + second + EOT};
         for (int replies = 0; replies < 4; ++replies)
             for (const auto& end : {stop, CAN.repeated(10)})
-                row(QString("sent anew after %1, %2").arg(replies).arg(end == stop ? "stop" : "cancel"), two,
+                row(QString("sent again after %1 replies, %2").arg(replies).arg(end == stop ? "stop" : "cancel"), two,
                     Script{NAK, ACK, ACK}.first(replies) + Script{end, ACK + NAK, sendAgain, NAK, ACK, ACK, ACK},
                     sent[replies] + "..." + first + second + EOT + ".");
     }
@@ -100,7 +100,7 @@ private Q_SLOTS:
 
     void wholeProgramGoesOut()
     {
-        // No rules of the control type here, and block 256 is numbered 1.
+        // The control type's rules do not apply here, and block 256 is numbered 1.
         const QByteArray longLine(1000, 'X');
         const QByteArray piece("G1 X10.5 (MOVE)\n \n(END)\n%\x12G\x14\xE9\n");
         const QByteArray data = longLine + "\r\n" + QByteArray("G1 X10.5\r\n%\x12G\x14?\r\n").repeated(2000);
@@ -118,12 +118,12 @@ private Q_SLOTS:
         QCOMPARE(rig.machine->activity, TransferActivity::Sent);
     }
 
-    void sendIsFollowedAndTold()
+    void sendProgressIsShown()
     {
         TransferRig rig;
         rig.machine->MCTXEOB = "LF";
         startSend(rig, QByteArray(200, 'a') + '\n' + QByteArray(20, 'b') + '\n' + QByteArray(100, 'c') + '\n');
-        rig.click("btnLock"); // but not before the end
+        rig.click("btnLock"); // takes effect only at the end
         rig.deliver(NAK);
         QCOMPARE(rig.editor->caret(), 201); // line one is under way
         rig.deliver(ACK);
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QCOMPARE(play(rig, {stop, NAK}), QByteArray(".."));
     }
 
-    void receptionIsToldOnTheIcon()
+    void receptionIsShownOnTheIcon()
     {
         TransferRig rig;
         rig.machine->MCFLOW = 3;
@@ -161,7 +161,7 @@ private Q_SLOTS:
         QCOMPARE(rig.machine->activity, TransferActivity::Listening);
     }
 
-    void receptionAnswersOnTheLineAndIsTold()
+    void receptionIsAnsweredAndShown()
     {
         TransferRig rig;
         rig.machine->MCFLOW = 3;
