@@ -89,25 +89,35 @@ private Q_SLOTS:
         QCOMPARE(rig.readAll(), QByteArray());
     }
 
+    void nothingGoesOutBeforeTheStartSignal_data()
+    {
+        QTest::addColumn<int>("flow");
+        QTest::newRow("no flow control") << 0;
+        QTest::newRow("XON/XOFF") << 1;
+    }
+
     void nothingGoesOutBeforeTheStartSignal()
     {
-        for (const int flow : {0, 1}) {
-            TransferRig rig;
-            startWaiting(rig, flow);
-            QVERIFY(rig.isShown("boxWaitForCNC") && rig.isShown("btnSendNow") && rig.isShown("btnStop"));
-            QCOMPARE(rig.machine->activity, TransferActivity::Waiting);
-            rig.click("btnHideWaitBox");
-            QVERIFY(!rig.isShown("boxWaitForCNC") && rig.isShown("btnStop")); // it still waits
-            QVERIFY(!(rig.pty.line().c_iflag & IXON));                     // the driver would swallow the start signal
-            QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier); // does not choose a line
-            QCOMPARE(rig.readAll(), QByteArray());
-            rig.pty.write("G11 is no start" + startSignal);
-            QTRY_VERIFY(!rig.view->booWaitingForStartSignal());
-            QCOMPARE(bool(rig.pty.line().c_iflag & IXON), flow == 1);
-            QCOMPARE(rig.readUntilIdle(), onTheLine);
-        }
+        QFETCH(int, flow);
         TransferRig rig;
-        startWaiting(rig, 2); // RTS/CTS does not wait
+        startWaiting(rig, flow);
+        QVERIFY(rig.isShown("boxWaitForCNC") && rig.isShown("btnSendNow") && rig.isShown("btnStop"));
+        QCOMPARE(rig.machine->activity, TransferActivity::Waiting);
+        rig.click("btnHideWaitBox");
+        QVERIFY(!rig.isShown("boxWaitForCNC") && rig.isShown("btnStop")); // it still waits
+        QVERIFY(!(rig.pty.line().c_iflag & IXON));                        // the driver would swallow the start signal
+        QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier);    // does not choose a line
+        QCOMPARE(rig.readAll(), QByteArray());
+        rig.pty.write("G11 is no start" + startSignal);
+        QTRY_VERIFY(!rig.view->booWaitingForStartSignal());
+        QCOMPARE(bool(rig.pty.line().c_iflag & IXON), flow == 1);
+        QCOMPARE(rig.readUntilIdle(), onTheLine);
+    }
+
+    void rtsCtsDoesNotWait()
+    {
+        TransferRig rig;
+        startWaiting(rig, 2);
         QCOMPARE(rig.readUntilIdle(), onTheLine);
     }
 
@@ -196,27 +206,37 @@ private Q_SLOTS:
         QVERIFY(rig.machine->hidden && rig.machine->activity == TransferActivity::Idle);
     }
 
+    void holdIsMeasuredByBytesAndSpeed_data()
+    {
+        QTest::addColumn<unsigned long>("baud");
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<int>("notHeld"); // ms
+        QTest::addColumn<int>("held");
+        QTest::newRow("fast line") << 115200UL << 30 << 900 << 1100;
+        QTest::newRow("slow line") << 110UL << 100 << 10'500 << 13'000;
+        QTest::newRow("large write") << 9600UL << 1'000'000 << 1'100'000 << 1'400'000;
+        QTest::newRow("unknown speed") << 0UL << 100 << 900 << 1100;
+    }
+
     void holdIsMeasuredByBytesAndSpeed()
     {
-        const auto check = [](unsigned long baud, int bytes, int notHeld, int held) {
-            TransferClock clock;
-            clock.begin(5, {TransferClock::msPerByte(baud, 1), 1, 0, 1000});
-            QVERIFY(!clock.isHeld(100'000'000)); // nothing is being written
-            clock.wrote(5, bytes);
-            QVERIFY(!clock.isHeld(5 + notHeld) && clock.isHeld(5 + held));
-            clock.completed(5 + held, 30);
-            QVERIFY(!clock.isHeld(5 + held));
-            clock.wrote(5 + held, 1); // waits until the one before has left the line
-            QVERIFY(!clock.isHeld(5 + held + notHeld));
-            clock.stop(6 + held);
-            QVERIFY(!clock.isHeld(100'000'000)); // the operator's stop is no hold
-            clock.resume(100'000'000);
-            QVERIFY(!clock.isHeld(100'000'000 + notHeld));
-        };
-        check(115200, 30, 900, 1100);
-        check(110, 100, 10'500, 13'000);
-        check(9600, 1'000'000, 1'100'000, 1'400'000);
-        check(0, 100, 900, 1100); // a speed that nobody knows
+        QFETCH(unsigned long, baud);
+        QFETCH(int, bytes);
+        QFETCH(int, notHeld);
+        QFETCH(int, held);
+        TransferClock clock;
+        clock.begin(5, {TransferClock::msPerByte(baud, 1), 1, 0, 1000});
+        QVERIFY(!clock.isHeld(100'000'000)); // nothing is being written
+        clock.wrote(5, bytes);
+        QVERIFY(!clock.isHeld(5 + notHeld) && clock.isHeld(5 + held));
+        clock.completed(5 + held, 30);
+        QVERIFY(!clock.isHeld(5 + held));
+        clock.wrote(5 + held, 1); // waits until the one before has left the line
+        QVERIFY(!clock.isHeld(5 + held + notHeld));
+        clock.stop(6 + held);
+        QVERIFY(!clock.isHeld(100'000'000)); // the operator's stop is no hold
+        clock.resume(100'000'000);
+        QVERIFY(!clock.isHeld(100'000'000 + notHeld));
     }
 };
 
