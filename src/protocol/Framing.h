@@ -9,7 +9,7 @@ enum class ControlType { General, Fanuc, Okuma };
 
 namespace Framing
 {
-/// From the machine's mode name, whatever its case. Every name that is no control type of its own is General.
+/// From the machine's mode name, whatever its case. Any other name is General.
 ControlType controlType(const QString& mode);
 
 /// Bytes that open a program for this control type; sot and eob already in characters.

@@ -5,6 +5,6 @@
 
 namespace LineEnds
 {
-/// Received bytes with every LF LF made LF and every CR CR made CR, in one pass each over this chunk alone.
+/// Turns every LF LF into LF, then every CR CR into CR; one pass each, over this chunk alone.
 QByteArray collapseDoubled(QByteArray chunk);
 } // namespace LineEnds

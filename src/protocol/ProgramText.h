@@ -16,7 +16,7 @@ public:
 
     virtual ~ProgramText() = default;
     virtual qsizetype size() const = 0;
-    /// The line that holds the position; at the end of a text that a line end closes, the empty line behind it.
+    /// The line that holds the position; behind the line end that closes a text, an empty one.
     virtual Line lineAt(qsizetype position) const = 0;
     virtual QString lineText(Line line) const = 0;
 };

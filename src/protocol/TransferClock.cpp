@@ -11,13 +11,13 @@ namespace
 constexpr double heldFactor = 1.25;
 constexpr qint64 heldMargin = 1000; // ms
 
-constexpr double priorTime = 10'000;  // ms of sending that the line's own speed counts for
-constexpr double windowTime = 60'000; // ms at the line's speed, over which the pace forgets
+constexpr double priorTime = 10'000;  // ms; the line's own speed weighs as much as this much sending
+constexpr double windowTime = 60'000; // ms at the line's speed; what is older than that hardly counts
 // A longer pause is the operator's or a tool change, not the pace of the program.
 constexpr qint64 longestPause = 60'000; // ms
 constexpr double windowUnits = 16'384;  // where the line's speed is not known
 
-// The time told counts down by itself; it follows the pace slowly, and only when it is clearly off.
+// The remaining time shown counts down by itself; it is corrected slowly, and only when it is clearly off.
 constexpr double followTime = 5000; // ms
 constexpr double deadBand = 0.05;
 constexpr double leastBand = 2000; // ms

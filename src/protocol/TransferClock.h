@@ -18,9 +18,9 @@ public:
         double msPerByte = 0;    ///< on the wire
         double bytesPerUnit = 1; ///< bytes on the wire for one unit of the program
         qint64 from = 0;         ///< position of the first unit to send
-        qint64 to = 0;           ///< and the one behind the last
+        qint64 to = 0;           ///< position behind the last unit
     };
-    /// How long the line itself takes for it, in ms.
+    /// How long the send takes at the speed of the line, in ms.
     static double atLineSpeed(const Send& send);
 
     void begin(qint64 now, const Send& send);
@@ -29,7 +29,7 @@ public:
     /// The write is complete and the program sent up to `position`. Nothing when no write is under way.
     void completed(qint64 now, qint64 position);
     void stop(qint64 now);
-    /// Goes on after a stop: what the stop cut off is being written again, and is counted once.
+    /// Goes on after a stop: what the stop cut off is written again but counted once.
     void resume(qint64 now);
 
     /// The write under way takes noticeably longer than its bytes, and those before it, need on the wire.
@@ -55,12 +55,12 @@ private:
     qint64 pendingBytes_ = 0;
     qint64 bytesBefore_ = 0;
 
-    // The pace: time and units that count, older ones less and less.
+    // The pace: recent time and units, the older the lighter.
     qint64 position_ = 0;
     qint64 paceSince_ = 0;
     double paceTime_ = 0;
     double paceUnits_ = 0;
 
-    std::optional<double> shown_; // remaining time as last told
+    std::optional<double> shown_; // remaining time as last shown
     qint64 shownAt_ = 0;
 };

@@ -6,8 +6,8 @@
 
 #include <QByteArray>
 
-/// A program as the bytes that XModem sends, and which of its lines a byte belongs to. Remembers one place only, so a
-/// long program costs no more than its bytes.
+/// A program as the bytes that XModem sends, and the line that a byte belongs to. Keeps only its current place in the
+/// program, so a long program costs no more memory than its bytes.
 class XModemProgram
 {
 public:
@@ -15,7 +15,7 @@ public:
     QByteArray begin(const ProgramText& text, const LineFilter& filter, const QString& endOfBlock);
     /// Moves on to the line that holds the last of so many bytes; never back. The text is the one of begin.
     ProgramText::Line follow(const ProgramText& text, qsizetype sent);
-    ProgramText::Line line() const { return line_; } ///< that follow has come to
+    ProgramText::Line line() const { return line_; } ///< the last one that follow has reached
 
 private:
     QByteArray lineBytes(const ProgramText& text, ProgramText::Line line) const;

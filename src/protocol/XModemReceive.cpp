@@ -19,7 +19,7 @@ constexpr int stalledSilence = 5; // until a block that stays incomplete is drop
 // In polls that brought no answer.
 constexpr int pollsBeforePlain = 3;   // the opening ones
 constexpr int pollsAfterNoise = 1;    // a block has come whose SOH was lost
-constexpr int pollsAfterSilence = 30; // a minute: longer than a sender takes its time
+constexpr int pollsAfterSilence = 30; // a minute: longer than any sender pauses
 } // namespace
 
 XModemReceive::Step XModemReceive::take(const QByteArray& bytes)
@@ -154,15 +154,15 @@ void XModemReceive::poll(Step& step)
     } else if (!isOpened_) {
         if (polls_ >= pollsBeforePlain) step.replies << Reply::PlainNak;
     } else if (polls_ >= (hasMissedBlock() ? pollsAfterNoise : pollsAfterSilence)) {
-        // A plain peer waits for an answer for as long as our marked NAKs keep coming. It repeats a block that we have
-        // if our ACK was lost, so it is called very late unless its block was.
+        // A plain peer waits for an answer as long as our marked NAKs keep coming. If only our ACK was lost, a plain
+        // NAK makes it repeat a block that we have; so it comes very late, unless the block itself was lost.
         polls_ = 0;
         noise_ = 0;
         step.replies << Reply::PlainNak;
     }
 }
 
-// Without its SOH a block is noise, but so much of it that it can be nothing else.
+// A block that lost its SOH counts as noise, but nothing else brings that many bytes.
 bool XModemReceive::hasMissedBlock() const
 {
     return noise_ >= XModemBlock::dataSize;

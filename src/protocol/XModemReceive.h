@@ -26,7 +26,7 @@ public:
     enum class Reply {
         Ack,
         MarkedNak, ///< with the parity bit, as controls know it
-        PlainNak,  ///< peers that know plain 8-bit XModem alone do not hear the marked one
+        PlainNak,  ///< for peers that know only plain 8-bit XModem and ignore the marked one
     };
 
     /// What follows from bytes or a tick.
@@ -39,9 +39,9 @@ public:
     /// Takes what has arrived since the last call. A block has to end with it: what follows a block in the same call
     /// spoils it, since a sender waits for the answer.
     Step take(const QByteArray& bytes);
-    /// A second has gone by.
+    /// Call once a second.
     Step tick();
-    /// The program received so far has been put away; what is told of it does not hold any more.
+    /// The program received so far is no longer in the editor; its counts and notices are dropped.
     void forgetProgram();
 
     State state() const { return state_; }
@@ -69,7 +69,7 @@ private:
     QByteArray packet_;
     int silence_ = 0;
 
-    // What came since the last block and helps to tell whether the sender waits for us.
+    // What has come since the last block; shows whether the sender is waiting for us.
     bool isOpened_ = false; // the first SOH of this program has come
     int noise_ = 0;         // bytes that belong to no block
     int polls_ = 0;         // in a row, without an answer

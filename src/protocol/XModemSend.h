@@ -28,9 +28,9 @@ public:
         std::optional<Ending> ending; ///< the transfer is over
     };
 
-    /// Makes a program ready to be asked for.
+    /// Makes a program ready; the control then asks for its blocks.
     void begin(QByteArray program);
-    /// Acts on one byte of the control; any but ACK, NAK and CAN means nothing, and so does each while idle.
+    /// Acts on one byte from the control. Bytes other than ACK, NAK and CAN are ignored; while idle, all are.
     Step take(char reply);
     /// The operator stopped the transfer.
     void stop() { state_ = State::Idle; }

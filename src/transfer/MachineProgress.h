@@ -4,7 +4,7 @@
 /// What a machine's icon shows of its transfer.
 enum class TransferActivity { Idle, Waiting, Sending, Held, Stopped, Sent, Listening, Receiving, Received, PortLost };
 
-/// A transfer's way to the machine's icon: its small progress indicator pBar and its state. Icons implement it.
+/// What a transfer shows on the machine's icon: the small progress bar pBar and its state. Icons implement it.
 class MachineProgress
 {
 public:

@@ -10,7 +10,7 @@ namespace
 // The editor's positions are 32-bit and a byte above 127 takes two of them.
 constexpr qint64 largestFile = 1'000'000'000;
 
-// A full disk takes a part first; only the write after that says why.
+// A full disk first takes a part of the bytes; only the next write reports the error.
 bool writeAll(QSaveFile& file, const QByteArray& bytes)
 {
     for (qsizetype at = 0; at < bytes.size();) {

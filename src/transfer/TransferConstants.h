@@ -3,7 +3,7 @@
 
 #include "protocol/XModemCodes.h"
 
-/// The codes that a transfer view goes by: modes, states and XModem's control bytes.
+/// A transfer view's codes: modes, states and XModem's control bytes.
 struct TransferConstants {
     static constexpr int MODE_TX = 1;
     static constexpr int MODE_RX = 2;

@@ -5,7 +5,7 @@
 
 class serialPort;
 
-/// What a transfer view asks of the child view that it sits in: the machine's port. Child views implement it.
+/// Gives a transfer view its machine's port. Child views implement it.
 class TransferHost
 {
 public:

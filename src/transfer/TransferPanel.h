@@ -14,8 +14,8 @@ namespace Ui
 class viewTX;
 }
 
-/// What a transfer view looks like: its labels, pictures, buttons and boxes show what they are told. Decides nothing.
-/// Main thread only.
+/// The labels, pictures, buttons and boxes of a transfer view. Shows what it is given and decides nothing. Main thread
+/// only.
 class TransferPanel : public QObject
 {
     Q_OBJECT
@@ -26,7 +26,7 @@ public:
     void setUp();
 
     void showMode(bool sends);
-    /// In a line of words, and in the short form that operators know.
+    /// The line in words, and as a short summary.
     void showMachine(const QString& name, const QString& line, const QString& summary);
     void showProgramPath(const QString& path);
     void showState(const QString& headline, const QString& details);

@@ -9,7 +9,7 @@
 
 #include <optional>
 
-/// Where a transfer stands, as the operator is told.
+/// Where a transfer stands, as shown to the operator.
 enum class TransferState {
     Ready,
     WaitingForStart,
@@ -25,7 +25,7 @@ enum class TransferState {
     PortLost
 };
 
-/// What is true of the program and the line when the status is told.
+/// What the status texts are made of.
 struct TransferFacts {
     qint64 line = 0; ///< the line going out, or where a send would start; the first is 1
     qint64 lines = 0;
@@ -33,7 +33,7 @@ struct TransferFacts {
     bool isFromTop = true;
     FlowControl flow = FlowControl::None;
     unsigned long baud = 0;
-    double lineTime = 0; ///< ms that the line takes for what a send would send
+    double lineTime = 0; ///< ms that a send would take at the speed of the line
     int blocks = 0;      ///< received with XModem
     int repeats = 0;
     QString notice; ///< stands below the rest
@@ -45,7 +45,7 @@ class TransferStatus
 public:
     TransferClock clock;
 
-    /// The transfer has come to this state. Held and Listening are derived, from Sending and Receiving.
+    /// The transfer is now in this state. Held and Listening are derived, from Sending and Receiving.
     void enter(TransferState state) { entered_ = state; }
     TransferState entered() const { return entered_; }
     /// A send is under way or waits for the control.
@@ -64,7 +64,7 @@ public:
     static TransferActivity activity(TransferState state);
     /// The image that shows the state; each differs in shape, not in colour alone.
     static QString image(TransferState state);
-    /// Its words change although nothing happens.
+    /// Its text changes as time goes by.
     static bool isLive(TransferState state);
 
 private:

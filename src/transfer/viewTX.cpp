@@ -15,7 +15,7 @@
 
 namespace
 {
-// Stands in for the icon of a record that no icon carries.
+// Stands in for the icon if the record has none.
 class NoProgress : public MachineProgress
 {
 public:
@@ -94,13 +94,13 @@ void viewTX::initialize(bool send, int mcIndex)
     setAcceptDrops(send);
     nc->removeObserver(this);
     disconnect(lostConnection_);
-    // Told in the view and on the icon, without a message that would hold up the operators of other machines.
+    // Shown in the view and on the icon. A message box would hold up the operators of other machines.
     lostConnection_ = connect(sp.get(), &serialPort::lost, this, [this] { end(Ending::PortLost); });
     // A sending view listens, too: the control's start signal and XModem replies drive it.
     nc->addObserver(this, Notifications::RxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
     if (send) nc->addObserver(this, Notifications::TxOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
 
-    shownState_.reset(); // the icon is another one
+    shownState_.reset(); // it may be the icon of another machine
     machineChanged();
     enter(send ? TransferState::Ready : TransferState::Listening);
 }
@@ -126,7 +126,7 @@ bool viewTX::isXModem() const
     return flowControl(mc->MCFLOW) == FlowControl::XModem;
 }
 
-// The only writer of the state that is shown; buttons, lock, boxes and timers follow from it.
+// Nothing else changes the state; the buttons, the lock, the boxes and the timers follow from it.
 void viewTX::enter(TransferState state)
 {
     status_.enter(state);

@@ -17,7 +17,7 @@ void viewTX::btnNew_Click()
     ui->rt1->clearProgram();
     panel_.showProgramPath({});
     xmodemReceive_.forgetProgram();
-    btnRewind_Click(); // nothing of the old program may go out in front of the next
+    btnRewind_Click(); // no rest of the old program may go out before the next one
 }
 
 void viewTX::btnFolder_Click()
@@ -95,7 +95,7 @@ void viewTX::movePBars()
     panel_.showPercent((sendsXModem_ ? booSentXModemEOF() : txEOF()) ? 100 : percent);
 }
 
-// The operator chose another program or place: what was told of the last transfer does not hold any more.
+// The operator chose another program or place, so the result of the last transfer is no longer shown.
 void viewTX::readyAgain()
 {
     if (!booModeTX) status_.forgetReceived();

@@ -55,7 +55,7 @@ void viewTX::waitOrBegin()
 {
     setPBarsHidden(false);
     if (plain_.willContinue()) movePBars();
-    const bool canWait = mc->MCFLOW == 0 || mc->MCFLOW == 1; // none or XON/XOFF, and no code without a meaning
+    const bool canWait = mc->MCFLOW == 0 || mc->MCFLOW == 1; // none or XON/XOFF
     if (!mc->MCWAIT || !canWait) return beginSend();
     // The start signal is the XON byte: with flow control on, the driver would swallow it.
     if (!sp->setFlow(0)) return tellPortLost();
@@ -81,7 +81,7 @@ void viewTX::beginSend()
     if (plain_.willContinue()) {
         status_.clock.resume(now());
         enter(TransferState::Sending);
-        // What the stop cut off was counted when it was first handed to the port.
+        // The clock counted these bytes when they were first handed to the port.
         return sp->sendBytes(plain_.begin(sp->takeUnsentBytes()));
     }
     status_.clock.begin(now(), plannedSend(plain_.next()));
@@ -116,16 +116,16 @@ void viewTX::showLineOut()
 void viewTX::btnStop_Click()
 {
     if (status_.isRunning()) return end(Ending::Stopped);
-    enter(status_.entered()); // the buttons as they have to be
+    enter(status_.entered()); // puts the buttons right
 }
 
-// Every way out of a transfer leads through here.
+// Every transfer ends here.
 void viewTX::end(Ending ending)
 {
     if (ending == Ending::PortLost && status_.entered() == TransferState::PortLost) return;
     if (status_.entered() == TransferState::Sending) movePBars(); // the mark, and the bars with it, may lag behind
     endNotice_.clear();
-    if (ending != Ending::Finished) sp->stopButtonPressed = true; // all else that was written is to go out, EOT too
+    if (ending != Ending::Finished) sp->stopButtonPressed = true; // a finished one may still have EOT to write
     stopMachines(ending);
     ui->rt1->clearLineOut();
     status_.clock.stop(now());
@@ -146,7 +146,7 @@ void viewTX::stopMachines(Ending ending)
 {
     xmodemSend_.stop();
     if (ending == Ending::Cancelled) endNotice_ = blocksSent(xmodemSend_);
-    // What the port held is gone, so a stopped send of text can't be continued, whatever was sent since.
+    // The bytes that a stop cut off went with the port, so a stopped send of text can't be continued.
     if (ending == Ending::PortLost) return showRestart(plain_.lose());
     if (sendsXModem_) return;
     if (ending == Ending::Stopped) {

@@ -73,7 +73,7 @@ void viewTX::refreshStatus()
     if (TransferStatus::isLive(state)) refreshStatusLater();
 }
 
-// Soon, and once for however many changes come until then.
+// Soon, and only once for all the changes that come until then.
 void viewTX::refreshStatusLater()
 {
     if (!tmrStatus_.isActive()) tmrStatus_.start(refreshInterval);
