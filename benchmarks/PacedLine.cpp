@@ -9,6 +9,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -46,6 +47,11 @@ struct Rate {
 constexpr Rate rates[] = {{B150, 150},     {B300, 300},     {B600, 600},      {B1200, 1200},
                           {B2400, 2400},   {B4800, 4800},   {B9600, 9600},    {B19200, 19200},
                           {B38400, 38400}, {B57600, 57600}, {B115200, 115200}};
+
+bool isWithinReach(speed_t code)
+{
+    return std::any_of(std::begin(rates), std::end(rates), [code](const Rate& rate) { return rate.code == code; });
+}
 
 class Uart
 {
@@ -240,7 +246,14 @@ int ioctl(int fd, unsigned long request, ...) noexcept
 
 int tcsetattr(int fd, int when, const termios* settings) noexcept
 {
-    const int result = original<int (*)(int, int, const termios*)>("tcsetattr")(fd, when, settings);
+    termios taken = *settings;
+    termios before{};
+    // As serial drivers do: a speed beyond the chip's reach leaves the old one and is no error.
+    if (Uarts::all().find(fd) && !isWithinReach(::cfgetospeed(settings)) && ::tcgetattr(fd, &before) == 0) {
+        ::cfsetospeed(&taken, ::cfgetospeed(&before));
+        ::cfsetispeed(&taken, ::cfgetispeed(&before));
+    }
+    const int result = original<int (*)(int, int, const termios*)>("tcsetattr")(fd, when, &taken);
     if (const auto line = Uarts::all().find(fd)) line->lineChanged();
     return result;
 }

@@ -10,9 +10,12 @@ enum class PortError {
     InUse,   ///< by another program, or by us
     NoPermission,
     NotASerialPort,
-    NoSuchSpeed,     ///< the system knows no such rate
-    SettingsRefused, ///< by the driver
-    Other            ///< anything else that the system reported
+    NoSuchSpeed,      ///< the system knows no such rate
+    SettingsRefused,  ///< by the driver
+    SpeedNotTaken,    ///< the driver reported success but set another speed
+    StopBitsNotTaken, ///< the same for the stop bits
+    RtsCtsNotTaken,   ///< the same for RTS/CTS, on or off
+    Other             ///< anything else that the system reported
 };
 
 struct PortFailure {

@@ -72,6 +72,14 @@ void setControl(termios& line, const SerialLine::Settings& settings)
     set(line.c_cflag, CSTOPB, settings.stopBits == 2);
     line.c_cc[VSTOP] = settings.evenParity ? markedStopCharacter : stopCharacter;
 }
+// Where the code of a rate is the rate itself, a driver may report what its clock makes of it: 9615 for 9600.
+bool isSameSpeed(speed_t asked, speed_t taken)
+{
+    constexpr bool codesAreRates = B9600 == 9600;
+    const speed_t apart = std::max(asked, taken) - std::min(asked, taken);
+    return apart == 0 || (codesAreRates && apart <= asked / 50); // 2 %
+}
+
 PortError errorOf(int systemError)
 {
     switch (systemError) {
@@ -139,7 +147,19 @@ PortFailure SerialLine::setUp(int descriptor, const Settings& settings)
     line.c_lflag = 0; // no canonical mode, echo or signals
     setControl(line, settings);
     setFlowFlags(line, settings.flowType);
-    return ::tcsetattr(descriptor, TCSANOW, &line) == 0 ? PortFailure() : systemFailure();
+    termios taken{};
+    if (::tcsetattr(descriptor, TCSANOW, &line) != 0 || ::tcgetattr(descriptor, &taken) != 0) return systemFailure();
+    return {notTaken(line, taken)};
+}
+
+PortError SerialLine::notTaken(const termios& asked, const termios& taken)
+{
+    const auto differs = [&](tcflag_t flag) { return ((asked.c_cflag ^ taken.c_cflag) & flag) != 0; };
+    if (!isSameSpeed(::cfgetospeed(&asked), ::cfgetospeed(&taken)) ||
+        !isSameSpeed(::cfgetispeed(&asked), ::cfgetispeed(&taken)))
+        return PortError::SpeedNotTaken;
+    if (differs(CSTOPB)) return PortError::StopBitsNotTaken;
+    return differs(CRTSCTS) ? PortError::RtsCtsNotTaken : PortError::None;
 }
 
 bool SerialLine::setFlow(int descriptor, int flow)

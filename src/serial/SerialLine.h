@@ -9,6 +9,8 @@
 #include <memory>
 #include <variant>
 
+struct termios;
+
 /// The one place that knows termios: opens a serial device for us alone and sets its line up.
 namespace SerialLine
 {
@@ -22,8 +24,12 @@ struct Settings {
 /// The device, or why it did not open. Waits a moment if this program is still closing it.
 std::variant<std::shared_ptr<Descriptor>, PortFailure> openExclusive(const QString& path);
 
-/// Sets all that Settings names. PortError::None on success.
+/// Sets all that Settings names, and reads it back: drivers also report success for what their adapter cannot do.
+/// PortError::None on success.
 PortFailure setUp(int descriptor, const Settings& settings);
+
+/// What of speed, stop bits and RTS/CTS a driver has set otherwise than it was asked to; None when nothing.
+PortError notTaken(const termios& asked, const termios& taken);
 
 /// Changes the flow control alone. False when the device refuses.
 bool setFlow(int descriptor, int flow);

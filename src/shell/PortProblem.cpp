@@ -18,6 +18,16 @@ QString PortProblem::likelyCause(const Attempt& attempt)
     case PortError::NoSuchSpeed:
     case PortError::SettingsRefused:
         return QStringLiteral("The port does not take these line settings, most likely the speed.");
+    case PortError::SpeedNotTaken:
+        return QStringLiteral("The adapter cannot do %1 baud. Choose another speed, here in Setup and at the control, "
+                              "or use another adapter.")
+            .arg(attempt.speed);
+    case PortError::StopBitsNotTaken:
+        return QStringLiteral("The adapter cannot do this number of stop bits. Choose the other, here in Setup and at "
+                              "the control, or use another adapter.");
+    case PortError::RtsCtsNotTaken:
+        return QStringLiteral("The adapter cannot switch RTS/CTS as this machine's flow control needs it. Choose "
+                              "another flow control, here in Setup and at the control, or use another adapter.");
     case PortError::None:
     case PortError::Other:
         break;

@@ -12,6 +12,8 @@ class LineTest : public QObject
 private Q_SLOTS:
     void openSetsTheLineUp_data();
     void openSetsTheLineUp();
+    void settingThatTheDriverDidNotTakeIsAnError_data();
+    void settingThatTheDriverDidNotTakeIsAnError();
     void receivedLineEndsAreKept_data();
     void receivedLineEndsAreKept();
     void deviceBelongsToOnePort();
@@ -70,6 +72,36 @@ void LineTest::openSetsTheLineUp()
         QVERIFY(port.setFlow(later));
         QCOMPARE(control.line().c_iflag & (IXON | IXOFF | IXANY), later == 1 ? IXON | IXOFF : 0U);
         QCOMPARE((control.line().c_cflag & CRTSCTS) != 0, later == 2);
+    }
+}
+
+void LineTest::settingThatTheDriverDidNotTakeIsAnError_data()
+{
+    QTest::addColumn<tcflag_t>("changed"); // of the control flags
+    QTest::addColumn<speed_t>("speed");
+    QTest::addColumn<PortError>("error");
+    QTest::newRow("all taken") << tcflag_t{} << speed_t{B150} << PortError::None;
+    QTest::newRow("line state that we do not set") << tcflag_t{HUPCL} << speed_t{B150} << PortError::None;
+    QTest::newRow("another speed") << tcflag_t{} << speed_t{B9600} << PortError::SpeedNotTaken;
+    QTest::newRow("the next speed") << tcflag_t{} << speed_t{B134} << PortError::SpeedNotTaken;
+    QTest::newRow("one stop bit for two") << tcflag_t{CSTOPB} << speed_t{B150} << PortError::StopBitsNotTaken;
+    QTest::newRow("no RTS/CTS") << tcflag_t{CRTSCTS} << speed_t{B150} << PortError::RtsCtsNotTaken;
+}
+
+void LineTest::settingThatTheDriverDidNotTakeIsAnError()
+{
+    QFETCH(tcflag_t, changed);
+    QFETCH(speed_t, speed);
+    termios asked{};
+    asked.c_cflag = CS8 | CSTOPB | CRTSCTS;
+    ::cfsetospeed(&asked, B150);
+    ::cfsetispeed(&asked, B150);
+    for (const bool isAskedFor : {true, false}) { // on and reported off, then the other way round
+        termios taken = asked;
+        taken.c_cflag ^= changed;
+        ::cfsetospeed(&taken, speed);
+        ::cfsetispeed(&taken, speed);
+        QTEST(isAskedFor ? SerialLine::notTaken(asked, taken) : SerialLine::notTaken(taken, asked), "error");
     }
 }
 

@@ -216,6 +216,9 @@ void SetupTest::portThatCannotBeOpenedSaysWhatToDo_data()
     QTest::addColumn<PortFailure>("failure");
     QTest::addColumn<QString>("words"); // among others
     QTest::newRow("no permission") << PortFailure{PortError::NoPermission} << "(usually \"dialout\")";
+    QTest::newRow("speed") << PortFailure{PortError::SpeedNotTaken} << "The adapter cannot do 150 baud.";
+    QTest::newRow("stop bits") << PortFailure{PortError::StopBitsNotTaken} << "cannot do this number of stop bits.";
+    QTest::newRow("RTS/CTS") << PortFailure{PortError::RtsCtsNotTaken} << "cannot switch RTS/CTS";
     QTest::newRow("unknown") << PortFailure{PortError::Other, "Input/output error"} << "reports: Input/output error.";
 }
 

@@ -50,6 +50,18 @@ private Q_SLOTS:
         QVERIFY(rig.pty.readAtLeast(3 * once.size()).startsWith(once.repeated(3)));
         rig.click("btnStop");
     }
+
+    // The driver reports success and keeps the old speed; the control would hear noise.
+    void speedThatTheChipCannotDoIsRefused()
+    {
+        const PtyPair pty;
+        serialPort port;
+        port.Speed = 230400;
+        QCOMPARE(port.Open(pty.devicePath()), -1);
+        QCOMPARE(port.openError, PortError::SpeedNotTaken);
+        port.Speed = 115200;
+        QVERIFY(port.Open(pty.devicePath()) >= 0 && port.openError == PortError::None);
+    }
 };
 
 QTEST_MAIN(UartTest)
