@@ -12,7 +12,7 @@
 
 namespace
 {
-// Devices that we are done with but that are still open: a write has yet to notice, or the driver makes closing wait.
+// Devices that are shut but not closed yet: a write still holds them, or the driver is slow to close.
 struct Releasing {
     std::mutex mutex;
     std::condition_variable changed;
@@ -28,7 +28,7 @@ Releasing& releasing()
 
 Descriptor::~Descriptor()
 {
-    ::ioctl(fd_, TIOCNXCL); // a device that somebody else holds open would stay exclusive
+    ::ioctl(fd_, TIOCNXCL); // otherwise the device stays exclusive as long as anybody else has it open
     ::close(fd_);
     if (!shut_) return;
     auto& r = releasing();

@@ -4,8 +4,8 @@
 #include <mutex>
 #include <sys/types.h>
 
-/// An open serial device. The port and each of its writes hold a shared pointer, so the number can't be used anew while
-/// one of them still knows it; the device is closed when the last of them lets go. Any thread.
+/// An open serial device. The port and each of its writes share it, so its descriptor number cannot be reused for
+/// another device while one of them still knows it; the device is closed when the last of them lets go. Any thread.
 class Descriptor
 {
 public:
@@ -20,11 +20,11 @@ public:
     /// Writes what the driver takes now, without waiting; adds the number of bytes taken to `taken`.
     WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
 
-    /// Takes back what the driver has not sent yet.
+    /// Drops what the driver has not sent yet.
     void discardPending();
 
     bool isShut() const;
-    /// The device is gone: the driver has hung up, or said so when it was written to.
+    /// The device is gone: the driver has hung up, or a write failed for that reason.
     bool isLost() const;
 
     /// What becomes of the driver's pending output.
@@ -32,7 +32,7 @@ public:
     /// From here on nothing is written.
     void shut(Pending pending);
 
-    /// Waits until no shut descriptor of this device is open any more. False when that takes longer than `ms`.
+    /// Waits until every shut descriptor of this device has been closed. False if that takes longer than `ms`.
     static bool waitUntilReleased(dev_t device, int ms);
 
 private:
@@ -40,5 +40,5 @@ private:
     const int fd_;
     const dev_t device_;
     bool shut_ = false;
-    bool lost_ = false; // a write met it
+    bool lost_ = false; // as a write found
 };

@@ -27,7 +27,7 @@ constexpr std::array rates{
     Rate{57600, B57600}, Rate{115200, B115200}, Rate{230400, B230400},
 };
 
-constexpr int releaseTime = 500; // ms that an open waits for a close of our own
+constexpr int releaseTime = 500; // ms that opening waits for this program to finish closing
 
 // XOFF (DC3, ISO 646), and as it arrives from a control that marks its bytes with even parity.
 constexpr cc_t stopCharacter = 0x13;
@@ -66,7 +66,7 @@ void setInput(termios& line, const SerialLine::Settings& settings)
 
 void setControl(termios& line, const SerialLine::Settings& settings)
 {
-    // Always 8 data bits without hardware parity: even parity is made in software.
+    // Always 8 data bits without hardware parity, because even parity is made in software.
     line.c_cflag |= CS8 | CREAD | CLOCAL;
     set(line.c_cflag, PARENB, false);
     set(line.c_cflag, CSTOPB, settings.stopBits == 2);
@@ -123,12 +123,12 @@ std::variant<std::shared_ptr<Descriptor>, PortFailure> SerialLine::openExclusive
     struct stat device {
     };
     if (::stat(name.constData(), &device) != 0) return systemFailure();
-    // An open that meets a close of the same device would hang in the driver for as long as that close does.
+    // Opening a device that is being closed would hang in the driver until the close is over.
     if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) return PortFailure{PortError::InUse};
 
     const int fd = ::open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) return systemFailure();
-    // The lock keeps out those who lock as well, TIOCEXCL those who do not; the lock also binds the superuser.
+    // The lock keeps out programs that lock too, even the superuser's; TIOCEXCL keeps out the others.
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
         ::close(fd);
         return PortFailure{PortError::InUse};

@@ -11,7 +11,7 @@
 
 struct termios;
 
-/// The one place that knows termios: opens a serial device for us alone and sets its line up.
+/// The one place that handles termios: opens a serial device for us alone and sets its line up.
 namespace SerialLine
 {
 struct Settings {
@@ -28,12 +28,12 @@ std::variant<std::shared_ptr<Descriptor>, PortFailure> openExclusive(const QStri
 /// PortError::None on success.
 PortFailure setUp(int descriptor, const Settings& settings);
 
-/// What of speed, stop bits and RTS/CTS a driver has set otherwise than it was asked to; None when nothing.
+/// Which of speed, stop bits and RTS/CTS the driver did not set as asked: the first, or None.
 PortError notTaken(const termios& asked, const termios& taken);
 
 /// Changes the flow control alone. False when the device refuses.
 bool setFlow(int descriptor, int flow);
 
-/// Whether the reader has to clear bit 7 of received bytes because the line cannot.
+/// Whether whoever reads has to clear bit 7 of received bytes because the line cannot be told to.
 bool readerStripsParity(bool evenParity);
 } // namespace SerialLine

@@ -9,6 +9,6 @@ namespace SerialPlatform
 /// Whether stripping bit 7 in the line discipline hides a parity-marked stop character from it.
 bool stripHidesMarkedStop();
 
-/// Input translations of this platform beyond POSIX that would change received bytes.
+/// Input translations that this platform has beyond those of POSIX.
 tcflag_t extraInputTranslations();
 } // namespace SerialPlatform

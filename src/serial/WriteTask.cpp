@@ -34,7 +34,7 @@ bool WriteTask::isGivenUp(const Descriptor& device) const
     return line_.stop->load() || abandoned_ || device.isShut();
 }
 
-// Sleeping for as long as the pending bytes take on the wire keeps a fast line busy; a fixed sleep would starve it.
+// Sleeps only as long as the pending bytes need on the wire: a fixed sleep would leave a fast line idle.
 void WriteTask::sleepFor(int pendingBytes) const
 {
     auto time = longestSleep;
@@ -68,7 +68,7 @@ WriteTask::Progress WriteTask::writeOnce(Descriptor& device)
 
 bool WriteTask::run()
 {
-    // Let go of here: the last one to hold the device closes it, and that must not be the main thread.
+    // Released on this thread: whoever holds the device last closes it, and that must not be the main thread.
     const auto device = std::exchange(device_, nullptr);
     if (!device) return true;
     while (const int pending = CustomObject::bytesInTxBuffer(device->get())) {
@@ -77,7 +77,7 @@ bool WriteTask::run()
     }
     auto progress = writeOnce(*device);
     while (progress == Progress::More || progress == Progress::Wait) {
-        // Refused for now: the driver's buffer is full, or a line without a buffer of its own is held.
+        // Refused for now: the driver's buffer is full, or the line has none and the control holds it.
         if (progress == Progress::Wait) sleepFor(CustomObject::bytesInTxBuffer(device->get()));
         progress = writeOnce(*device);
     }

@@ -9,8 +9,8 @@
 #include <memory>
 #include <mutex>
 
-/// One array of bytes on its way to the driver. Made on the main thread, run on a background thread; keeps count of
-/// what the driver took, so that a send that was stopped half-way can be continued without losing or doubling a byte.
+/// One array of bytes on its way to the driver. Created on the main thread and run on a background thread. Counts what
+/// the driver has taken, so that a send that was stopped halfway can go on without losing or repeating a byte.
 class WriteTask
 {
 public:
@@ -24,8 +24,9 @@ public:
     /// Without a device the bytes go nowhere and count as written.
     WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes);
 
-    /// Once: waits until the driver has sent everything before, then writes all bytes, and lets go of the device. False
-    /// when stopped, abandoned, or the device was shut. An error of the device counts as done: nobody could act on it.
+    /// To be called once: waits until the driver has sent everything before, writes all bytes and lets go of the
+    /// device. False when stopped or abandoned, or when the device was shut. An error of the device counts as success,
+    /// because nobody could act on it.
     bool run();
 
     /// From here on nothing more is written. Returns the bytes that the driver did not take, without parity. Any
@@ -42,7 +43,7 @@ private:
     const Line line_;
     const QByteArray bytes_;     // as given
     const QByteArray wireBytes_; // with parity
-    std::mutex mutex_;           // held while a piece is written and counted
+    std::mutex mutex_;           // a piece is written and counted in one step
     std::size_t taken_ = 0;
     std::atomic<bool> abandoned_ = false;
 };

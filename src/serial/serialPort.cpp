@@ -68,8 +68,8 @@ int serialPort::Close()
     return hPort = failed;
 }
 
-// The flag alone is also set after a program that went out whole; what the driver still holds of that one must reach
-// the control.
+// The flag alone does not tell: it is also set after a program that went out whole, and what the driver still holds of
+// that program must reach the control.
 bool serialPort::isCutOff() const
 {
     return stopButtonPressed && !writes_.empty();
@@ -80,7 +80,7 @@ void serialPort::letGo()
     const bool cutOff = isCutOff();
     abandonWrites();
     if (!device_) return;
-    writing_ = OrderedQueue(); // the next device need not wait until a write to this one has noticed
+    writing_ = OrderedQueue(); // writes to the next device need not wait until one to this device has ended
     device_->shut(cutOff ? Descriptor::Pending::Discard : Descriptor::Pending::Send);
     // Closing a line that the control holds can take the driver many seconds.
     OrderedQueue().post([device = std::exchange(device_, nullptr)]() mutable { device.reset(); });
@@ -88,7 +88,7 @@ void serialPort::letGo()
 
 void serialPort::sendBytes(const QByteArray& bytes)
 {
-    // A send that was stopped may not have noticed yet: it must not wake up again when the flag is cleared.
+    // A stopped send may not have seen the flag yet: it must not go on once the flag is cleared.
     if (stopButtonPressed) abandonWrites();
     stopButtonPressed = false;
     auto task = std::make_shared<WriteTask>(device_, WriteTask::Line{stop_, Speed, StopBits, Parity == 1}, bytes);
@@ -103,9 +103,9 @@ void serialPort::sendBytes(const QByteArray& bytes)
 
 void serialPort::writeFinished(const std::shared_ptr<WriteTask>& task)
 {
-    // Reported after a stop: it stays among the writes that the stop cut off, or was given up with them.
+    // A stop came first: the write stays among those that the stop cut off, or has been given up with them.
     if (stopButtonPressed || std::erase(writes_, task) == 0) return;
-    // A write to a device that is gone counts as complete. Its owner hears first why.
+    // A write to a vanished device counts as complete; lost() has to come first.
     const std::weak_ptr<void> alive = alive_;
     tellIfLost();
     if (alive.expired()) return;
@@ -114,7 +114,7 @@ void serialPort::writeFinished(const std::shared_ptr<WriteTask>& task)
 
 void serialPort::sendByte(std::uint8_t byte)
 {
-    // With Parity 1 the send marks it a second time. That is kept: replies go out as controls know them.
+    // With Parity 1 sendBytes marks it a second time. Controls know our replies like that, so it stays.
     sendBytes(QByteArray(1, static_cast<char>(SetParityBit(byte))));
 }
 
@@ -158,9 +158,9 @@ bool serialPort::setFlow(int flow)
 std::uint8_t serialPort::SetParityBit(std::uint8_t byte)
 {
     const int ones = std::popcount(byte);
-    // No one bits at all counts as odd, on purpose: NUL goes out as 0x80, as controls expect their leader.
+    // A count of 0 is treated as odd on purpose: controls expect the NULs of a leader as 0x80.
     if (ones == 2 || ones == 4 || ones == 6) return byte;
-    if (byte >= 0x80) qFatal("parity asked for a byte that carries it already: %d", byte);
+    if (byte >= 0x80) qFatal("parity requested for a byte that has bit 7 set already: %d", byte);
     return static_cast<std::uint8_t>(byte + 0x80);
 }
 
@@ -182,14 +182,14 @@ void serialPort::tmrRx_Tick()
     const bool wasEmpty = bytesRxBuffer.isEmpty();
     std::array<char, readSize> buffer{};
     const ssize_t count = ::read(hPort, buffer.data(), buffer.size());
-    // No bytes or an error: nothing to report of either, but an adapter that was unplugged reads like that for good.
+    // Neither silence nor an error is worth a report, but an unplugged adapter looks the same.
     if (count < 1) return tellIfLost();
     if (SerialLine::readerStripsParity(Parity == 1)) {
         for (char& byte : buffer)
             byte = static_cast<char>(byte & 0x7F);
     }
     bytesRxBuffer.append(buffer.data(), count);
-    // There is more: at 115200 baud a tick brings more bytes than one read takes.
+    // There may be more: at 115200 baud more bytes arrive between two polls than one read takes.
     if (static_cast<std::size_t>(count) == readSize) nextRead_.start(0);
     if (wasEmpty) nc->post(Notifications::RxOnComm, this);
 }

@@ -19,10 +19,21 @@ class Descriptor;
 class WriteTask;
 
 /// One RS-232 line to a CNC control. The line always carries 8 data bits without hardware parity; 7-bit even parity is
-/// made in software on bit 7. A child view owns it. Main thread, but for the body of a write.
+/// made in software on bit 7. A child view owns it.
 ///
-/// Posts "RxOnComm" (bytes arrived in an empty bytesRxBuffer) and "TxOnComm" (a write is complete), both with this
-/// object, on the main thread.
+/// Threads: every function is for the main thread. All return at once but two: Open may wait half a second for an
+/// earlier close to end, and sendData blocks. A background thread writes what is sent, in the order of the calls, and
+/// touches nothing of this object.
+///
+/// Notifications, on the main thread, posted on nc with this object:
+/// - "RxOnComm": bytes arrived while bytesRxBuffer was empty.
+/// - "TxOnComm": the driver has taken all bytes of a send.
+///
+/// Errors:
+/// - Open returns -1 and openError says why.
+/// - setFlow returns false and the port is closed.
+/// - A device that vanishes is reported once, by lost(), before any "TxOnComm" of a send that failed with it.
+/// - Any other error of a write counts as a complete send, and one of a read as no bytes: nobody could act on them.
 class serialPort : public QObject
 {
     Q_OBJECT
@@ -40,37 +51,37 @@ public:
     unsigned long Speed = 0; ///< baud
     int DataBits = 7;        ///< informational: the line itself is always set to 8
     int StopBits = 1;        ///< 1 or 2
-    int FlowType = 0;        ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits
+    int FlowType = 0;        ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits (Open sets DataBits 8 and Parity 0)
     int Parity = 1;          ///< 1 even parity in software, any other value none
     bool rxOnCommNotified = false;
     PortError openError = PortError::None; ///< why the last Open failed
     QString openErrorText;                 ///< the system's words where openError is Other
-    /// Abandons a write that waits for the line; every send clears it.
+    /// Set by the operator's Stop: gives up the sends that wait for the line. The next send clears it.
     std::atomic<bool>& stopButtonPressed = *stop_;
     bool XON = true;
     QTimer tmrRxTimer; ///< the receive poll while the port is open
 
-    /// Opens the device exclusively and sets the line up from the properties above. Returns hPort, -1 on any failure.
+    /// Opens the device for us alone and sets the line up from the properties above. Returns hPort.
     int Open(const QString& path);
-    /// Stops the poll and lets go of the device, off the main thread where the driver makes closing wait. Returns -1.
+    /// Stops the poll and lets go of the device; a driver that is slow to close holds nobody up. Returns -1.
     int Close();
-    /// A port that was never opened or closed counts as open: only a negative descriptor counts as closed.
+    /// Also true before the first Open: only a negative descriptor counts as closed.
     bool isOpen() const { return hPort >= 0; }
 
-    /// Sends bytes in the background, with parity when Parity is 1; "TxOnComm" follows when the driver has taken all.
+    /// Sends bytes, with parity when Parity is 1.
     void sendBytes(const QByteArray& bytes);
-    /// As sendBytes for one byte that is marked with parity whatever Parity is.
+    /// Sends one byte, with parity whatever Parity is.
     void sendByte(std::uint8_t byte);
-    /// Waits until the driver has sent everything, then writes all bytes as they are. False when stopped. Blocks the
-    /// caller: the main thread, or one that knows that the main thread leaves the port as it is.
+    /// Waits until the driver has sent everything before, then writes all bytes as they are. False when stopped.
+    /// Another thread may call it if the main thread neither opens nor closes the port meanwhile.
     bool sendData(const QByteArray& bytes);
-    /// While stopButtonPressed is set: the bytes that the driver did not take of the sends that the stop cut off, in
-    /// order and without parity, so that a continued send can start with exactly these; those sends write nothing more.
-    /// Empty when called again, and after a send that was made without asking.
+    /// While stopButtonPressed is set: the bytes that a stop kept from the driver, in order and without parity, so that
+    /// a continued send can start with exactly these. The sends that they belong to write nothing more. Empty when
+    /// called again, or after the next send.
     QByteArray takeUnsentBytes();
 
-    /// After a stop, when the send that it cut off will not be continued: the bytes of it that the driver still holds
-    /// never reach the control. Those of a send that ended by itself do.
+    /// After a stop, when the send that was cut off will not be continued: its bytes that the driver still holds never
+    /// reach the control. Those of a send that was complete do.
     void discardCutOff();
 
     /// Everything received so far; leaves bytesRxBuffer empty.
@@ -78,11 +89,11 @@ public:
     QString readData() const { return {}; }
     QString readData(int) const { return {}; }
 
-    /// Changes the flow control of the open line (values as FlowType). Closes the port and returns false on failure.
+    /// Changes the flow control of the open line (values as FlowType) and leaves FlowType as it is.
     bool setFlow(int flow);
 
-    /// The byte with bit 7 set where its count of one bits asks for it. Callers pass 7-bit values; a byte that would
-    /// overflow (bit 7 already set and an odd count) ends the program.
+    /// The byte with even parity in bit 7; NUL becomes 0x80. For 7-bit values: a byte with bit 7 set whose count of one
+    /// bits is odd or 8 ends the program.
     static std::uint8_t SetParityBit(std::uint8_t byte);
     static std::uint8_t ConvertUnicodeToASCII(std::uint32_t) { return 0x20; }
 
@@ -90,13 +101,13 @@ public:
     void startRxTimer(double interval);
     void tmrRx_Tick();
 
-    /// The serial devices present, in the platform's order, into `paths`. 0 on success; otherwise paths stay as they
-    /// are.
+    /// Puts the serial devices present into `paths`, in the platform's order. 0 on success; otherwise `paths` stays as
+    /// it is.
     int findSerialDevices(QStringList& paths) const;
 
 Q_SIGNALS:
-    /// The open device is gone (the adapter was unplugged). Once for each Open; the port stays as it is until Close.
-    /// Until it is closed the system can't give the device's name to the adapter when it comes back.
+    /// The open device is gone: its adapter was unplugged. Emitted at most once for each Open. The port stays open
+    /// until Close, and until then the system cannot give the device's name back to the adapter.
     void lost();
 
 private:
@@ -107,10 +118,10 @@ private:
     QByteArray abandonWrites();
     void writeFinished(const std::shared_ptr<WriteTask>& task);
 
-    QTimer nextRead_; // without waiting for the next poll
+    QTimer nextRead_; // reads again before the next poll is due
     std::shared_ptr<Descriptor> device_;
     bool lostTold_ = false;
-    OrderedQueue writing_;                                         // a block must not overtake another
-    std::vector<std::shared_ptr<WriteTask>> writes_;               // without "TxOnComm" so far, in the order of sending
+    OrderedQueue writing_;                                         // blocks must not overtake each other
+    std::vector<std::shared_ptr<WriteTask>> writes_;               // no "TxOnComm" yet, in the order of sending
     const std::shared_ptr<void> alive_ = std::make_shared<char>(); // gone when the port is gone
 };

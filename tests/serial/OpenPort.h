@@ -8,7 +8,7 @@
 
 #include <memory>
 
-/// A port that is open on a pseudo-terminal, with the control's end in the test's hand and its notifications counted.
+/// A port that is open on a pseudo-terminal. The test plays the control; notifications are counted.
 class OpenPort
 {
 public:
@@ -31,7 +31,7 @@ public:
         port->readBytes();
     }
     void release() { control.write("\x11"); }
-    /// Sends a line that arrives while the main thread's event loop stands still: its completion is still on the way.
+    /// Sends a line and returns when it has arrived; its completion waits for the event loop.
     void sendWithoutEvents()
     {
         port->sendBytes("N10\n");

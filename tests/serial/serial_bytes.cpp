@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The bytes on the line, both ways. Stop, continue and close: each goes out once, and to its own machine only.
+// The bytes on the line, both ways. Whatever is stopped, continued or closed, each byte goes out once, and only to its
+// own machine.
 #include "serial/CustomObject.h"
 #include "serial/OpenPort.h"
 #include "serial/WriteTask.h"
@@ -37,7 +38,7 @@ void BytesTest::bytesOnTheWire_data()
     QTest::addColumn<QByteArray>("wire");
     QTest::newRow("none") << 0 << 0 << QByteArray("\x41\x43\x13\0\x7f\r\n", 7);
     QTest::newRow("even; NUL counts as odd") << 0 << 1 << QByteArray("\x41\xC3\x93\x80\xFF\x8D\x0A", 7);
-    QTest::newRow("XModem takes none") << 3 << 1 << QByteArray("\x41\x43\x13\0\x7f\r\n", 7);
+    QTest::newRow("XModem: none") << 3 << 1 << QByteArray("\x41\x43\x13\0\x7f\r\n", 7);
 }
 
 void BytesTest::bytesOnTheWire()
@@ -70,7 +71,7 @@ void BytesTest::controlHoldsOneMachineAndNoOther()
     }
 }
 
-// An XModem receiver may answer twice at once; blocks in the wrong order would end the transfer.
+// An XModem receiver may send two replies in a row; blocks in the wrong order would end the transfer.
 void BytesTest::sendsThatDoNotWaitKeepTheirOrder()
 {
     OpenPort line;
@@ -83,7 +84,7 @@ void BytesTest::sendsThatDoNotWaitKeepTheirOrder()
     QCOMPARE(line.control.readAtLeast(expected.size()), expected);
 }
 
-// A socket counts its unread bytes through the same query as a driver; a pseudo-terminal always says none.
+// A socket answers the query for pending bytes as a driver does; a pseudo-terminal always answers 0.
 void BytesTest::sendWaitsUntilEverythingBeforeIsOut()
 {
     std::array<int, 2> ends{};
@@ -136,7 +137,7 @@ void BytesTest::arrivalIsReportedOnceUntilTheBytesAreTaken()
     QCOMPARE(line.rxCount, 1);
 }
 
-// The control reads now and then, so that stops find the array untouched, half taken and gone.
+// The control reads now and then, so that stops come before, while and after the driver takes the array.
 void BytesTest::stopAndResumeLosesAndDoublesNothing()
 {
     QRandomGenerator chance(7);
@@ -222,7 +223,7 @@ void BytesTest::bytesNeverReachAnotherDevice()
     }
 }
 
-// The end of a transfer sets the stop flag, too; the control may still have to read what the driver holds.
+// The end of a transfer sets the stop flag too, while the driver may still hold bytes that the control has to get.
 void BytesTest::closingDiscardsOnlyWhatAStopCutOff()
 {
     OpenPort whole, cut;
@@ -233,7 +234,7 @@ void BytesTest::closingDiscardsOnlyWhatAStopCutOff()
     for (auto* line : {&whole, &cut}) {
         line->port->stopButtonPressed = true;
         line->port->Close();
-        QVERIFY(line->port->Open(line->control.devicePath()) >= 0); // at once, though a write may still hold it
+        QVERIFY(line->port->Open(line->control.devicePath()) >= 0); // at once, even while a write still holds it
     }
     QCOMPARE(whole.control.readAtLeast(12'000).size(), 12'000);
     QVERIFY(cut.control.readAtLeast(500'000, 60).size() < 12'000);

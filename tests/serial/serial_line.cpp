@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The line itself: how it is set up, whose it is, and that it may be lost.
+// The line itself: how it is set up, who holds it, and what happens when it is lost.
 #include "serial/OpenPort.h"
 #include "serial/SerialLine.h"
 
@@ -17,7 +17,7 @@ private Q_SLOTS:
     void receivedLineEndsAreKept_data();
     void receivedLineEndsAreKept();
     void deviceBelongsToOnePort();
-    void unpluggedAdapterIsToldOnce();
+    void unpluggedAdapterIsReportedOnce();
 };
 
 void LineTest::openSetsTheLineUp_data()
@@ -45,7 +45,7 @@ void LineTest::openSetsTheLineUp()
     constexpr tcflag_t toLowerCase = 0;
 #endif
     constexpr tcflag_t translations = ICRNL | INLCR | IGNCR | PARMRK | INPCK | BRKINT | toLowerCase;
-    termios cooked = control.line(); // as another program may have left it: all that a control cannot do with
+    termios cooked = control.line(); // as another program may have left it, all wrong for a control
     cooked.c_iflag |= translations | IGNBRK | IGNPAR | IXON | IXANY;
     cooked.c_oflag |= OPOST | ONLCR;
     cooked.c_lflag |= ICANON | ECHO | ISIG;
@@ -96,7 +96,7 @@ void LineTest::settingThatTheDriverDidNotTakeIsAnError()
     asked.c_cflag = CS8 | CSTOPB | CRTSCTS;
     ::cfsetospeed(&asked, B150);
     ::cfsetispeed(&asked, B150);
-    for (const bool isAskedFor : {true, false}) { // on and reported off, then the other way round
+    for (const bool isAskedFor : {true, false}) { // on and read back off, then the other way round
         termios taken = asked;
         taken.c_cflag ^= changed;
         ::cfsetospeed(&taken, speed);
@@ -142,7 +142,7 @@ void LineTest::deviceBelongsToOnePort()
     QTRY_COMPARE(flock(next), 0);
 }
 
-void LineTest::unpluggedAdapterIsToldOnce()
+void LineTest::unpluggedAdapterIsReportedOnce()
 {
     OpenPort line;
     QList<int> told; // each with the number of writes that were complete before
@@ -158,7 +158,7 @@ void LineTest::unpluggedAdapterIsToldOnce()
     QVERIFY(line.rxCount == 0 && line.port->isOpen());
     PtyPair again;
     QVERIFY(line.port->Open(again.devicePath()) >= 0);
-    line.port->tmrRxTimer.stop(); // the write meets it first
+    line.port->tmrRxTimer.stop(); // the write is the first to find out
     again.hangUp();
     line.port->sendBytes("G0 X1\r\n");
     QTRY_COMPARE(line.txCount, 1); // nobody could act on a write's error: it counts as complete
