@@ -12,6 +12,13 @@
 /// One machine with its line and its transfer view, shown, ready to send.
 class BenchMachine
 {
+    struct Child : ChildView, TransferHost {
+        serialPort& machinePort() override { return port; }
+        serialPort port;
+    };
+    std::shared_ptr<Child> child_ = std::make_shared<Child>();
+    std::shared_ptr<MachineRecord> record_ = std::make_shared<MachineRecord>();
+
 public:
     BenchMachine(qint64 baud, qint64 flow, bool evenParity = false)
     {
@@ -20,10 +27,10 @@ public:
         record_->MCDBPAR = evenParity ? 2 : 0;
         g::mcIcons = {std::make_shared<MachineRecord>(), record_};
         g::mcChildViews = {std::make_shared<ChildView>(), child_};
-        child_->port->Speed = static_cast<unsigned long>(baud);
-        child_->port->FlowType = static_cast<int>(flow);
-        child_->port->Parity = evenParity ? 1 : 0;
-        if (child_->port->Open(line.devicePath()) < 0) qFatal("cannot open the line");
+        child_->port.Speed = static_cast<unsigned long>(baud);
+        child_->port.FlowType = static_cast<int>(flow);
+        child_->port.Parity = evenParity ? 1 : 0;
+        if (child_->port.Open(line.devicePath()) < 0) qFatal("cannot open the line");
         view.initialize(true, 1);
         view.resize(900, 600);
         view.show();
@@ -31,7 +38,7 @@ public:
     ~BenchMachine()
     {
         if (view.dncRunning()) view.btnStop_Click();
-        child_->port->Close();
+        child_->port.Close();
         g::mcIcons.clear();
         g::mcChildViews.clear();
     }
@@ -45,12 +52,4 @@ public:
 
     BenchLine line;
     viewTX view;
-
-private:
-    struct Child : ChildView, TransferHost {
-        std::shared_ptr<serialPort> machinePort() override { return port; }
-        std::shared_ptr<serialPort> port = std::make_shared<serialPort>();
-    };
-    std::shared_ptr<Child> child_ = std::make_shared<Child>();
-    std::shared_ptr<MachineRecord> record_ = std::make_shared<MachineRecord>();
 };

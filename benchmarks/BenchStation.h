@@ -72,9 +72,9 @@ struct BenchStation {
         mc->MCFLOW = 0;
         g::mcIcons = {std::make_shared<MachineRecord>(), mc};
         g::mcChildViews = {std::make_shared<ChildView>(), child};
-        child->port->Speed = 115200;
-        child->port->Parity = 0;
-        if (child->port->Open(control.path()) < 0) qFatal("cannot open the line");
+        child->port.Speed = 115200;
+        child->port.Parity = 0;
+        if (child->port.Open(control.path()) < 0) qFatal("cannot open the line");
         view.initialize(sends, 1);
         view.resize(900, 600);
         view.show();
@@ -84,7 +84,7 @@ struct BenchStation {
     }
     ~BenchStation()
     {
-        child->port->Close();
+        child->port.Close();
         g::mcIcons.clear();
         g::mcChildViews.clear();
     }
@@ -92,8 +92,8 @@ struct BenchStation {
     BenchStation& operator=(const BenchStation&) = delete;
 
     struct Child : ChildView, TransferHost {
-        std::shared_ptr<serialPort> machinePort() override { return port; }
-        std::shared_ptr<serialPort> port = std::make_shared<serialPort>();
+        serialPort& machinePort() override { return port; }
+        serialPort port;
     };
 
     FastControl control;

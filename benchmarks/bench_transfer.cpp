@@ -138,7 +138,7 @@ LineCost costOfLine(int lines)
     viewTX& view = station.view;
     int completions = 0;
     QObject observer;
-    view.nc->addObserver(&observer, QStringLiteral("TxOnComm"), station.child->port.get(),
+    view.nc->addObserver(&observer, QStringLiteral("TxOnComm"), &station.child->port,
                          [&completions](const Notification&) { ++completions; });
     const auto sendFromTheMiddle = [&] {
         station.editor->moveCaretTo(station.editor->textSize() / 2);

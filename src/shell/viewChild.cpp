@@ -58,6 +58,7 @@ viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
 viewChild::~viewChild()
 {
     delete frm;
+    delete ui->rootView; // the working views use the port
 }
 
 void viewChild::configurePort()

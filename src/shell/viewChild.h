@@ -30,8 +30,8 @@ public:
     ~viewChild() override;
 
     int iMcIndex = 0;
-    std::shared_ptr<serialPort> sp = std::make_shared<serialPort>();
-    std::shared_ptr<serialPort> machinePort() override { return sp; }
+    const std::unique_ptr<serialPort> sp = std::make_unique<serialPort>();
+    serialPort& machinePort() override { return *sp; }
 
     /// Opens the machine's port and loads the working view; a port that cannot be opened shows why and what to do.
     void startMode(int mode, int mcIndex);

@@ -31,8 +31,8 @@ private:
 } // namespace
 
 viewTX::viewTX(QWidget* parent)
-    : QWidget(parent), sp(std::make_shared<serialPort>()), mc(std::make_shared<MachineRecord>()),
-      ui(std::make_unique<Ui::viewTX>()), panel_(*this, (ui->setupUi(this), *ui)), program_(*ui->rt1), plain_(program_)
+    : QWidget(parent), mc(std::make_shared<MachineRecord>()), ui(std::make_unique<Ui::viewTX>()),
+      panel_(*this, (ui->setupUi(this), *ui)), program_(*ui->rt1), plain_(program_)
 {
     connect(ui->btnSend, &QPushButton::clicked, this, &viewTX::btnSend_Click);
     connect(ui->btnStop, &QPushButton::clicked, this, &viewTX::btnStop_Click);
@@ -88,17 +88,19 @@ void viewTX::initialize(bool send, int mcIndex)
     booModeTX = send;
     mode = send ? MODE_TX : MODE_RX;
     mc = g::mcIcons[mcIndex];
-    if (auto* host = dynamic_cast<TransferHost*>(g::mcChildViews[mcIndex].get())) sp = host->machinePort();
+    auto* const host = dynamic_cast<TransferHost*>(g::mcChildViews[mcIndex].get());
+    if (!host) qFatal("no port for the machine at index %d", mcIndex);
+    sp = &host->machinePort();
 
     panel_.showMode(send);
     setAcceptDrops(send);
     nc->removeObserver(this);
     disconnect(lostConnection_);
     // Shown in the view and on the icon. A message box would hold up the operators of other machines.
-    lostConnection_ = connect(sp.get(), &serialPort::lost, this, [this] { end(Ending::PortLost); });
+    lostConnection_ = connect(sp, &serialPort::lost, this, [this] { end(Ending::PortLost); });
     // A sending view listens, too: the control's start signal and XModem replies drive it.
-    nc->addObserver(this, Notifications::RxOnComm, sp.get(), [this](const Notification&) { RxOnComm(); });
-    if (send) nc->addObserver(this, Notifications::TxOnComm, sp.get(), [this](const Notification&) { TxOnComm(); });
+    nc->addObserver(this, Notifications::RxOnComm, sp, [this](const Notification&) { RxOnComm(); });
+    if (send) nc->addObserver(this, Notifications::TxOnComm, sp, [this](const Notification&) { TxOnComm(); });
 
     shownState_.reset(); // it may be the icon of another machine
     machineChanged();

@@ -76,7 +76,7 @@ public:
     /// Shows how far the transfer is: panel, percentage and the machine's icon.
     void movePBars();
 
-    std::shared_ptr<serialPort> sp;
+    serialPort* sp = nullptr; ///< the host's; none before initialize
     std::shared_ptr<MachineRecord> mc;
     NotificationCenter* nc = &NotificationCenter::defaultCenter();
     QString EOB, SOT, EOT;

@@ -62,6 +62,7 @@ TransferFacts viewTX::facts(TransferState state) const
 
 void viewTX::refreshStatus()
 {
+    if (!sp) return; // not bound to a machine yet
     const auto state = status_.state(now());
     const auto current = facts(state);
     panel_.showState(status_.headline(now(), current), status_.details(now(), current));

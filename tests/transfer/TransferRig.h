@@ -38,8 +38,8 @@ struct RigMachine : MachineRecord, MachineProgress {
 
 /// The container of the machine's view, with its open port.
 struct RigChild : ChildView, TransferHost {
-    std::shared_ptr<serialPort> machinePort() override { return port; }
-    std::shared_ptr<serialPort> port = std::make_shared<serialPort>();
+    serialPort& machinePort() override { return port; }
+    serialPort port;
 };
 
 /// One machine with its transfer view, shown, and the control at the other end of the line. Set the record up, then
@@ -174,7 +174,7 @@ public:
     PtyPair pty;
     std::shared_ptr<RigMachine> machine = std::make_shared<RigMachine>();
     std::shared_ptr<RigChild> child = std::make_shared<RigChild>();
-    serialPort& port = *child->port;
+    serialPort& port = child->port;
     std::unique_ptr<viewTX> view;
     ProgramEditor* editor = nullptr;
     int completions = 0;
