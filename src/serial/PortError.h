@@ -8,6 +8,7 @@ enum class PortError {
     None,
     Missing, ///< no such device, or its adapter is unplugged
     InUse,   ///< by another program, or by us
+    Closing, ///< we are done with it, but its driver is slow to close it
     NoPermission,
     NotASerialPort,
     NoSuchSpeed,      ///< the system knows no such rate

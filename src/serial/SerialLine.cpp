@@ -124,7 +124,7 @@ std::variant<std::shared_ptr<Descriptor>, PortFailure> SerialLine::openExclusive
     };
     if (::stat(name.constData(), &device) != 0) return systemFailure();
     // Opening a device that is being closed would hang in the driver until the close is over.
-    if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) return PortFailure{PortError::InUse};
+    if (!Descriptor::waitUntilReleased(device.st_rdev, releaseTime)) return PortFailure{PortError::Closing};
 
     const int fd = ::open(name.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) return systemFailure();

@@ -13,6 +13,8 @@ QString PortProblem::likelyCause(const Attempt& attempt)
     case PortError::InUse:
         return QStringLiteral("The port is in use by another program or by another machine's view. Close it there, "
                               "then try again.");
+    case PortError::Closing:
+        return QStringLiteral("The adapter's driver is still closing this port. Try again in a few seconds.");
     case PortError::NotASerialPort:
         return QStringLiteral("This is not a serial port.");
     case PortError::NoSuchSpeed:

@@ -140,6 +140,11 @@ void LineTest::deviceBelongsToOnePort()
     QVERIFY(second.Open(first.control.devicePath()) >= 0 && second.openError == PortError::None);
     QCOMPARE(first.port->Close(), -1);
     QTRY_COMPARE(flock(next), 0);
+
+    const auto slow = std::get<std::shared_ptr<Descriptor>>(SerialLine::openExclusive(next.devicePath()));
+    slow->shut(Descriptor::Pending::Send); // and its driver takes its time
+    second.Open(next.devicePath());
+    QCOMPARE(second.openError, PortError::Closing);
 }
 
 void LineTest::unpluggedAdapterIsReportedOnce()

@@ -216,6 +216,7 @@ void SetupTest::portThatCannotBeOpenedSaysWhatToDo_data()
     QTest::addColumn<PortFailure>("failure");
     QTest::addColumn<QString>("words"); // among others
     QTest::newRow("no permission") << PortFailure{PortError::NoPermission} << "(usually \"dialout\")";
+    QTest::newRow("slow to close") << PortFailure{PortError::Closing} << "still closing this port.";
     QTest::newRow("speed") << PortFailure{PortError::SpeedNotTaken} << "The adapter cannot do 150 baud.";
     QTest::newRow("stop bits") << PortFailure{PortError::StopBitsNotTaken} << "cannot do this number of stop bits.";
     QTest::newRow("RTS/CTS") << PortFailure{PortError::RtsCtsNotTaken} << "cannot switch RTS/CTS";
