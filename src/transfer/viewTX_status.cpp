@@ -63,9 +63,10 @@ TransferFacts viewTX::facts(TransferState state) const
 void viewTX::refreshStatus()
 {
     if (!sp) return; // not bound to a machine yet
-    const auto state = status_.state(now());
+    const qint64 at = now(); // one moment for all that is shown
+    const auto state = status_.state(at);
     const auto current = facts(state);
-    panel_.showState(status_.headline(now(), current), status_.details(now(), current));
+    panel_.showState(status_.headline(at, current), status_.details(at, current));
     if (shownState_ != state) {
         shownState_ = state;
         panel_.showStateImage(TransferStatus::image(state));
