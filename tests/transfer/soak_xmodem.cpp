@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <random>
+#include <termios.h>
 #include <unistd.h>
 
 namespace
@@ -36,6 +37,10 @@ struct Soak {
           device(::open(control.devicePath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)),
           relay({rig.pty.master(), rig.pty.master()}, {device, device}, plan)
     {
+        termios line{};
+        ::tcgetattr(device, &line); // the control's terminal is as the system makes it
+        ::cfmakeraw(&line);
+        ::tcsetattr(device, TCSANOW, &line);
         rig.machine->MCFLOW = 3;
         rig.machine->MCTXEOB = "LF";
         rig.start(sends);
