@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QtGlobal>
+
+#include <chrono>
+
+/// How much may be handed to a driver so that little is on its way to the control when that says stop. What a driver
+/// still holds can't be asked for: a USB adapter's chip has a buffer of its own (up to 640 bytes), which the system
+/// does not count. So the clock decides: a character that the line has had the time for is out. Has no clock of its
+/// own.
+class LineClock
+{
+public:
+    using Time = std::chrono::steady_clock::time_point;
+    using Duration = std::chrono::nanoseconds;
+
+    /// Speed in baud, 0 for a line that takes everything at once; bits of a character with start and stop bits.
+    LineClock(unsigned long speed, int bits);
+
+    /// Characters that may be handed over now.
+    qsizetype room(Time now) const;
+    void wrote(Time now, qsizetype characters);
+    /// How long to sleep until half of the room is free again, so that a fast line is not woken up for each character.
+    Duration untilRoom(Time now) const;
+    /// Characters that may be on their way at most.
+    qsizetype mostAhead() const { return mostAhead_; }
+
+private:
+    Duration ahead(Time now) const;
+
+    Duration character_{};
+    qsizetype mostAhead_ = 0;
+    Time busyUntil_{}; // by then the line has carried all that was handed over
+};

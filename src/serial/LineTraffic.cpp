@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "serial/LineTraffic.h"
+
+#include "serial/CustomObject.h"
+
+#include <algorithm>
+#include <array>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utility>
+
+namespace
+{
+using namespace std::chrono_literals;
+constexpr std::size_t readSize = 1024;
+constexpr LineClock::Duration shortestPause = 200us; // between looks at a fast line
+constexpr LineClock::Duration heldPause = 2ms;       // an XON must not cost the line more than a few characters
+constexpr LineClock::Duration longestPause = 10ms;   // a stop has to be seen soon on a slow line
+} // namespace
+
+LineTraffic::LineTraffic(std::shared_ptr<Descriptor> device, const Line& line)
+    : device_(std::move(device)), stripsParity_(line.stripsParity), clock_(line.speed, 1 + 8 + line.stopBits)
+{
+}
+
+void LineTraffic::setFlow(int flow, bool watches)
+{
+    const std::lock_guard lock(mutex_);
+    flow_.setMode(flow == 1 ? SoftwareFlow::Mode::Obey : watches ? SoftwareFlow::Mode::Watch : SoftwareFlow::Mode::Off);
+    obeysCts_ = flow == 2;
+    if (!obeysCts_) ctsOffSince_.reset();
+}
+
+void LineTraffic::look()
+{
+    const std::lock_guard lock(mutex_);
+    lookLocked();
+}
+
+void LineTraffic::lookLocked()
+{
+    std::array<char, readSize> buffer;
+    ssize_t count = 0;
+    do {
+        count = ::read(device_->get(), buffer.data(), buffer.size());
+        if (count < 1) return; // nothing, or a device that is gone: whoever writes or polls next will see
+        if (stripsParity_)
+            std::for_each(buffer.begin(), buffer.begin() + count,
+                          [](char& byte) { byte = static_cast<char>(byte & 0x7F); });
+        arrived_ += flow_.take({buffer.data(), static_cast<qsizetype>(count)}, std::chrono::steady_clock::now());
+    } while (static_cast<std::size_t>(count) == readSize);
+}
+
+QByteArray LineTraffic::takeArrived()
+{
+    const std::lock_guard lock(mutex_);
+    return std::exchange(arrived_, {});
+}
+
+// The driver obeys CTS as well, but what it has handed to the chip by then is out of its hands.
+void LineTraffic::noteCts(Time now)
+{
+    int modem = 0;
+    const bool isOff = obeysCts_ && ::ioctl(device_->get(), TIOCMGET, &modem) == 0 && (modem & TIOCM_CTS) == 0;
+    if (!isOff)
+        ctsOffSince_.reset();
+    else if (!ctsOffSince_)
+        ctsOffSince_ = now;
+}
+
+// A line that the driver itself holds has no room either, whatever the clock says.
+qsizetype LineTraffic::room(Time now) const
+{
+    const qsizetype room = clock_.room(now);
+    if (room == 0) return 0;
+    return std::min<qsizetype>(room, clock_.mostAhead() - CustomObject::bytesInTxBuffer(device_->get()));
+}
+
+Descriptor::WriteResult LineTraffic::write(const char* bytes, std::size_t count, std::size_t& taken)
+{
+    const std::lock_guard lock(mutex_);
+    lookLocked();
+    const auto now = std::chrono::steady_clock::now();
+    noteCts(now);
+    if (flow_.isHeld() || ctsOffSince_) return Descriptor::WriteResult::TryAgain;
+    const auto room = this->room(now);
+    if (room < 1) return Descriptor::WriteResult::TryAgain;
+    const auto before = taken;
+    const auto result = device_->write(bytes, std::min(count, static_cast<std::size_t>(room)), taken);
+    clock_.wrote(now, static_cast<qsizetype>(taken - before));
+    return result;
+}
+
+LineClock::Duration LineTraffic::pause() const
+{
+    const std::lock_guard lock(mutex_);
+    if (flow_.isHeld() || ctsOffSince_) return heldPause;
+    const auto untilRoom = clock_.untilRoom(std::chrono::steady_clock::now());
+    // With room and still nothing taken, it is the driver that holds the line.
+    return untilRoom == LineClock::Duration::zero() ? heldPause : std::clamp(untilRoom, shortestPause, longestPause);
+}
+
+std::optional<LineTraffic::Time> LineTraffic::heldSince() const
+{
+    const std::lock_guard lock(mutex_);
+    return flow_.isHeld() ? flow_.heldSince() : ctsOffSince_;
+}
+
+void LineTraffic::release()
+{
+    const std::lock_guard lock(mutex_);
+    flow_.release();
+}

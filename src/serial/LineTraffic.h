@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "serial/Descriptor.h"
+#include "serial/LineClock.h"
+#include "serial/SoftwareFlow.h"
+
+#include <QByteArray>
+
+#include <memory>
+#include <mutex>
+#include <optional>
+
+/// What goes over one open line in both directions, shared by the port and its writes. Holds the line itself, whatever
+/// the driver does: each write looks first at what has arrived, and hands over no more than the control can still be
+/// kept from. Any thread.
+class LineTraffic
+{
+public:
+    using Time = SoftwareFlow::Time;
+
+    struct Line {
+        unsigned long speed = 0; ///< baud
+        int stopBits = 1;
+        bool stripsParity = false; ///< bit 7 of what arrives is cleared here, because the line can't
+    };
+
+    LineTraffic(std::shared_ptr<Descriptor> device, const Line& line);
+
+    /// Flow control as serialPort::FlowType. On a line that `watches`, XON and XOFF count without it, too, and are left
+    /// in what arrives: the control's start signal is XON.
+    void setFlow(int flow, bool watches);
+    /// Reads what has arrived. Without a write under way this has to be called often enough for the driver's buffer.
+    void look();
+    /// What has arrived since the last call and is not flow control.
+    QByteArray takeArrived();
+
+    /// Hands over as many of the bytes as may be on their way now, which may be none; adds their number to `taken`.
+    Descriptor::WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
+    /// How long to sleep before the next write.
+    LineClock::Duration pause() const;
+
+    /// Since when the control has held the line, by XOFF or by CTS.
+    std::optional<Time> heldSince() const;
+    /// Sends on although the control's XON has not come.
+    void release();
+
+    Descriptor& device() const { return *device_; }
+
+private:
+    void lookLocked();
+    void noteCts(Time now);
+    qsizetype room(Time now) const;
+
+    const std::shared_ptr<Descriptor> device_;
+    const bool stripsParity_;
+    mutable std::mutex mutex_; // what arrives has to be read and judged in order
+    SoftwareFlow flow_;
+    LineClock clock_;
+    bool obeysCts_ = false;
+    std::optional<Time> ctsOffSince_;
+    QByteArray arrived_;
+};
