@@ -43,7 +43,8 @@ void set(tcflag_t& flags, tcflag_t mask, bool on)
 void setFlowFlags(termios& line, int flow)
 {
     line.c_iflag &= ~flowInputFlags;
-    set(line.c_iflag, IXON | IXOFF, flow == 1);
+    // Never IXON: on many USB adapters the driver swallows XOFF and goes on. Our writes obey it themselves.
+    set(line.c_iflag, IXOFF, flow == 1);
     set(line.c_cflag, CRTSCTS, flow == 2);
 }
 

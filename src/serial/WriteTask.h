@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "serial/Descriptor.h"
+#include "serial/LineTraffic.h"
 
 #include <QByteArray>
 
@@ -14,19 +14,15 @@
 class WriteTask
 {
 public:
-    struct Line {
-        std::shared_ptr<const std::atomic<bool>> stop; ///< the operator's Stop button
-        unsigned long speed = 0;                       ///< baud
-        int stopBits = 1;
-        bool evenParity = false;
-    };
+    /// The operator's Stop button.
+    using Stop = std::shared_ptr<const std::atomic<bool>>;
 
-    /// Without a device the bytes go nowhere and count as written.
-    WriteTask(std::shared_ptr<Descriptor> device, Line line, const QByteArray& bytes);
+    /// Without a line the bytes go nowhere and count as written.
+    WriteTask(std::shared_ptr<LineTraffic> line, Stop stop, bool evenParity, const QByteArray& bytes);
 
-    /// To be called once: waits until the driver has sent everything before, writes all bytes and lets go of the
-    /// device. False when stopped or abandoned, or when the device was shut. An error of the device counts as success,
-    /// because nobody could act on it.
+    /// To be called once: hands all bytes over as fast as the line carries them and the control lets them come, and
+    /// lets go of the line. False when stopped or abandoned, or when the device was shut. An error of the device counts
+    /// as success, because nobody could act on it.
     bool run();
 
     /// From here on nothing more is written. Returns the bytes that the driver did not take, without parity. Any
@@ -34,13 +30,11 @@ public:
     QByteArray abandon();
 
 private:
-    enum class Progress { Done, GivenUp, More, Wait };
-    Progress writeOnce(Descriptor& device);
-    bool isGivenUp(const Descriptor& device) const;
-    void sleepFor(int pendingBytes) const;
+    enum class Progress { Done, GivenUp, Wait };
+    Progress writePiece(LineTraffic& line);
 
-    std::shared_ptr<Descriptor> device_; // run() takes it out
-    const Line line_;
+    std::shared_ptr<LineTraffic> line_; // run() takes it out
+    const Stop stop_;
     const QByteArray bytes_;     // as given
     const QByteArray wireBytes_; // with parity
     std::mutex mutex_;           // a piece is written and counted in one step

@@ -4,20 +4,18 @@
 #include "config/NotificationNames.h"
 #include "platform/DeviceList.h"
 #include "platform/MainQueue.h"
-#include "serial/Descriptor.h"
+#include "serial/LineTraffic.h"
 #include "serial/SerialLine.h"
 #include "serial/WriteTask.h"
 
-#include <array>
 #include <bit>
-#include <unistd.h>
+#include <chrono>
 #include <utility>
 #include <variant>
 
 namespace
 {
 constexpr double pollInterval = 0.1; // s
-constexpr std::size_t readSize = 1024;
 constexpr int failed = -1;
 } // namespace
 
@@ -25,8 +23,6 @@ serialPort::serialPort(QObject* parent) : QObject(parent)
 {
     MainQueue::attachToMainThread();
     connect(&tmrRxTimer, &QTimer::timeout, this, &serialPort::tmrRx_Tick);
-    nextRead_.setSingleShot(true);
-    connect(&nextRead_, &QTimer::timeout, this, &serialPort::tmrRx_Tick);
 }
 
 serialPort::~serialPort()
@@ -42,14 +38,17 @@ int serialPort::Open(const QString& path)
         noteFailure(*failure);
         return hPort = failed;
     }
-    device_ = std::get<std::shared_ptr<Descriptor>>(std::move(opened));
-    hPort = device_->get();
+    auto device = std::get<std::shared_ptr<Descriptor>>(std::move(opened));
+    hPort = device->get();
     lostTold_ = false;
     if (FlowType == 3) {
         DataBits = 8;
         Parity = 0;
     }
     noteFailure(SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1}));
+    const LineTraffic::Line line{Speed, StopBits, SerialLine::readerStripsParity(Parity == 1)};
+    line_ = std::make_shared<LineTraffic>(std::move(device), line);
+    line_->setFlow(FlowType, false);
     if (openError != PortError::None) return Close();
     startRxTimer(pollInterval);
     return hPort;
@@ -79,11 +78,11 @@ void serialPort::letGo()
 {
     const bool cutOff = isCutOff();
     abandonWrites();
-    if (!device_) return;
+    if (!line_) return;
     writing_ = OrderedQueue(); // writes to the next device need not wait until one to this device has ended
-    device_->shut(cutOff ? Descriptor::Pending::Discard : Descriptor::Pending::Send);
+    line_->device().shut(cutOff ? Descriptor::Pending::Discard : Descriptor::Pending::Send);
     // Closing a line that the control holds can take the driver many seconds.
-    OrderedQueue().post([device = std::exchange(device_, nullptr)]() mutable { device.reset(); });
+    OrderedQueue().post([line = std::exchange(line_, nullptr)]() mutable { line.reset(); });
 }
 
 void serialPort::sendBytes(const QByteArray& bytes)
@@ -91,7 +90,7 @@ void serialPort::sendBytes(const QByteArray& bytes)
     // A stopped send may not have seen the flag yet: it must not go on once the flag is cleared.
     if (stopButtonPressed) abandonWrites();
     stopButtonPressed = false;
-    auto task = std::make_shared<WriteTask>(device_, WriteTask::Line{stop_, Speed, StopBits, Parity == 1}, bytes);
+    auto task = std::make_shared<WriteTask>(line_, stop_, Parity == 1, bytes);
     writes_.push_back(task);
     writing_.post([this, task, alive = std::weak_ptr<void>(alive_)]() mutable {
         if (!task->run()) return;
@@ -120,7 +119,7 @@ void serialPort::sendByte(std::uint8_t byte)
 
 bool serialPort::sendData(const QByteArray& bytes)
 {
-    return WriteTask(device_, {stop_, Speed, StopBits, false}, bytes).run();
+    return WriteTask(line_, stop_, false, bytes).run();
 }
 
 QByteArray serialPort::takeUnsentBytes()
@@ -132,7 +131,7 @@ void serialPort::discardCutOff()
 {
     if (!isCutOff()) return;
     abandonWrites();
-    if (device_) device_->discardPending();
+    if (line_) line_->device().discardPending();
 }
 
 QByteArray serialPort::abandonWrites()
@@ -150,9 +149,25 @@ QByteArray serialPort::readBytes()
 
 bool serialPort::setFlow(int flow)
 {
-    if (device_ && SerialLine::setFlow(device_->get(), flow)) return true;
+    if (line_ && SerialLine::setFlow(hPort, flow)) {
+        // Without flow control in the wait for a start signal, XON and XOFF still tell whether the control is ready.
+        line_->setFlow(flow, FlowType == 1);
+        return true;
+    }
     Close();
     return false;
+}
+
+std::optional<qint64> serialPort::heldFor() const
+{
+    const auto since = line_ ? line_->heldSince() : std::nullopt;
+    if (!since) return {};
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - *since).count();
+}
+
+void serialPort::sendOn()
+{
+    if (line_) line_->release();
 }
 
 std::uint8_t serialPort::SetParityBit(std::uint8_t byte)
@@ -166,7 +181,7 @@ std::uint8_t serialPort::SetParityBit(std::uint8_t byte)
 
 void serialPort::tellIfLost()
 {
-    if (lostTold_ || !device_ || !device_->isLost()) return;
+    if (lostTold_ || !line_ || !line_->device().isLost()) return;
     lostTold_ = true;
     Q_EMIT lost();
 }
@@ -178,19 +193,13 @@ void serialPort::startRxTimer(double interval)
 
 void serialPort::tmrRx_Tick()
 {
-    if (hPort < 0 || !device_) return;
+    if (hPort < 0 || !line_) return;
+    line_->look();
+    const QByteArray arrived = line_->takeArrived();
+    // An unplugged adapter reads as a line on which nothing arrives.
+    if (arrived.isEmpty()) return tellIfLost();
     const bool wasEmpty = bytesRxBuffer.isEmpty();
-    std::array<char, readSize> buffer{};
-    const ssize_t count = ::read(hPort, buffer.data(), buffer.size());
-    // Neither silence nor an error is worth a report, but an unplugged adapter looks the same.
-    if (count < 1) return tellIfLost();
-    if (SerialLine::readerStripsParity(Parity == 1)) {
-        for (char& byte : buffer)
-            byte = static_cast<char>(byte & 0x7F);
-    }
-    bytesRxBuffer.append(buffer.data(), count);
-    // There may be more: at 115200 baud more bytes arrive between two polls than one read takes.
-    if (static_cast<std::size_t>(count) == readSize) nextRead_.start(0);
+    bytesRxBuffer += arrived;
     if (wasEmpty) nc->post(Notifications::RxOnComm, this);
 }
 

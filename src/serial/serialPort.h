@@ -13,9 +13,10 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
-class Descriptor;
+class LineTraffic;
 class WriteTask;
 
 /// One RS-232 line to a CNC control. The line always carries 8 data bits without hardware parity; 7-bit even parity is
@@ -27,7 +28,10 @@ class WriteTask;
 ///
 /// Notifications, on the main thread, posted on nc with this object:
 /// - "RxOnComm": bytes arrived while bytesRxBuffer was empty.
-/// - "TxOnComm": the driver has taken all bytes of a send.
+/// - "TxOnComm": the driver has been given all bytes of a send, the last of them some milliseconds before they are out.
+///
+/// Flow control: the program itself stops writing when the control says so, whatever the adapter's driver does; no more
+/// than a few characters are on their way then.
 ///
 /// Errors:
 /// - Open returns -1 and openError says why.
@@ -72,7 +76,7 @@ public:
     void sendBytes(const QByteArray& bytes);
     /// Sends one byte, with parity whatever Parity is.
     void sendByte(std::uint8_t byte);
-    /// Waits until the driver has sent everything before, then writes all bytes as they are. False when stopped.
+    /// Writes all bytes as they are, no faster than the line carries them. False when stopped.
     /// Another thread may call it if the main thread neither opens nor closes the port meanwhile.
     bool sendData(const QByteArray& bytes);
     /// While stopButtonPressed is set: the bytes that a stop kept from the driver, in order and without parity, so that
@@ -89,8 +93,12 @@ public:
     QString readData() const { return {}; }
     QString readData(int) const { return {}; }
 
-    /// Changes the flow control of the open line (values as FlowType) and leaves FlowType as it is.
+    /// Changes the flow control of the open line (values as FlowType) and leaves FlowType as it is. A hold outlasts it.
     bool setFlow(int flow);
+    /// How long the control has been holding the line, by XOFF or CTS, in ms; nothing while it does not.
+    std::optional<qint64> heldFor() const;
+    /// Ends a hold by XOFF: the operator has seen that the control is ready and its XON was lost.
+    void sendOn();
 
     /// The byte with even parity in bit 7; NUL becomes 0x80. For 7-bit values: a byte with bit 7 set whose count of one
     /// bits is odd or 8 ends the program.
@@ -118,8 +126,7 @@ private:
     QByteArray abandonWrites();
     void writeFinished(const std::shared_ptr<WriteTask>& task);
 
-    QTimer nextRead_; // reads again before the next poll is due
-    std::shared_ptr<Descriptor> device_;
+    std::shared_ptr<LineTraffic> line_; // of the open device
     bool lostTold_ = false;
     OrderedQueue writing_;                                         // blocks must not overtake each other
     std::vector<std::shared_ptr<WriteTask>> writes_;               // no "TxOnComm" yet, in the order of sending

@@ -129,6 +129,7 @@ public:
         auto* edit = find<QComboBox>("cboPorts")->lineEdit();
         edit->selectAll();
         QTest::keyClicks(edit, port);
+        find<QComboBox>("cboBaud")->setCurrentText("115200"); // a slow line would only take longer
         click("btnSave");
         click("btnClose");
     }

@@ -14,7 +14,7 @@ inline std::shared_ptr<MachineRecord> machineOn(const QString& device, const QSt
     auto machine = std::make_shared<MachineRecord>();
     machine->MCPORT = device;
     machine->MCMODE = mode;
-    machine->MCBAUD = 115200; // the sender sleeps for as long as bytes would take on the wire
+    machine->MCBAUD = 115200; // no byte goes out faster than the line carries it
     return machine;
 }
 

@@ -259,9 +259,9 @@ private Q_SLOTS:
             place.letter = letter++;
             cncsim::Settings settings;
             settings.xonXoff = true;
-            settings.readRate = 30000;
+            settings.readRate = 10000; // a little slower than the line, so that it is held
             place.control = std::make_unique<cncsim::SimulatedControl>(settings);
-            for (const int lines : {40, 300, 3000}) {
+            for (const int lines : {40, 300, 1000}) {
                 QFile file(dir.filePath(QLatin1Char(place.letter) + QString::number(lines)));
                 QVERIFY(file.open(QIODevice::WriteOnly));
                 file.write(place.wire.addProgram(place.letter, static_cast<int>(place.files.size()), lines));

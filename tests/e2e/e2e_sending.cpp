@@ -45,7 +45,7 @@ private Q_SLOTS:
         cncsim::Settings settings;
         settings.evenParity = isEven;
         settings.xonXoff = holds;
-        settings.readRate = 30000; // slow enough to hold the line now and then
+        settings.readRate = 3000; // bytes a second; slow enough to hold the line now and then
         settings.start = waits ? cncsim::StartSignal::OnRequest : cncsim::StartSignal::None;
         cncsim::SimulatedControl control(settings);
         const auto machine = Shop::machineOn(QString::fromStdString(control.devicePath()), mode);

@@ -12,11 +12,11 @@
 class OpenPort
 {
 public:
-    explicit OpenPort(int flow = 0, int parity = 0)
+    explicit OpenPort(int flow = 0, int parity = 0, unsigned long speed = 9600)
     {
         port->nc->addObserver(&observer_, "TxOnComm", port.get(), [this](const Notification&) { ++txCount; });
         port->nc->addObserver(&observer_, "RxOnComm", port.get(), [this](const Notification&) { ++rxCount; });
-        port->Speed = 9600;
+        port->Speed = speed;
         port->FlowType = flow;
         port->Parity = parity;
         if (port->Open(control.devicePath()) < 0) qFatal("the port does not open");

@@ -13,6 +13,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace
+{
+constexpr unsigned long fastest = 230'400; // the line's own speed holds the sends back
+} // namespace
+
 class BytesTest : public QObject
 {
     Q_OBJECT
@@ -20,8 +25,10 @@ private Q_SLOTS:
     void bytesOnTheWire_data();
     void bytesOnTheWire();
     void controlHoldsOneMachineAndNoOther();
+    void holdsStopAProgramWithinAPiece_data();
+    void holdsStopAProgramWithinAPiece();
     void sendsThatDoNotWaitKeepTheirOrder();
-    void sendWaitsUntilEverythingBeforeIsOut();
+    void lineThatTheDriverHoldsTakesNoMore();
     void everyByteArrivesAsSevenBitsWithoutWaitingForThePoll();
     void arrivalIsReportedOnceUntilTheBytesAreTaken();
     void stopAndResumeLosesAndDoublesNothing();
@@ -71,10 +78,56 @@ void BytesTest::controlHoldsOneMachineAndNoOther()
     }
 }
 
+void BytesTest::holdsStopAProgramWithinAPiece_data()
+{
+    QTest::addColumn<unsigned long>("speed");
+    QTest::addColumn<int>("parity");
+    QTest::addColumn<int>("piece"); // characters that may be on their way
+    QTest::newRow("9600, 8 bits") << 9600UL << 0 << 4;
+    QTest::newRow("9600, even parity") << 9600UL << 1 << 4;
+    QTest::newRow("115200, 8 bits") << 115200UL << 0 << 45;
+    QTest::newRow("115200, even parity") << 115200UL << 1 << 45;
+}
+
+// The line discipline of this terminal obeys nothing. Whatever the machine's load, a write looks at what has arrived
+// before each piece: no more than the piece that was on its way comes after XOFF.
+void BytesTest::holdsStopAProgramWithinAPiece()
+{
+    QFETCH(unsigned long, speed);
+    QFETCH(int, parity);
+    QFETCH(int, piece);
+    OpenPort line(1, parity, speed);
+    QByteArray program;
+    for (int block = 0; program.size() < 1000; ++block)
+        program += "N" + QByteArray::number(block) + " G1 X1.5\r\n";
+    line.port->sendBytes(program);
+    QByteArray received;
+    const auto upTo = [&](qsizetype count) {
+        while (received.size() < count)
+            received += line.control.readAtLeast(1);
+    };
+    for (int hold = 1; hold <= 20; ++hold) {
+        upTo(40 * hold);
+        line.control.write(parity == 1 ? "\x93" : "\x13");
+        const auto before = received.size();
+        for (QByteArray more = "-"; !more.isEmpty(); received += more)
+            more = line.control.readAtLeast(1, 30);
+        QVERIFY2(received.size() - before <= 2 * piece, qPrintable(QString::number(received.size() - before)));
+        QVERIFY(line.port->heldFor());
+        line.control.write(parity == 1 ? "\x11" : "\x91"); // either form counts
+    }
+    upTo(program.size());
+    QTRY_COMPARE(line.txCount, 1);
+    for (char& byte : received)
+        byte = static_cast<char>(byte & 0x7F);
+    QCOMPARE(received, program);
+    QCOMPARE(line.port->readBytes(), QByteArray()); // flow control is not program text
+}
+
 // An XModem receiver may send two replies in a row; blocks in the wrong order would end the transfer.
 void BytesTest::sendsThatDoNotWaitKeepTheirOrder()
 {
-    OpenPort line;
+    OpenPort line(0, 0, fastest);
     QByteArray expected;
     for (int send = 0; send < 500; ++send) {
         const QByteArray bytes = "N" + QByteArray::number(send) + QByteArray(send % 100, 'X');
@@ -85,10 +138,10 @@ void BytesTest::sendsThatDoNotWaitKeepTheirOrder()
 }
 
 // A socket answers the query for pending bytes as a driver does; a pseudo-terminal always answers 0.
-void BytesTest::sendWaitsUntilEverythingBeforeIsOut()
+void BytesTest::lineThatTheDriverHoldsTakesNoMore()
 {
     std::array<int, 2> ends{};
-    QCOMPARE(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    QCOMPARE(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()), 0);
     const auto arrived = [&] {
         std::array<char, 16> buffer{};
         return QByteArray(buffer.data(), std::max<ssize_t>(::recv(ends[1], buffer.data(), 16, MSG_DONTWAIT), 0));
@@ -96,7 +149,9 @@ void BytesTest::sendWaitsUntilEverythingBeforeIsOut()
     QCOMPARE(::write(ends[0], "N10", 3), 3);
     if (CustomObject::bytesInTxBuffer(ends[0]) == 0) QSKIP("sockets do not count here");
     const auto stop = std::make_shared<std::atomic<bool>>(false);
-    WriteTask task(std::make_shared<Descriptor>(ends[0], dev_t{}), {stop, 9600, 1, false}, "N20");
+    const auto line = std::make_shared<LineTraffic>(std::make_shared<Descriptor>(ends[0], dev_t{}),
+                                                    LineTraffic::Line{9600, 1, false});
+    WriteTask task(line, stop, false, "N20");
     auto completed = std::async(std::launch::async, [&] { return task.run(); });
     QTest::qWait(30);
     QCOMPARE(arrived(), QByteArray("N10"));
@@ -137,15 +192,15 @@ void BytesTest::arrivalIsReportedOnceUntilTheBytesAreTaken()
     QCOMPARE(line.rxCount, 1);
 }
 
-// The control reads now and then, so that stops come before, while and after the driver takes the array.
+// Stops come before, while and after the driver takes the array.
 void BytesTest::stopAndResumeLosesAndDoublesNothing()
 {
     QRandomGenerator chance(7);
     QByteArray program;
-    while (program.size() < 150'000)
+    while (program.size() < 10'000)
         program += "N" + QByteArray::number(program.size()) + "\n";
     for (int round = 0; round < 10; ++round) {
-        OpenPort line(0, round % 2); // with parity nothing must be marked twice
+        OpenPort line(0, round % 2, fastest); // with parity nothing must be marked twice
         QByteArray received;
         line.port->sendBytes(program);
         while (line.txCount == 0) {
@@ -226,17 +281,17 @@ void BytesTest::bytesNeverReachAnotherDevice()
 // The end of a transfer sets the stop flag too, while the driver may still hold bytes that the control has to get.
 void BytesTest::closingDiscardsOnlyWhatAStopCutOff()
 {
-    OpenPort whole, cut;
-    whole.port->sendBytes(QByteArray(12'000, 'x'));
+    OpenPort whole(0, 0, fastest), cut(0, 0, fastest);
+    whole.port->sendBytes(QByteArray(3'000, 'x'));
     QTRY_COMPARE(whole.txCount, 1);
-    cut.port->sendBytes(QByteArray(500'000, 'x')); // more than the driver ever holds
+    cut.port->sendBytes(QByteArray(500'000, 'x'));
     QTest::qWait(20);
     for (auto* line : {&whole, &cut}) {
         line->port->stopButtonPressed = true;
         line->port->Close();
         QVERIFY(line->port->Open(line->control.devicePath()) >= 0); // at once, even while a write still holds it
     }
-    QCOMPARE(whole.control.readAtLeast(12'000).size(), 12'000);
+    QCOMPARE(whole.control.readAtLeast(3'000).size(), 3'000);
     QVERIFY(cut.control.readAtLeast(500'000, 60).size() < 12'000);
 }
 

@@ -100,7 +100,7 @@ private Q_SLOTS:
         QByteArray text;
         for (int line = 0; line < 200; ++line)
             text += "N" + QByteArray::number(line) +
-                    QByteArray(random.bounded(8000), static_cast<char>('A' + line % 26)) + '\n';
+                    QByteArray(random.bounded(200), static_cast<char>('A' + line % 26)) + '\n';
         TransferRig rig;
         rig.machine->MCMODE = mode;
         rig.machine->MCTXEOB = "LF";
