@@ -8,6 +8,7 @@
 void PlainSend::prepareFromTop(const Setup& setup)
 {
     setup_ = setup;
+    copy_ = 1;
     prepare(Place{State::Waiting, 0}, 0);
 }
 
@@ -15,6 +16,7 @@ void PlainSend::prepareFromCaret(const Setup& setup, qsizetype caret)
 {
     setup_ = setup;
     if (place_ && place_->next != caret) place_.reset();
+    if (!place_) copy_ = 1;
     prepare(place_, caret);
 }
 
@@ -50,7 +52,10 @@ PlainSend::Step PlainSend::written()
         return {Framing::trailer(setup_.filter.type, setup_.endOfTransfer, setup_.endOfBlock)};
     case State::Trailer:
         state_ = State::Idle;
-        if (setup_.repeats) prepare(Place{State::Waiting, 0}, 0);
+        if (setup_.repeats) {
+            prepare(Place{State::Waiting, 0}, 0);
+            ++copy_;
+        }
         return {.bytes = {}, .isSent = true};
     default:
         return {};

@@ -83,6 +83,8 @@ public:
     /// The line handed over last; empty, where the send starts, before the first.
     ProgramText::Line lineOut() const { return line_; }
     bool isLastLineOut() const { return next_ > 0 && next_ >= program_.size(); }
+    /// Number of the copy that is prepared, under way or was last; the first is 1.
+    int copy() const { return copy_; }
     /// The leader that an Okuma control wants before the first line is still to come.
     bool isLeaderDue() const { return isLeaderDue_; }
 
@@ -103,4 +105,5 @@ private:
     qsizetype next_ = 0;
     ProgramText::Line line_;
     bool isLeaderDue_ = true;
+    int copy_ = 1;
 };

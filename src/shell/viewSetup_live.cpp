@@ -58,8 +58,8 @@ void viewSetup::watchFields()
         connect(check, &QCheckBox::toggled, this, &viewSetup::showLive);
     connect(ui->cboPorts, &PortBox::aboutToShowList, this, &viewSetup::refreshPorts);
     connect(ui->cboPorts, &PortBox::currentTextChanged, this, &viewSetup::showPort);
-    for (auto* hint :
-         {ui->lblPortHint, ui->lblFlowHint, ui->lblEOBBytes, ui->lblSOTBytes, ui->lblEOTBytes, ui->lblKept})
+    for (auto* hint : {ui->lblPortHint, ui->lblFlowHint, ui->lblRepeatHint, ui->lblEOBBytes, ui->lblSOTBytes,
+                       ui->lblEOTBytes, ui->lblKept})
         TextLook::dim(*hint);
     QFont bold = ui->lblSummary->font();
     bold.setBold(true);
@@ -112,6 +112,14 @@ void viewSetup::showLine()
     }
     ui->lblFlowHint->setText(hint);
     ui->lblFlowHint->setHidden(hint.isEmpty());
+
+    // XON is both: the control's start signal, and the end of a hold while the last lines drain from its buffer.
+    const bool startsByItself =
+        flow == FlowControl::XonXoff && ui->chkWaitXOn->isChecked() && ui->chkAutoRepeat->isChecked();
+    ui->lblRepeatHint->setText(
+        QStringLiteral("A control that holds the line near the end of a copy starts the next one "
+                       "by itself as soon as its buffer has room again."));
+    ui->lblRepeatHint->setVisible(startsByItself);
 }
 
 void viewSetup::showPort()

@@ -140,6 +140,19 @@ void TransferPanel::hideWaitBox()
     ui_.boxWaitForCNC->hide();
 }
 
+void TransferPanel::offerSendOn(bool isOffered, TransferState state)
+{
+    if (isOffered == offersSendOn_) return; // the operator may have hidden the box
+    offersSendOn_ = isOffered;
+    ui_.btnSendNow->setText(isOffered ? QStringLiteral("Send o&n") : QStringLiteral("Send &now"));
+    ui_.btnSendNow->setAccessibleName(isOffered ? QStringLiteral("Send on") : QStringLiteral("Send now"));
+    if (!isOffered) return showWaitBox(state, true);
+    ui_.lblWaitForMC->setText(
+        QStringLiteral("The control has held the line for more than a minute.\n\nA long cut can take "
+                       "that long. If the control is ready, its XON was lost: send on."));
+    ui_.boxWaitForCNC->show();
+}
+
 void TransferPanel::whileConverting(const std::function<void()>& convert, bool canSendNow)
 {
     const QString kept = ui_.lblWaitForMC->text();

@@ -40,6 +40,9 @@ public:
     /// Shown while the state waits for the control, hidden in every other. "Send now" is offered if `canSendNow`.
     void showWaitBox(TransferState state, bool canSendNow);
     void hideWaitBox();
+    /// Borrows the wait box to offer "Send on" while the control has held the line for very long; afterwards it shows
+    /// what belongs to `state` again.
+    void offerSendOn(bool isOffered, TransferState state);
     /// Borrows the wait box to tell that a file is being converted: a large one keeps the event loop busy.
     void whileConverting(const std::function<void()>& convert, bool canSendNow);
 
@@ -56,4 +59,5 @@ private:
     QWidget& view_;
     Ui::viewTX& ui_;
     double percent_ = 0;
+    bool offersSendOn_ = false;
 };

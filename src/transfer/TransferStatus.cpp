@@ -11,7 +11,9 @@ using TransferWords::number;
 namespace
 {
 // At the slowest speeds a tick of the port brings a byte or two; beyond this nothing is arriving.
-constexpr qint64 quietTime = 2000; // ms
+constexpr qint64 quietTime = 2000;      // ms
+constexpr qint64 doubtfulHold = 60'000; // ms; a long cut can take as long, so the operator decides
+constexpr qint64 shownHold = 1000;      // ms; shorter ones are the pace of a control in drip feed
 const QString dot = QStringLiteral("  \u00B7  ");
 
 struct Look {
@@ -53,9 +55,19 @@ bool TransferStatus::isRunning() const
            entered_ == TransferState::Sending;
 }
 
+bool TransferStatus::isHeldByControl() const
+{
+    return heldFor_ && *heldFor_ >= shownHold;
+}
+
+bool TransferStatus::isHoldDoubtful() const
+{
+    return entered_ == TransferState::Sending && heldFor_ && *heldFor_ >= doubtfulHold;
+}
+
 TransferState TransferStatus::state(qint64 now) const
 {
-    if (entered_ == TransferState::Sending && clock.isHeld(now)) return TransferState::Held;
+    if (entered_ == TransferState::Sending && (isHeldByControl() || clock.isHeld(now))) return TransferState::Held;
     if (entered_ == TransferState::Receiving && (!lastByteAt_ || now - *lastByteAt_ >= quietTime))
         return TransferState::Listening;
     return entered_;
@@ -68,9 +80,8 @@ QString TransferStatus::headline(qint64 now, const TransferFacts& facts) const
     switch (current) {
     case TransferState::Held:
         if (facts.flow == FlowControl::XModem) return QStringLiteral("Waiting for the control's answer");
-        // Without flow control it can't be the control that holds the line.
-        return facts.flow == FlowControl::None ? QStringLiteral("Held: the line takes no bytes")
-                                               : QStringLiteral("Held by the control");
+        return isHeldByControl() ? QStringLiteral("Held by the control")
+                                 : QStringLiteral("Nothing moves: the line takes no bytes");
     case TransferState::Stopped:
         return QStringLiteral("Stopped at line %1, Send %2")
             .arg(number(facts.line), facts.flow == FlowControl::XModem ? QStringLiteral("starts again from the top")
@@ -131,10 +142,9 @@ QString TransferStatus::sendingDetails(qint64 now, const TransferFacts& facts)
                    TransferWords::count(clock.bytesSent(), "byte") + dot +
                    TransferWords::clockTime(clock.elapsed(now)) + QStringLiteral(" elapsed");
     const auto left = clock.remaining(now);
-    if (clock.isHeld(now))
-        text +=
-            dot + (facts.flow == FlowControl::XModem ? QStringLiteral("waiting for %1") : QStringLiteral("held for %1"))
-                      .arg(TransferWords::clockTime(clock.waitingFor(now)));
+    if (state(now) == TransferState::Held)
+        text += dot + (isHeldByControl() ? QStringLiteral("held for %1") : QStringLiteral("waiting for %1"))
+                          .arg(TransferWords::clockTime(isHeldByControl() ? *heldFor_ : clock.waitingFor(now)));
     else if (left)
         text += dot + TransferWords::about(static_cast<double>(*left)) + QStringLiteral(" left");
     return text;

@@ -50,6 +50,10 @@ public:
     TransferState entered() const { return entered_; }
     /// A send is under way or waits for the control.
     bool isRunning() const;
+    /// How long the control has been holding the line, as the port knows it, in ms; nothing while it does not.
+    void setHold(std::optional<qint64> heldFor) { heldFor_ = heldFor; }
+    /// The control has held a send for so long that its XON may have been lost.
+    bool isHoldDoubtful() const;
     /// Bytes have arrived.
     void received(qint64 now) { lastByteAt_ = now; }
     /// What was received is not in the editor any more.
@@ -68,9 +72,11 @@ public:
     static bool isLive(TransferState state);
 
 private:
+    bool isHeldByControl() const;
     QString sendingDetails(qint64 now, const TransferFacts& facts);
     QString receivingDetails(qint64 now, const TransferFacts& facts) const;
 
     TransferState entered_ = TransferState::Ready;
     std::optional<qint64> lastByteAt_;
+    std::optional<qint64> heldFor_;
 };

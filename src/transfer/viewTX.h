@@ -119,6 +119,7 @@ private:
     void readyAgain();
     void tellPortLost();
     void waitOrBegin();
+    void begin(const QString& how);
     void showLineOut();
     void showRewound();
     void end(Ending ending);
@@ -136,7 +137,6 @@ private:
     TransferFacts facts(TransferState state) const;
     void refreshStatus();
     void refreshStatusLater();
-
     std::unique_ptr<Ui::viewTX> ui;
     bool booModeTX = true;
     bool vTextLocked = false;
@@ -154,6 +154,6 @@ private:
     QElapsedTimer clock_;
     QTimer tmrStatus_;
     qsizetype firstLine_ = 1;
-    QString endNotice_;
+    QString notice_; // how the send started, or why it did not end as it should
     QMetaObject::Connection lostConnection_;
 };

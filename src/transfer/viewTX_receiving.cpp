@@ -31,7 +31,7 @@ void viewTX::actOnReplies(const QByteArray& bytes)
     if (xmodemSend_.state() == XModemSend::State::Idle) {
         // The first start signal may find the port lost: the next must not try again.
         for (auto startSignals = bytes.count(DC1); startSignals > 0 && booWaitingForStartSignal(); --startSignals)
-            beginSend();
+            begin(QStringLiteral("started by the control"));
         return;
     }
     for (const char reply : bytes) {

@@ -8,6 +8,8 @@
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferWords.h"
 
+#include <QTime>
+
 namespace
 {
 // Items of cbo1.
@@ -57,7 +59,7 @@ void viewTX::waitOrBegin()
     if (plain_.willContinue()) movePBars();
     const bool canWait = mc->MCFLOW == 0 || mc->MCFLOW == 1; // none or XON/XOFF
     if (!mc->MCWAIT || !canWait) return beginSend();
-    // The start signal is the XON byte: with flow control on, the driver would swallow it.
+    // The start signal is the XON byte: with flow control on, it would not get here.
     if (!sp->setFlow(0)) return tellPortLost();
     if (!plain_.willContinue()) status_.clock = {};
     enter(TransferState::WaitingForStart);
@@ -65,7 +67,13 @@ void viewTX::waitOrBegin()
 
 void viewTX::btnSendNow()
 {
-    beginSend();
+    if (status_.isHoldDoubtful()) {
+        const QString question =
+            QStringLiteral("Send on to %1?\r\rIf its buffer is still full, it loses what is sent now.");
+        if (g::msgBox(question.arg(mc->MCNAME), QStringLiteral("Send on"), QStringLiteral("Cancel"))) sp->sendOn();
+        return refreshStatus();
+    }
+    begin(QStringLiteral("started with Send now"));
 }
 
 void viewTX::btnHideWaitBox()
@@ -75,9 +83,17 @@ void viewTX::btnHideWaitBox()
 
 void viewTX::beginSend()
 {
+    begin(QStringLiteral("started"));
+}
+
+void viewTX::begin(const QString& how)
+{
     if (isXModem() && xmodemSend_.state() == XModemSend::State::Idle) return startXModem();
     if (!booWaitingForStartSignal()) return; // a second start signal must not start the program twice
     if (flowControl(mc->MCFLOW) == FlowControl::XonXoff && !sp->setFlow(1)) return tellPortLost();
+    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    notice_ =
+        mc->MCREPEAT ? QStringLiteral("Copy %1, %2 at %3").arg(QString::number(plain_.copy()), how, time) : QString();
     if (plain_.willContinue()) {
         status_.clock.resume(now());
         enter(TransferState::Sending);
@@ -124,7 +140,7 @@ void viewTX::end(Ending ending)
 {
     if (ending == Ending::PortLost && status_.entered() == TransferState::PortLost) return;
     if (status_.entered() == TransferState::Sending) movePBars(); // the mark, and the bars with it, may lag behind
-    endNotice_.clear();
+    notice_.clear();
     if (ending != Ending::Finished) sp->stopButtonPressed = true; // a finished one may still have EOT to write
     stopMachines(ending);
     ui->rt1->clearLineOut();
@@ -145,7 +161,7 @@ void viewTX::end(Ending ending)
 void viewTX::stopMachines(Ending ending)
 {
     xmodemSend_.stop();
-    if (ending == Ending::Cancelled) endNotice_ = blocksSent(xmodemSend_);
+    if (ending == Ending::Cancelled) notice_ = blocksSent(xmodemSend_);
     // The bytes that a stop cut off went with the port, so a stopped send of text can't be continued.
     if (ending == Ending::PortLost) return showRestart(plain_.lose());
     if (sendsXModem_) return;
@@ -164,8 +180,8 @@ void viewTX::showRestart(PlainSend::Restart restart)
     ui->cbo1->setCurrentIndex(restart == PlainSend::Restart::FromTop ? fromTheTop : fromTheCaret);
     ui->rt1->moveCaretTo(plain_.next()); // clicks during the transfer may have taken it elsewhere
     if (restart == PlainSend::Restart::FromLineOut)
-        endNotice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
-                         .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
+        notice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
+                      .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
 }
 
 void viewTX::btnRewind_Click()

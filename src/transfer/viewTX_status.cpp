@@ -48,9 +48,10 @@ TransferFacts viewTX::facts(TransferState state) const
         facts.notice = xmodemReceive_.notice();
         return facts;
     }
-    if (state == TransferState::Cancelled || state == TransferState::PortLost) facts.notice = endNotice_;
+    const bool isSending = state == TransferState::Sending || state == TransferState::Held;
+    if (isSending || state == TransferState::Cancelled || state == TransferState::PortLost) facts.notice = notice_;
     facts.isFromTop = isXModem() || startsFromTop();
-    const bool isOut = state == TransferState::Sending || state == TransferState::Held || sendsXModem_;
+    const bool isOut = isSending || sendsXModem_;
     const bool isNextSet = status_.isRunning() || state == TransferState::Stopped;
     const qsizetype next = isNextSet ? plain_.next() : ui->rt1->caret();
     facts.line = ui->rt1->lineNumber(isOut ? iIndexCurrentLine() : next);
@@ -64,6 +65,9 @@ void viewTX::refreshStatus()
 {
     if (!sp) return; // not bound to a machine yet
     const qint64 at = now(); // one moment for all that is shown
+    status_.setHold(sp->heldFor());
+    const bool canSendOn = status_.isHoldDoubtful() && flowControl(mc->MCFLOW) == FlowControl::XonXoff;
+    panel_.offerSendOn(canSendOn, status_.entered());
     const auto state = status_.state(at);
     const auto current = facts(state);
     panel_.showState(status_.headline(at, current), status_.details(at, current));

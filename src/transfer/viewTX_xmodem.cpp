@@ -29,6 +29,7 @@ void viewTX::startXModem()
     const LineFilter filter{ControlType::General, mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
     xmodemSend_.begin(xmodemProgram_.begin(program_, filter, EOB));
     sendsXModem_ = true;
+    notice_.clear();
     ui->rt1->clearLineOut();
     setPBarsHidden(false);
     movePBars();

@@ -217,7 +217,12 @@ private Q_SLOTS:
         Line line("G0\n", setup);
         QCOMPARE(line.play("Tbwww"), QByteArray("<G0\r\n>."));
         QCOMPARE(line.play("www"), QByteArray("<G0\r\n>.")); // it waits again
+        QCOMPARE(line.send.copy(), 2);
         QCOMPARE(line.play("be"), QByteArray("<G0\r\n>.<G0\r\n>."));
+        line.play("sC"); // stopped in the wait for the third copy, and on again
+        QCOMPARE(line.send.copy(), 3);
+        line.play("sT");
+        QCOMPARE(line.send.copy(), 1);
     }
 
     void lostPortLeavesNothingHalfSent_data()

@@ -105,12 +105,12 @@ private Q_SLOTS:
         QCOMPARE(rig.machine->activity, TransferActivity::Waiting);
         rig.click("btnHideWaitBox");
         QVERIFY(!rig.isShown("boxWaitForCNC") && rig.isShown("btnStop")); // it still waits
-        QVERIFY(!(rig.pty.line().c_iflag & IXON));                        // the driver would swallow the start signal
+        QVERIFY(!(rig.pty.line().c_iflag & IXOFF));                       // XON gets through, as the start signal
         QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier);    // does not choose a line
         QCOMPARE(rig.readAll(), QByteArray());
         rig.pty.write("G11 is no start" + startSignal);
         QTRY_VERIFY(!rig.view->booWaitingForStartSignal());
-        QCOMPARE(bool(rig.pty.line().c_iflag & IXON), flow == 1);
+        QCOMPARE(bool(rig.pty.line().c_iflag & IXOFF), flow == 1);
         QCOMPARE(rig.readUntilIdle(), onTheLine);
     }
 
@@ -134,6 +134,8 @@ private Q_SLOTS:
             QTRY_VERIFY(rig.isHeld);
             rig.deliver(startSignal);
             rig.releaseLine();
+            const QString started = QString("Copy %1, started by the control at ").arg(transfer + 1);
+            QVERIFY2(rig.details().contains(started), qPrintable(rig.details()));
             QCOMPARE(rig.pty.readAtLeast(whole.size()), whole);
             QTRY_VERIFY(rig.view->booWaitingForStartSignal());
             QCOMPARE(rig.readAll(), QByteArray());
@@ -168,7 +170,7 @@ private Q_SLOTS:
             if (stop == 0) rig.click("btnStop");
         }
         rig.deliver(startSignal);
-        QVERIFY(rig.pty.line().c_iflag & IXON);
+        QVERIFY(rig.pty.line().c_iflag & IXOFF);
         QCOMPARE(before + rig.readUntilIdle(), "%" + onTheLine);
     }
 
@@ -191,7 +193,7 @@ private Q_SLOTS:
         rig.startWith(program);
         rig.view->initialize(true, 1); // set up again, but must be told of each write once
         rig.sendUntilHeld(2);          // the second line does not go out
-        QTRY_COMPARE(rig.headline(), QString("Held by the control"));
+        QTRY_COMPARE(rig.headline(), QString("Nothing moves: the line takes no bytes"));
         QCOMPARE(rig.machine->activity, TransferActivity::Held);
         QVERIFY2(rig.details().startsWith(QString::fromUtf8("Line 2 of 3 · 4 bytes")), qPrintable(rig.details()));
         for (int stops = 0; stops < 2; ++stops) {
@@ -204,6 +206,23 @@ private Q_SLOTS:
         QVERIFY2(rig.headline().startsWith("Sent: 3 lines, 12 bytes in 0:0"), qPrintable(rig.headline()));
         rig.view.reset();
         QVERIFY(rig.machine->hidden && rig.machine->activity == TransferActivity::Idle);
+    }
+
+    void holdOfTheControlIsKnown()
+    {
+        TransferRig rig;
+        rig.machine->MCFLOW = 1;
+        rig.startWith(program);
+        rig.pty.write("\x13"); // before the send: the control's buffer is full from the last one
+        QTRY_VERIFY(rig.port.heldFor());
+        rig.click("btnSend");
+        QTRY_COMPARE(rig.headline(), QString("Held by the control"));
+        QVERIFY2(rig.details().contains("held for 0:0"), qPrintable(rig.details()));
+        rig.click("btnStop");
+        rig.click("btnSend");
+        QCOMPARE(rig.pty.readAtLeast(1, 30), QByteArray());
+        rig.pty.write("\x11");
+        QCOMPARE(rig.readUntilIdle(), onTheLine);
     }
 
     void holdIsMeasuredByBytesAndSpeed_data()
