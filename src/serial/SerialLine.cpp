@@ -150,6 +150,7 @@ PortFailure SerialLine::setUp(int descriptor, const Settings& settings)
     setFlowFlags(line, settings.flowType);
     termios taken{};
     if (::tcsetattr(descriptor, TCSANOW, &line) != 0 || ::tcgetattr(descriptor, &taken) != 0) return systemFailure();
+    SerialPlatform::askForLowLatency(descriptor);
     return {notTaken(line, taken)};
 }
 

@@ -11,4 +11,7 @@ bool stripHidesMarkedStop();
 
 /// Input translations that this platform has beyond those of POSIX.
 tcflag_t extraInputTranslations();
+
+/// Asks an adapter to pass on at once what arrives, if it can: one that saves up for 16 ms brings a stop that late.
+void askForLowLatency(int descriptor);
 } // namespace SerialPlatform

@@ -10,3 +10,6 @@ tcflag_t SerialPlatform::extraInputTranslations()
 {
     return 0;
 }
+
+// Nothing here that a program may set: the drivers keep it in their own configuration.
+void SerialPlatform::askForLowLatency(int) {}
