@@ -1,11 +1,13 @@
 #!/bin/bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Installs the packages of cmake/packages.txt that are missing. When none is missing it needs neither network nor root.
+# Installs the packages of a list (cmake/packages.txt) that are missing. When none is missing it needs neither network
+# nor root. Usage: tools/install-packages.sh [LIST]
 set -euo pipefail
 cd "$(dirname "$0")/.."
+list=${1:-cmake/packages.txt}
 
 if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-    echo "No Debian package tools here: the packages of cmake/packages.txt must be installed already." >&2
+    echo "No Debian package tools here: the packages of $list must be installed already." >&2
     exit 0
 fi
 
@@ -13,7 +15,7 @@ missing=()
 while read -r package; do
     status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
     [ "$status" = installed ] || missing+=("$package")
-done < <(sed 's/#.*//' cmake/packages.txt | grep -v '^[[:space:]]*$')
+done < <(sed 's/#.*//' "$list" | grep -v '^[[:space:]]*$')
 [ ${#missing[@]} -gt 0 ] || exit 0
 
 root=()
