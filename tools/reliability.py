@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Tests the program with faults, random input and long runs, and writes the results into docs/reliability.md.
 
-Usage: tools/reliability.py [faults] [monkey] [fuzz] [coverage] [soak]; without a name all of them, which takes more
+Usage: tools/reliability.py [faults] [adapters] [monkey] [fuzz] [coverage] [soak]; without a name all of them, which takes more
 than an hour. Each part replaces its own table in the page. Exits with 1 if a part broke a promise.
 """
 
@@ -66,6 +66,11 @@ def fault_table():
     return f"`ctest --preset release -R '{'|'.join(FAULTS)}'`", table
 
 
+def adapter_table():
+    log = output(["tests/adapters/run.sh"])
+    return "`tests/adapters/run.sh`", "\n".join(re.findall(r"^\|.*\|$", log, re.MULTILINE)) + "\n"
+
+
 def monkey_table():
     table = "| Build | Seed | Actions | Lines that reached the controls | Time |\n|---|---|---|---|---|\n"
     for preset, seed in (("asan", 11), ("tsan", 12)):
@@ -111,8 +116,8 @@ def soak_table():
     return "`build/release/tests/transfer/soak_xmodem`", "```\n" + "\n".join(notes) + "\n```\n"
 
 
-PARTS = {"faults": fault_table, "monkey": monkey_table, "fuzz": fuzz_table, "coverage": coverage_table,
-         "soak": soak_table}
+PARTS = {"faults": fault_table, "adapters": adapter_table, "monkey": monkey_table, "fuzz": fuzz_table,
+         "coverage": coverage_table, "soak": soak_table}
 
 
 def write(part, command, table):
