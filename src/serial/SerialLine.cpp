@@ -73,6 +73,14 @@ void setControl(termios& line, const SerialLine::Settings& settings)
     set(line.c_cflag, CSTOPB, settings.stopBits == 2);
     line.c_cc[VSTOP] = settings.evenParity ? markedStopCharacter : stopCharacter;
 }
+
+bool isSame(const termios& a, const termios& b)
+{
+    return a.c_iflag == b.c_iflag && a.c_oflag == b.c_oflag && a.c_cflag == b.c_cflag && a.c_lflag == b.c_lflag &&
+           a.c_cc[VSTOP] == b.c_cc[VSTOP] && ::cfgetospeed(&a) == ::cfgetospeed(&b) &&
+           ::cfgetispeed(&a) == ::cfgetispeed(&b);
+}
+
 // Where the code of a rate is the rate itself, a driver may report what its clock makes of it: 9615 for 9600.
 bool isSameSpeed(speed_t asked, speed_t taken)
 {
@@ -140,14 +148,16 @@ std::variant<std::shared_ptr<Descriptor>, PortFailure> SerialLine::openExclusive
 
 PortFailure SerialLine::setUp(int descriptor, const Settings& settings)
 {
-    termios line{};
-    if (::tcgetattr(descriptor, &line) != 0) return systemFailure();
+    termios before{};
+    if (::tcgetattr(descriptor, &before) != 0) return systemFailure();
+    termios line = before;
     if (!setSpeed(line, settings.speed)) return {PortError::NoSuchSpeed};
     setInput(line, settings);
     line.c_oflag = 0; // no output processing
     line.c_lflag = 0; // no canonical mode, echo or signals
     setControl(line, settings);
     setFlowFlags(line, settings.flowType);
+    if (isSame(line, before)) return {};
     termios taken{};
     if (::tcsetattr(descriptor, TCSANOW, &line) != 0 || ::tcgetattr(descriptor, &taken) != 0) return systemFailure();
     SerialPlatform::askForLowLatency(descriptor);

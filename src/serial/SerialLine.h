@@ -24,8 +24,8 @@ struct Settings {
 /// The device, or why it did not open. Waits a moment if this program is still closing it.
 std::variant<std::shared_ptr<Descriptor>, PortFailure> openExclusive(const QString& path);
 
-/// Sets all that Settings names, and reads it back: drivers also report success for what their adapter cannot do.
-/// PortError::None on success.
+/// Sets all that Settings names unless it is so already, and reads it back: drivers also report success for what their
+/// adapter cannot do. PortError::None on success.
 PortFailure setUp(int descriptor, const Settings& settings);
 
 /// Which of speed, stop bits and RTS/CTS the driver did not set as asked: the first, or None.

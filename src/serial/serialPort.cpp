@@ -45,13 +45,26 @@ int serialPort::Open(const QString& path)
         DataBits = 8;
         Parity = 0;
     }
-    noteFailure(SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1}));
+    const bool isSetUp = setUpLine();
     const LineTraffic::Line line{Speed, StopBits, SerialLine::readerStripsParity(Parity == 1)};
     line_ = std::make_shared<LineTraffic>(std::move(device), line);
     line_->setFlow(FlowType, false);
-    if (openError != PortError::None) return Close();
+    if (!isSetUp) return Close();
     startRxTimer(pollInterval);
     return hPort;
+}
+
+bool serialPort::setUpLine()
+{
+    noteFailure(SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1}));
+    return openError == PortError::None;
+}
+
+bool serialPort::restoreLine()
+{
+    if (!line_ || setUpLine()) return true;
+    Close();
+    return false;
 }
 
 void serialPort::noteFailure(const PortFailure& failure)

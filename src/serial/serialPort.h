@@ -95,6 +95,9 @@ public:
 
     /// Changes the flow control of the open line (values as FlowType) and leaves FlowType as it is. A hold outlasts it.
     bool setFlow(int flow);
+    /// Sets the line up as Open did if another program has changed it since. False, and the port is closed, if that
+    /// fails. Before a send: a program that asks every serial port for a modem does that, for one.
+    bool restoreLine();
     /// How long the control has been holding the line, by XOFF or CTS, in ms; nothing while it does not.
     std::optional<qint64> heldFor() const;
     /// Ends a hold by XOFF: the operator has seen that the control is ready and its XON was lost.
@@ -119,6 +122,7 @@ Q_SIGNALS:
     void lost();
 
 private:
+    bool setUpLine();
     void noteFailure(const PortFailure& failure);
     bool isCutOff() const;
     void letGo();

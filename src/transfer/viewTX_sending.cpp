@@ -39,6 +39,7 @@ void viewTX::btnSend_Click()
         if (sp->Open(mc->MCPORT) < 0) return tellPortLost();
         enter(TransferState::Ready);
     }
+    if (!sp->restoreLine()) return tellPortLost();
     progress().setPBarMaximum(static_cast<double>(program_.size()));
     if (isXModem() || startsFromTop()) btnRewind_Click();
     if (isXModem()) return beginSend();

@@ -68,6 +68,17 @@ void LineTest::openSetsTheLineUp()
     QCOMPARE(line.c_cflag & (CSIZE | CREAD | CLOCAL | PARENB | CSTOPB | CRTSCTS), control8);
     QCOMPARE(line.c_cc[VSTOP], static_cast<cc_t>(isEven ? 0x93 : 0x13));
     QVERIFY(::cfgetospeed(&line) == codes[rate] && ::cfgetispeed(&line) == codes[rate]);
+
+    termios changed = line; // by another program
+    changed.c_iflag |= ICRNL | IXON;
+    changed.c_cflag ^= CSTOPB;
+    ::cfsetospeed(&changed, B2400);
+    ::tcsetattr(control.slave(), TCSANOW, &changed);
+    QVERIFY(port.restoreLine());
+    const termios restored = control.line();
+    QVERIFY(restored.c_iflag == line.c_iflag && restored.c_cflag == line.c_cflag);
+    QCOMPARE(::cfgetospeed(&restored), ::cfgetospeed(&line));
+
     for (const int later : {0, 1, 2, 3}) {
         QVERIFY(port.setFlow(later));
         QCOMPARE(control.line().c_iflag & (IXON | IXOFF | IXANY), later == 1 ? IXOFF : 0U);
