@@ -35,11 +35,6 @@ void LineTraffic::setFlow(int flow, bool watches)
 void LineTraffic::look()
 {
     const std::lock_guard lock(mutex_);
-    lookLocked();
-}
-
-void LineTraffic::lookLocked()
-{
     std::array<char, readSize> buffer;
     ssize_t count = 0;
     do {
@@ -80,7 +75,6 @@ qsizetype LineTraffic::room(Time now) const
 Descriptor::WriteResult LineTraffic::write(const char* bytes, std::size_t count, std::size_t& taken)
 {
     const std::lock_guard lock(mutex_);
-    lookLocked();
     const auto now = std::chrono::steady_clock::now();
     noteCts(now);
     if (flow_.isHeld() || ctsOffSince_) return Descriptor::WriteResult::TryAgain;

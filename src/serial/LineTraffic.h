@@ -35,7 +35,8 @@ public:
     /// What has arrived since the last call and is not flow control.
     QByteArray takeArrived();
 
-    /// Hands over as many of the bytes as may be on their way now, which may be none; adds their number to `taken`.
+    /// Hands over as many of the bytes as may be on their way now, which may be none; adds their number to `taken`. To
+    /// be called right after look().
     Descriptor::WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
     /// How long to sleep before the next write.
     LineClock::Duration pause() const;
@@ -48,7 +49,6 @@ public:
     Descriptor& device() const { return *device_; }
 
 private:
-    void lookLocked();
     void noteCts(Time now);
     qsizetype room(Time now) const;
 

@@ -24,6 +24,7 @@ WriteTask::WriteTask(std::shared_ptr<LineTraffic> line, Stop stop, bool evenPari
 WriteTask::Progress WriteTask::writePiece(LineTraffic& line)
 {
     const std::lock_guard lock(mutex_);
+    line.look(); // before the stop is asked for: the XON of a stopped send must not let a piece of it out
     if (stop_->load() || abandoned_ || line.device().isShut()) return Progress::GivenUp;
     const auto size = static_cast<std::size_t>(wireBytes_.size());
     if (taken_ == size) return Progress::Done;
