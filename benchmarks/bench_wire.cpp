@@ -67,7 +67,7 @@ struct Wire {
     double sent(const BenchLine::Mark& mark, std::chrono::steady_clock::time_point time) const
     {
         const double since = std::chrono::duration<double>(time - mark.time).count();
-        const double inFifo = std::max(0.0, PacedLine::fifoSize - since / byteTime);
+        const double inFifo = std::max(0.0, static_cast<double>(mark.newest) - since / byteTime);
         return static_cast<double>(mark.bytes) - inFifo;
     }
 };

@@ -43,5 +43,5 @@ void LineClock::wrote(Time now, qsizetype characters)
 
 LineClock::Duration LineClock::untilRoom(Time now) const
 {
-    return std::max<Duration>(Duration::zero(), ahead(now) - (mostAhead_ / 2) * character_);
+    return std::max<Duration>(Duration::zero(), ahead(now) - (mostAhead_ / 4) * character_);
 }

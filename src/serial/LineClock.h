@@ -5,10 +5,9 @@
 
 #include <chrono>
 
-/// How much may be handed to a driver so that little is on its way to the control when that says stop. What a driver
-/// still holds can't be asked for: a USB adapter's chip has a buffer of its own (up to 640 bytes), which the system
-/// does not count. So the clock decides: a character that the line has had the time for is out. Has no clock of its
-/// own.
+/// How much may be handed to a driver so that little is on its way to the control when it says stop. A driver cannot be
+/// asked how much it still holds: a USB adapter's chip has a buffer of its own (up to 640 bytes), which the system does
+/// not count. So the clock decides: a character that the line has had the time for is out. The caller passes the time.
 class LineClock
 {
 public:
@@ -21,7 +20,7 @@ public:
     /// Characters that may be handed over now.
     qsizetype room(Time now) const;
     void wrote(Time now, qsizetype characters);
-    /// How long to sleep until half of the room is free again, so that a fast line is not woken up for each character.
+    /// How long to sleep until most of the room is free again: waking up for each character would cost the processor.
     Duration untilRoom(Time now) const;
     /// Characters that may be on their way at most.
     qsizetype mostAhead() const { return mostAhead_; }

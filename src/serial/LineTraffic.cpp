@@ -15,7 +15,7 @@ namespace
 using namespace std::chrono_literals;
 constexpr std::size_t readSize = 1024;
 constexpr LineClock::Duration shortestPause = 200us; // between looks at a fast line
-constexpr LineClock::Duration heldPause = 2ms;       // an XON must not cost the line more than a few characters
+constexpr LineClock::Duration heldPause = 2ms;       // an XON is seen that much late at most
 constexpr LineClock::Duration longestPause = 10ms;   // a stop has to be seen soon on a slow line
 } // namespace
 
@@ -27,6 +27,7 @@ LineTraffic::LineTraffic(std::shared_ptr<Descriptor> device, const Line& line)
 void LineTraffic::setFlow(int flow, bool watches)
 {
     const std::lock_guard lock(mutex_);
+    readLocked(); // what came before counts as it did then: an old XON is no start signal
     flow_.setMode(flow == 1 ? SoftwareFlow::Mode::Obey : watches ? SoftwareFlow::Mode::Watch : SoftwareFlow::Mode::Off);
     obeysCts_ = flow == 2;
     if (!obeysCts_) ctsOffSince_.reset();
@@ -35,6 +36,11 @@ void LineTraffic::setFlow(int flow, bool watches)
 void LineTraffic::look()
 {
     const std::lock_guard lock(mutex_);
+    readLocked();
+}
+
+void LineTraffic::readLocked()
+{
     std::array<char, readSize> buffer;
     ssize_t count = 0;
     do {
@@ -54,14 +60,27 @@ QByteArray LineTraffic::takeArrived()
 }
 
 // The driver obeys CTS as well, but what it has handed to the chip by then is out of its hands.
-void LineTraffic::noteCts(Time now)
+void LineTraffic::lookAtCts()
 {
+    {
+        const std::lock_guard lock(mutex_);
+        if (!obeysCts_) return;
+    }
     int modem = 0;
-    const bool isOff = obeysCts_ && ::ioctl(device_->get(), TIOCMGET, &modem) == 0 && (modem & TIOCM_CTS) == 0;
-    if (!isOff)
+    if (::ioctl(device_->get(), TIOCMGET, &modem) != 0) return;
+    const bool isOn = (modem & TIOCM_CTS) != 0;
+    const std::lock_guard lock(mutex_);
+    hasSeenCts_ = hasSeenCts_ || isOn;
+    if (isOn || !hasSeenCts_ || !obeysCts_)
         ctsOffSince_.reset();
     else if (!ctsOffSince_)
-        ctsOffSince_ = now;
+        ctsOffSince_ = std::chrono::steady_clock::now();
+}
+
+void LineTraffic::forgetCts()
+{
+    const std::lock_guard lock(mutex_);
+    ctsOffSince_.reset();
 }
 
 // A line that the driver itself holds has no room either, whatever the clock says.
@@ -75,24 +94,24 @@ qsizetype LineTraffic::room(Time now) const
 Descriptor::WriteResult LineTraffic::write(const char* bytes, std::size_t count, std::size_t& taken)
 {
     const std::lock_guard lock(mutex_);
-    const auto now = std::chrono::steady_clock::now();
-    noteCts(now);
-    if (flow_.isHeld() || ctsOffSince_) return Descriptor::WriteResult::TryAgain;
-    const auto room = this->room(now);
+    isRefused_ = false;
+    if (flow_.isHeld() || ctsOffSince_)
+        return device_->isLost() ? Descriptor::WriteResult::Failed : Descriptor::WriteResult::TryAgain;
+    const auto room = this->room(std::chrono::steady_clock::now());
     if (room < 1) return Descriptor::WriteResult::TryAgain;
     const auto before = taken;
     const auto result = device_->write(bytes, std::min(count, static_cast<std::size_t>(room)), taken);
-    clock_.wrote(now, static_cast<qsizetype>(taken - before));
+    // The time after the write: a process that slept before it would have room for more at once.
+    clock_.wrote(std::chrono::steady_clock::now(), static_cast<qsizetype>(taken - before));
+    isRefused_ = taken == before;
     return result;
 }
 
 LineClock::Duration LineTraffic::pause() const
 {
     const std::lock_guard lock(mutex_);
-    if (flow_.isHeld() || ctsOffSince_) return heldPause;
-    const auto untilRoom = clock_.untilRoom(std::chrono::steady_clock::now());
-    // With room and still nothing taken, it is the driver that holds the line.
-    return untilRoom == LineClock::Duration::zero() ? heldPause : std::clamp(untilRoom, shortestPause, longestPause);
+    if (flow_.isHeld() || ctsOffSince_ || isRefused_) return heldPause;
+    return std::clamp(clock_.untilRoom(std::chrono::steady_clock::now()), shortestPause, longestPause);
 }
 
 std::optional<LineTraffic::Time> LineTraffic::heldSince() const
@@ -101,8 +120,9 @@ std::optional<LineTraffic::Time> LineTraffic::heldSince() const
     return flow_.isHeld() ? flow_.heldSince() : ctsOffSince_;
 }
 
-void LineTraffic::release()
+void LineTraffic::release(std::chrono::milliseconds age)
 {
     const std::lock_guard lock(mutex_);
-    flow_.release();
+    const auto since = flow_.heldSince();
+    if (since && std::chrono::steady_clock::now() - *since >= age) flow_.release();
 }

@@ -12,8 +12,8 @@
 #include <optional>
 
 /// What goes over one open line in both directions, shared by the port and its writes. Holds the line itself, whatever
-/// the driver does: each write looks first at what has arrived, and hands over no more than the control can still be
-/// kept from. Any thread.
+/// the driver does: each write looks first at what has arrived, and never hands over more than a few characters that
+/// may still reach the control after its stop. Any thread.
 class LineTraffic
 {
 public:
@@ -32,24 +32,29 @@ public:
     void setFlow(int flow, bool watches);
     /// Reads what has arrived. Without a write under way this has to be called often enough for the driver's buffer.
     void look();
+    /// Asks for CTS where flow control goes by it. Can take as long as an adapter takes to answer: not on the main
+    /// thread, and not while anything is locked.
+    void lookAtCts();
+    /// Nobody writes any more, so nobody looks at CTS.
+    void forgetCts();
     /// What has arrived since the last call and is not flow control.
     QByteArray takeArrived();
 
     /// Hands over as many of the bytes as may be on their way now, which may be none; adds their number to `taken`. To
-    /// be called right after look().
+    /// be called right after lookAtCts() and look().
     Descriptor::WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
     /// How long to sleep before the next write.
     LineClock::Duration pause() const;
 
     /// Since when the control has held the line, by XOFF or by CTS.
     std::optional<Time> heldSince() const;
-    /// Sends on although the control's XON has not come.
-    void release();
+    /// Ends a hold by XOFF if it has lasted at least that long.
+    void release(std::chrono::milliseconds age);
 
     Descriptor& device() const { return *device_; }
 
 private:
-    void noteCts(Time now);
+    void readLocked();
     qsizetype room(Time now) const;
 
     const std::shared_ptr<Descriptor> device_;
@@ -58,6 +63,8 @@ private:
     SoftwareFlow flow_;
     LineClock clock_;
     bool obeysCts_ = false;
+    bool hasSeenCts_ = false; // some drivers report it only later, or never: until then it holds nothing here
+    bool isRefused_ = false;  // there was room, and the driver took nothing
     std::optional<Time> ctsOffSince_;
     QByteArray arrived_;
 };

@@ -4,7 +4,7 @@
 #include <linux/serial.h>
 #include <sys/ioctl.h>
 
-// Linux strips bit 7 before it looks for the stop character, so a marked XOFF would pass unseen.
+// Linux strips bit 7 before it looks for its stop character, 0x93 on a marked line.
 bool SerialPlatform::stripHidesMarkedStop()
 {
     return true;

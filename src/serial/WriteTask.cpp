@@ -23,8 +23,9 @@ WriteTask::WriteTask(std::shared_ptr<LineTraffic> line, Stop stop, bool evenPari
 
 WriteTask::Progress WriteTask::writePiece(LineTraffic& line)
 {
-    const std::lock_guard lock(mutex_);
+    line.lookAtCts();
     line.look(); // before the stop is asked for: the XON of a stopped send must not let a piece of it out
+    const std::lock_guard lock(mutex_);
     if (stop_->load() || abandoned_ || line.device().isShut()) return Progress::GivenUp;
     const auto size = static_cast<std::size_t>(wireBytes_.size());
     if (taken_ == size) return Progress::Done;
@@ -50,6 +51,7 @@ bool WriteTask::run()
         std::this_thread::sleep_for(line->pause());
         progress = writePiece(*line);
     }
+    line->forgetCts();
     return progress == Progress::Done;
 }
 

@@ -76,8 +76,19 @@ void serialPort::noteFailure(const PortFailure& failure)
 int serialPort::Close()
 {
     tmrRxTimer.stop();
+    const QByteArray arrived = line_ ? line_->takeArrived() : QByteArray(); // read by a write
     letGo();
-    return hPort = failed;
+    hPort = failed;
+    noteArrived(arrived);
+    return failed;
+}
+
+void serialPort::noteArrived(const QByteArray& bytes)
+{
+    if (bytes.isEmpty()) return;
+    const bool wasEmpty = bytesRxBuffer.isEmpty();
+    bytesRxBuffer += bytes;
+    if (wasEmpty) nc->post(Notifications::RxOnComm, this);
 }
 
 // The flag alone does not tell: it is also set after a program that went out whole, and what the driver still holds of
@@ -178,9 +189,9 @@ std::optional<qint64> serialPort::heldFor() const
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - *since).count();
 }
 
-void serialPort::sendOn()
+void serialPort::sendOn(qint64 heldFor)
 {
-    if (line_) line_->release();
+    if (line_) line_->release(std::chrono::milliseconds(heldFor));
 }
 
 std::uint8_t serialPort::SetParityBit(std::uint8_t byte)
@@ -211,9 +222,7 @@ void serialPort::tmrRx_Tick()
     const QByteArray arrived = line_->takeArrived();
     // An unplugged adapter reads as a line on which nothing arrives.
     if (arrived.isEmpty()) return tellIfLost();
-    const bool wasEmpty = bytesRxBuffer.isEmpty();
-    bytesRxBuffer += arrived;
-    if (wasEmpty) nc->post(Notifications::RxOnComm, this);
+    noteArrived(arrived);
 }
 
 int serialPort::findSerialDevices(QStringList& paths) const

@@ -93,15 +93,17 @@ public:
     QString readData() const { return {}; }
     QString readData(int) const { return {}; }
 
-    /// Changes the flow control of the open line (values as FlowType) and leaves FlowType as it is. A hold outlasts it.
+    /// Changes the flow control of the open line (values as FlowType) and leaves FlowType as it is. On a line with
+    /// FlowType 1 a hold outlasts a change between 0 and 1.
     bool setFlow(int flow);
     /// Sets the line up as Open did if another program has changed it since. False, and the port is closed, if that
     /// fails. Before a send: a program that asks every serial port for a modem does that, for one.
     bool restoreLine();
     /// How long the control has been holding the line, by XOFF or CTS, in ms; nothing while it does not.
     std::optional<qint64> heldFor() const;
-    /// Ends a hold by XOFF: the operator has seen that the control is ready and its XON was lost.
-    void sendOn();
+    /// Ends a hold by XOFF that has lasted for at least `heldFor` ms: the operator has seen that the control is ready
+    /// and its XON was lost. A younger hold is another one.
+    void sendOn(qint64 heldFor);
 
     /// The byte with even parity in bit 7; NUL becomes 0x80. For 7-bit values: a byte with bit 7 set whose count of one
     /// bits is odd or 8 ends the program.
@@ -123,6 +125,7 @@ Q_SIGNALS:
 
 private:
     bool setUpLine();
+    void noteArrived(const QByteArray& bytes);
     void noteFailure(const PortFailure& failure);
     bool isCutOff() const;
     void letGo();

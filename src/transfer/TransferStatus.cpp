@@ -55,6 +55,11 @@ bool TransferStatus::isRunning() const
            entered_ == TransferState::Sending;
 }
 
+void TransferStatus::setHold(std::optional<qint64> heldFor, qint64 now)
+{
+    heldFor_ = heldFor ? std::min(*heldFor, now - enteredAt_) : heldFor;
+}
+
 bool TransferStatus::isHeldByControl() const
 {
     return heldFor_ && *heldFor_ >= shownHold;

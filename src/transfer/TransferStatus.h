@@ -46,12 +46,17 @@ public:
     TransferClock clock;
 
     /// The transfer is now in this state. Held and Listening are derived, from Sending and Receiving.
-    void enter(TransferState state) { entered_ = state; }
+    void enter(TransferState state, qint64 now)
+    {
+        entered_ = state;
+        enteredAt_ = now;
+    }
     TransferState entered() const { return entered_; }
     /// A send is under way or waits for the control.
     bool isRunning() const;
-    /// How long the control has been holding the line, as the port knows it, in ms; nothing while it does not.
-    void setHold(std::optional<qint64> heldFor) { heldFor_ = heldFor; }
+    /// How long the control has been holding the line, as the port knows it, in ms; nothing while it does not. What
+    /// came before the state was entered does not count: at the end of a program many controls hold the line.
+    void setHold(std::optional<qint64> heldFor, qint64 now);
     /// The control has held a send for so long that its XON may have been lost.
     bool isHoldDoubtful() const;
     /// Bytes have arrived.
@@ -78,5 +83,6 @@ private:
 
     TransferState entered_ = TransferState::Ready;
     std::optional<qint64> lastByteAt_;
+    qint64 enteredAt_ = 0;
     std::optional<qint64> heldFor_;
 };

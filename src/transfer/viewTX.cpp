@@ -131,7 +131,7 @@ bool viewTX::isXModem() const
 // Nothing else changes the state; the buttons, the lock, the boxes and the timers follow from it.
 void viewTX::enter(TransferState state)
 {
-    status_.enter(state);
+    status_.enter(state, now());
     setDncRunning(status_.isRunning());
     panel_.showLock(vTextLocked, status_.isRunning());
     // An XModem send always starts at the top, when the control asks for it.

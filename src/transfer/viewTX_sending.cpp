@@ -35,6 +35,7 @@ void viewTX::btnSend_Click()
                   QStringLiteral("OK"), {});
         return;
     }
+    sp->tmrRx_Tick(); // what came before is no start signal
     if (status_.entered() == TransferState::PortLost) {
         if (sp->Open(mc->MCPORT) < 0) return tellPortLost();
         enter(TransferState::Ready);
@@ -69,9 +70,11 @@ void viewTX::waitOrBegin()
 void viewTX::btnSendNow()
 {
     if (status_.isHoldDoubtful()) {
+        const qint64 heldFor = sp->heldFor().value_or(0); // the send may go on and be held anew behind the question
         const QString question =
             QStringLiteral("Send on to %1?\r\rIf its buffer is still full, it loses what is sent now.");
-        if (g::msgBox(question.arg(mc->MCNAME), QStringLiteral("Send on"), QStringLiteral("Cancel"))) sp->sendOn();
+        if (g::msgBox(question.arg(mc->MCNAME), QStringLiteral("Send on"), QStringLiteral("Cancel")))
+            sp->sendOn(heldFor);
         return refreshStatus();
     }
     begin(QStringLiteral("started with Send now"));
@@ -92,9 +95,10 @@ void viewTX::begin(const QString& how)
     if (isXModem() && xmodemSend_.state() == XModemSend::State::Idle) return startXModem();
     if (!booWaitingForStartSignal()) return; // a second start signal must not start the program twice
     if (flowControl(mc->MCFLOW) == FlowControl::XonXoff && !sp->setFlow(1)) return tellPortLost();
+    const QString started = plain_.willContinue() ? QStringLiteral("continued") : how;
     const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
-    notice_ =
-        mc->MCREPEAT ? QStringLiteral("Copy %1, %2 at %3").arg(QString::number(plain_.copy()), how, time) : QString();
+    notice_ = mc->MCREPEAT ? QStringLiteral("Copy %1, %2 at %3").arg(QString::number(plain_.copy()), started, time)
+                           : QString();
     if (plain_.willContinue()) {
         status_.clock.resume(now());
         enter(TransferState::Sending);

@@ -63,9 +63,9 @@ TransferFacts viewTX::facts(TransferState state) const
 
 void viewTX::refreshStatus()
 {
-    if (!sp) return; // not bound to a machine yet
+    if (!sp) return;         // not bound to a machine yet
     const qint64 at = now(); // one moment for all that is shown
-    status_.setHold(sp->heldFor());
+    status_.setHold(sp->heldFor(), at);
     const bool canSendOn = status_.isHoldDoubtful() && flowControl(mc->MCFLOW) == FlowControl::XonXoff;
     panel_.offerSendOn(canSendOn, status_.entered());
     const auto state = status_.state(at);

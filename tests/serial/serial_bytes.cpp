@@ -15,6 +15,12 @@
 
 namespace
 {
+bool hasUnread(const OpenPort& line)
+{
+    int waiting = 0;
+    return ::ioctl(line.port->hPort, FIONREAD, &waiting) == 0 && waiting > 0;
+}
+
 constexpr unsigned long fastest = 230'400; // the line's own speed holds the sends back
 } // namespace
 
@@ -27,6 +33,10 @@ private Q_SLOTS:
     void controlHoldsOneMachineAndNoOther();
     void holdsStopAProgramWithinAPiece_data();
     void holdsStopAProgramWithinAPiece();
+    void goFromBeforeAWaitDoesNotStartIt();
+    void onlyALongHoldIsReleased();
+    void whatAWriteHasReadOutlastsClosing();
+    void heldWriteEndsWithItsDevice();
     void sendsThatDoNotWaitKeepTheirOrder();
     void lineThatTheDriverHoldsTakesNoMore();
     void everyByteArrivesAsSevenBitsWithoutWaitingForThePoll();
@@ -122,6 +132,56 @@ void BytesTest::holdsStopAProgramWithinAPiece()
         byte = static_cast<char>(byte & 0x7F);
     QCOMPARE(received, program);
     QCOMPARE(line.port->readBytes(), QByteArray()); // flow control is not program text
+}
+
+// XON ended a hold while flow control was on; in the wait that follows it would be the start signal.
+void BytesTest::goFromBeforeAWaitDoesNotStartIt()
+{
+    OpenPort line(1);
+    line.hold();
+    line.port->tmrRxTimer.stop();
+    line.release();
+    QTRY_VERIFY(hasUnread(line));
+    QVERIFY(line.port->setFlow(0));
+    line.port->tmrRx_Tick();
+    QCOMPARE(line.port->readBytes(), QByteArray());
+    line.release();
+    line.port->startRxTimer(0.001);
+    QTRY_COMPARE(line.port->bytesRxBuffer, QByteArray("\x11"));
+}
+
+void BytesTest::onlyALongHoldIsReleased()
+{
+    OpenPort line(1);
+    line.hold();
+    line.port->sendBytes("N10\n");
+    line.port->sendOn(60'000);
+    QCOMPARE(line.control.readAtLeast(1, 30), QByteArray());
+    line.port->sendOn(10);
+    QCOMPARE(line.control.readAtLeast(4), QByteArray("N10\n"));
+}
+
+void BytesTest::whatAWriteHasReadOutlastsClosing()
+{
+    OpenPort line(0, 0, 300);
+    line.port->tmrRxTimer.stop();
+    line.port->sendBytes(QByteArray(100, 'x'));
+    line.control.write("N10");
+    QTest::qWait(50); // the write reads it
+    QVERIFY(!hasUnread(line));
+    line.port->Close();
+    QCOMPARE(line.port->readBytes(), QByteArray("N10"));
+    QCOMPARE(line.rxCount, 1);
+}
+
+void BytesTest::heldWriteEndsWithItsDevice()
+{
+    OpenPort line(1);
+    line.hold();
+    auto done = std::async(std::launch::async, [&line] { return line.port->sendData("N10\n"); });
+    QTest::qSleep(20);
+    line.control.hangUp();
+    QVERIFY(done.get());
 }
 
 // An XModem receiver may send two replies in a row; blocks in the wrong order would end the transfer.
