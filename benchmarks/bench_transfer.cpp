@@ -84,15 +84,16 @@ void benchSendingOneLine(int megabytes)
     QElapsedTimer timer;
     timer.start();
     station.view.btnSend_Click();
-    qint64 longest = 0; // ns in which the window did not respond
-    while (station.view.dncRunning()) {
+    qint64 longest = 0;                                           // ns in which the window did not respond
+    while (station.view.dncRunning() && timer.elapsed() < 3000) { // the line would take an hour for the whole
         QElapsedTimer turn;
         turn.start();
         QApplication::processEvents();
         longest = std::max(longest, turn.nsecsElapsed());
     }
-    std::printf("send  one line of %4d MB   whole %8.1f ms   longest without an answer %8.1f ms\n", megabytes,
-                milliseconds(timer), static_cast<double>(longest) / 1e6);
+    std::printf("send  one line of %4d MB   longest without an answer %8.1f ms\n", megabytes,
+                static_cast<double>(longest) / 1e6);
+    station.view.btnStop_Click();
 }
 
 // Looks for what is not there, which takes longest.
@@ -131,7 +132,7 @@ struct LineCost {
 // Sends from the middle of the program, where a cost that grows with the position would show; a short one repeatedly.
 LineCost costOfLine(int lines)
 {
-    constexpr int sent = 20'000;
+    constexpr int sent = 1000; // the line takes its time
     constexpr int calls = 300;
     BenchStation station(program(lines));
     g::mcIcons[1]->MCREPEAT = true;
@@ -172,7 +173,7 @@ LineCost costOfLine(int lines)
 // Medians of several rounds: handing a line over between two threads takes a different time in each run.
 void benchSending()
 {
-    constexpr int rounds = 7;
+    constexpr int rounds = 3;
     constexpr std::array sizes{1000, 100'000, 1'000'000, 2'500'000};
     std::array<std::vector<LineCost>, sizes.size()> costs;
     for (int round = 0; round < rounds; ++round)
@@ -184,7 +185,7 @@ void benchSending()
         return costs[size][rounds / 2].*part;
     };
     for (std::size_t size = 0; size < sizes.size(); ++size) {
-        std::printf("send  %9d lines of program   %6.3f ms a line on a free line (%.2f of the first), of the processor "
+        std::printf("send  %9d lines of program   %6.3f ms a line at 115200 baud (%.2f of the first), of the processor "
                     "%6.3f ms (%.2f)   sendLine alone %6.3f ms\n",
                     sizes[size], median(size, &LineCost::whole),
                     median(size, &LineCost::whole) / median(0, &LineCost::whole), median(size, &LineCost::work),
