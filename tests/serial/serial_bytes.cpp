@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The bytes on the line, both ways. Whatever is stopped, continued or closed, each byte goes out once, and only to its
 // own machine.
-#include "serial/CustomObject.h"
 #include "serial/OpenPort.h"
-#include "serial/WriteTask.h"
 
 #include <QRandomGenerator>
 
 #include <array>
-#include <future>
 #include <sys/ioctl.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace
@@ -30,15 +26,8 @@ class BytesTest : public QObject
 private Q_SLOTS:
     void bytesOnTheWire_data();
     void bytesOnTheWire();
-    void controlHoldsOneMachineAndNoOther();
-    void holdsStopAProgramWithinAPiece_data();
-    void holdsStopAProgramWithinAPiece();
-    void goFromBeforeAWaitDoesNotStartIt();
-    void onlyALongHoldIsReleased();
     void whatAWriteHasReadOutlastsClosing();
-    void heldWriteEndsWithItsDevice();
     void sendsThatDoNotWaitKeepTheirOrder();
-    void lineThatTheDriverHoldsTakesNoMore();
     void everyByteArrivesAsSevenBitsWithoutWaitingForThePoll();
     void arrivalIsReportedOnceUntilTheBytesAreTaken();
     void stopAndResumeLosesAndDoublesNothing();
@@ -72,95 +61,6 @@ void BytesTest::bytesOnTheWire()
     QCOMPARE(line.control.readAtLeast(3), QByteArray("\xC3\x95\x06"));
 }
 
-void BytesTest::controlHoldsOneMachineAndNoOther()
-{
-    for (const int parity : {0, 1}) { // XOFF is 0x13 or 0x93
-        OpenPort line(1, parity), other(1, parity);
-        line.hold();
-        line.port->sendBytes("ABD\n"); // even bit counts: the same on both wires
-        other.port->sendBytes("ABD\n");
-        QCOMPARE(other.control.readAtLeast(4), QByteArray("ABD\n"));
-        QCOMPARE(line.control.readAtLeast(1, 80), QByteArray());
-        QCOMPARE(line.txCount, 0);
-        line.release();
-        QCOMPARE(line.control.readAtLeast(4), QByteArray("ABD\n"));
-        QTRY_COMPARE(line.txCount, 1);
-    }
-}
-
-void BytesTest::holdsStopAProgramWithinAPiece_data()
-{
-    QTest::addColumn<unsigned long>("speed");
-    QTest::addColumn<int>("parity");
-    QTest::addColumn<int>("piece"); // characters that may be on their way
-    QTest::newRow("9600, 8 bits") << 9600UL << 0 << 4;
-    QTest::newRow("9600, even parity") << 9600UL << 1 << 4;
-    QTest::newRow("115200, 8 bits") << 115200UL << 0 << 45;
-    QTest::newRow("115200, even parity") << 115200UL << 1 << 45;
-}
-
-// The line discipline of this terminal obeys nothing. Whatever the machine's load, a write looks at what has arrived
-// before each piece: no more than the piece that was on its way comes after XOFF.
-void BytesTest::holdsStopAProgramWithinAPiece()
-{
-    QFETCH(unsigned long, speed);
-    QFETCH(int, parity);
-    QFETCH(int, piece);
-    OpenPort line(1, parity, speed);
-    QByteArray program;
-    for (int block = 0; program.size() < 1000; ++block)
-        program += "N" + QByteArray::number(block) + " G1 X1.5\r\n";
-    line.port->sendBytes(program);
-    QByteArray received;
-    const auto upTo = [&](qsizetype count) {
-        while (received.size() < count)
-            received += line.control.readAtLeast(1);
-    };
-    for (int hold = 1; hold <= 20; ++hold) {
-        upTo(40 * hold);
-        line.control.write(parity == 1 ? "\x93" : "\x13");
-        const auto before = received.size();
-        for (QByteArray more = "-"; !more.isEmpty(); received += more)
-            more = line.control.readAtLeast(1, 30);
-        QVERIFY2(received.size() - before <= 2 * piece, qPrintable(QString::number(received.size() - before)));
-        QVERIFY(line.port->heldFor());
-        line.control.write(parity == 1 ? "\x11" : "\x91"); // either form counts
-    }
-    upTo(program.size());
-    QTRY_COMPARE(line.txCount, 1);
-    for (char& byte : received)
-        byte = static_cast<char>(byte & 0x7F);
-    QCOMPARE(received, program);
-    QCOMPARE(line.port->readBytes(), QByteArray()); // flow control is not program text
-}
-
-// XON ended a hold while flow control was on; in the wait that follows it would be the start signal.
-void BytesTest::goFromBeforeAWaitDoesNotStartIt()
-{
-    OpenPort line(1);
-    line.hold();
-    line.port->tmrRxTimer.stop();
-    line.release();
-    QTRY_VERIFY(hasUnread(line));
-    QVERIFY(line.port->setFlow(0));
-    line.port->tmrRx_Tick();
-    QCOMPARE(line.port->readBytes(), QByteArray());
-    line.release();
-    line.port->startRxTimer(0.001);
-    QTRY_COMPARE(line.port->bytesRxBuffer, QByteArray("\x11"));
-}
-
-void BytesTest::onlyALongHoldIsReleased()
-{
-    OpenPort line(1);
-    line.hold();
-    line.port->sendBytes("N10\n");
-    line.port->sendOn(60'000);
-    QCOMPARE(line.control.readAtLeast(1, 30), QByteArray());
-    line.port->sendOn(10);
-    QCOMPARE(line.control.readAtLeast(4), QByteArray("N10\n"));
-}
-
 void BytesTest::whatAWriteHasReadOutlastsClosing()
 {
     OpenPort line(0, 0, 300);
@@ -174,16 +74,6 @@ void BytesTest::whatAWriteHasReadOutlastsClosing()
     QCOMPARE(line.rxCount, 1);
 }
 
-void BytesTest::heldWriteEndsWithItsDevice()
-{
-    OpenPort line(1);
-    line.hold();
-    auto done = std::async(std::launch::async, [&line] { return line.port->sendData("N10\n"); });
-    QTest::qSleep(20);
-    line.control.hangUp();
-    QVERIFY(done.get());
-}
-
 // An XModem receiver may send two replies in a row; blocks in the wrong order would end the transfer.
 void BytesTest::sendsThatDoNotWaitKeepTheirOrder()
 {
@@ -195,29 +85,6 @@ void BytesTest::sendsThatDoNotWaitKeepTheirOrder()
         expected += bytes;
     }
     QCOMPARE(line.control.readAtLeast(expected.size()), expected);
-}
-
-// A socket answers the query for pending bytes as a driver does; a pseudo-terminal always answers 0.
-void BytesTest::lineThatTheDriverHoldsTakesNoMore()
-{
-    std::array<int, 2> ends{};
-    QCOMPARE(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()), 0);
-    const auto arrived = [&] {
-        std::array<char, 16> buffer{};
-        return QByteArray(buffer.data(), std::max<ssize_t>(::recv(ends[1], buffer.data(), 16, MSG_DONTWAIT), 0));
-    };
-    QCOMPARE(::write(ends[0], "N10", 3), 3);
-    if (CustomObject::bytesInTxBuffer(ends[0]) == 0) QSKIP("sockets do not count here");
-    const auto stop = std::make_shared<std::atomic<bool>>(false);
-    const auto line = std::make_shared<LineTraffic>(std::make_shared<Descriptor>(ends[0], dev_t{}),
-                                                    LineTraffic::Line{9600, 1, false});
-    WriteTask task(line, stop, false, "N20");
-    auto completed = std::async(std::launch::async, [&] { return task.run(); });
-    QTest::qWait(30);
-    QCOMPARE(arrived(), QByteArray("N10"));
-    QVERIFY(completed.get());
-    QCOMPARE(arrived(), QByteArray("N20"));
-    ::close(ends[1]);
 }
 
 // At 115200 baud more comes in between two polls than one read takes.
