@@ -14,6 +14,7 @@ namespace
 {
 using namespace std::chrono_literals;
 constexpr std::size_t readSize = 1024;
+constexpr int mostReads = 64;                        // of one look: a flood must not hold up the window
 constexpr LineClock::Duration shortestPause = 200us; // between looks at a fast line
 constexpr LineClock::Duration heldPause = 2ms;       // an XON is seen that much late at most
 constexpr LineClock::Duration longestPause = 10ms;   // a stop has to be seen soon on a slow line
@@ -22,12 +23,18 @@ constexpr LineClock::Duration longestPause = 10ms;   // a stop has to be seen so
 LineTraffic::LineTraffic(std::shared_ptr<Descriptor> device, const Line& line)
     : device_(std::move(device)), stripsParity_(line.stripsParity), clock_(line.speed, 1 + 8 + line.stopBits)
 {
+    applyFlow(line.flow, false);
 }
 
 void LineTraffic::setFlow(int flow, bool watches)
 {
     const std::lock_guard lock(mutex_);
     readLocked(); // what came before counts as it did then: an old XON is no start signal
+    applyFlow(flow, watches);
+}
+
+void LineTraffic::applyFlow(int flow, bool watches)
+{
     flow_.setMode(flow == 1 ? SoftwareFlow::Mode::Obey : watches ? SoftwareFlow::Mode::Watch : SoftwareFlow::Mode::Off);
     obeysCts_ = flow == 2;
     if (!obeysCts_) ctsOffSince_.reset();
@@ -42,15 +49,15 @@ void LineTraffic::look()
 void LineTraffic::readLocked()
 {
     std::array<char, readSize> buffer;
-    ssize_t count = 0;
-    do {
-        count = ::read(device_->get(), buffer.data(), buffer.size());
+    for (int reads = 0; reads < mostReads; ++reads) {
+        const ssize_t count = ::read(device_->get(), buffer.data(), buffer.size());
         if (count < 1) return; // nothing, or a device that is gone: whoever writes or polls next will see
         if (stripsParity_)
             std::for_each(buffer.begin(), buffer.begin() + count,
                           [](char& byte) { byte = static_cast<char>(byte & 0x7F); });
         arrived_ += flow_.take({buffer.data(), static_cast<qsizetype>(count)}, std::chrono::steady_clock::now());
-    } while (static_cast<std::size_t>(count) == readSize);
+        if (static_cast<std::size_t>(count) < readSize) return;
+    }
 }
 
 QByteArray LineTraffic::takeArrived()

@@ -23,6 +23,7 @@ public:
         unsigned long speed = 0; ///< baud
         int stopBits = 1;
         bool stripsParity = false; ///< bit 7 of what arrives is cleared here, because the line can't
+        int flow = 0;              ///< as serialPort::FlowType
     };
 
     LineTraffic(std::shared_ptr<Descriptor> device, const Line& line);
@@ -54,6 +55,7 @@ public:
     Descriptor& device() const { return *device_; }
 
 private:
+    void applyFlow(int flow, bool watches);
     void readLocked();
     qsizetype room(Time now) const;
 

@@ -46,9 +46,8 @@ int serialPort::Open(const QString& path)
         Parity = 0;
     }
     const bool isSetUp = setUpLine();
-    const LineTraffic::Line line{Speed, StopBits, SerialLine::readerStripsParity(Parity == 1)};
+    const LineTraffic::Line line{Speed, StopBits, SerialLine::readerStripsParity(Parity == 1), FlowType};
     line_ = std::make_shared<LineTraffic>(std::move(device), line);
-    line_->setFlow(FlowType, false);
     if (!isSetUp) return Close();
     startRxTimer(pollInterval);
     return hPort;
@@ -91,8 +90,8 @@ void serialPort::noteArrived(const QByteArray& bytes)
     if (wasEmpty) nc->post(Notifications::RxOnComm, this);
 }
 
-// The flag alone does not tell: it is also set after a program that went out whole, and what the driver still holds of
-// that program must reach the control.
+// The flag alone does not tell: a stop may come when all writes are complete, and what the driver still holds of them
+// must reach the control.
 bool serialPort::isCutOff() const
 {
     return stopButtonPressed && !writes_.empty();

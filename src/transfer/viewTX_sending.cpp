@@ -35,12 +35,12 @@ void viewTX::btnSend_Click()
                   QStringLiteral("OK"), {});
         return;
     }
-    sp->tmrRx_Tick(); // what came before is no start signal
     if (status_.entered() == TransferState::PortLost) {
         if (sp->Open(mc->MCPORT) < 0) return tellPortLost();
         enter(TransferState::Ready);
     }
-    if (!sp->restoreLine()) return tellPortLost();
+    sp->tmrRx_Tick(); // what came before is no start signal; and a port that is gone shows
+    if (status_.entered() == TransferState::PortLost || !sp->restoreLine()) return tellPortLost();
     progress().setPBarMaximum(static_cast<double>(program_.size()));
     if (isXModem() || startsFromTop()) btnRewind_Click();
     if (isXModem()) return beginSend();

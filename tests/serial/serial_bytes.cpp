@@ -205,7 +205,7 @@ void BytesTest::bytesNeverReachAnotherDevice()
     }
 }
 
-// The end of a transfer sets the stop flag too, while the driver may still hold bytes that the control has to get.
+// A stop may come when all writes are complete; the driver may still hold bytes that the control has to get.
 void BytesTest::closingDiscardsOnlyWhatAStopCutOff()
 {
     OpenPort whole(0, 0, fastest), cut(0, 0, fastest);

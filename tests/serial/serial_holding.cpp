@@ -145,7 +145,7 @@ void HoldingTest::lineThatTheDriverHoldsTakesNoMore()
     if (CustomObject::bytesInTxBuffer(ends[0]) == 0) QSKIP("sockets do not count here");
     const auto stop = std::make_shared<std::atomic<bool>>(false);
     const auto line = std::make_shared<LineTraffic>(std::make_shared<Descriptor>(ends[0], dev_t{}),
-                                                    LineTraffic::Line{9600, 1, false});
+                                                    LineTraffic::Line{9600, 1, false, 0});
     WriteTask task(line, stop, false, "N20");
     auto completed = std::async(std::launch::async, [&] { return task.run(); });
     QTest::qWait(30);
