@@ -13,7 +13,10 @@ namespace
 {
 constexpr qsizetype pieceSize = 1 << 20; // bytes converted at a time, so that a huge file is not held twice
 constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // of UTF-8; not part of the program text
-constexpr int markInterval = 80;                        // ms, while lines go out
+// In ms, while lines go out. Drawing is most of the work of a transfer, and no line of any machine goes out meanwhile.
+constexpr int markInterval = 100;
+constexpr int slowMarkInterval = 250; // where no eye can follow the mark, or the view is not on the screen
+constexpr int linesToFollow = 10;     // from one mark to the next
 } // namespace
 
 qsizetype ProgramEditor::scintilla(unsigned message, qsizetype first, qsizetype second) const
@@ -161,9 +164,11 @@ void ProgramEditor::showLineOut()
 {
     if (!lineToMark_) return;
     const Line line = *lineToMark_;
+    const int lineBefore = lineOut_;
     clearLineOut();
-    markPause_.start(markInterval);
     lineOut_ = static_cast<int>(scintilla(SCI_LINEFROMPOSITION, line.start));
+    const bool isFollowed = isVisible() && lineOut_ - lineBefore <= linesToFollow;
+    markPause_.start(isFollowed ? markInterval : slowMarkInterval);
     markerAdd(lineOut_, lineOutArrow);
     markerAdd(lineOut_, lineOutBackground);
     // Does not scroll while the operator looks at another place.
@@ -196,6 +201,7 @@ void ProgramEditor::setCaretHeld(bool held)
     if (held != caretHeld_) leavePlace();
     caretHeld_ = held;
     setCaretLineVisible(!held); // could be taken for the mark of the line going out
+    keepCaretInSight();
 }
 
 void ProgramEditor::showPlace(Line place)

@@ -95,6 +95,7 @@ private:
     static constexpr int placeIndicator = 8; // the first that is not reserved for lexers
 
     void setUpLook();
+    void keepCaretInSight();
     void setUpKeys();
     void paintNotice();
     void showLineOut();

@@ -54,7 +54,7 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring
     scintilla(SCI_SETSCROLLWIDTHTRACKING, 1);
     scintilla(SCI_SETSCROLLWIDTH, 1);
     // The line going out stays clear of the window's edges, so that the operator sees what comes next.
-    scintilla(SCI_SETYCARETPOLICY, CARET_SLOP | CARET_STRICT | CARET_EVEN, 4);
+    keepCaretInSight();
     setMarginType(lineNumberMargin, NumberMargin);
     setMarginType(lineOutMargin, SymbolMargin);
     setMarginWidth(lineOutMargin, 16);
@@ -77,6 +77,15 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring
     markPause_.setSingleShot(true);
     connect(&markPause_, &QTimer::timeout, this, &ProgramEditor::showLineOut);
     EditorAccessibility::install();
+}
+
+// While lines go out, the text stands still and the mark wanders down it. A text that scrolls with every mark is hard
+// to read, and drawing it anew each time takes more of the processor than all else of a transfer.
+void ProgramEditor::keepCaretInSight()
+{
+    constexpr int linesAhead = 4;
+    const unsigned policy = CARET_SLOP | CARET_STRICT | CARET_EVEN;
+    scintilla(SCI_SETYCARETPOLICY, isCaretHeld() ? policy | CARET_JUMPS : policy, linesAhead);
 }
 
 void ProgramEditor::setUpKeys()
