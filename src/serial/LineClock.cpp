@@ -41,7 +41,8 @@ void LineClock::wrote(Time now, qsizetype characters)
     busyUntil_ = std::max(now, busyUntil_) + characters * character_;
 }
 
-LineClock::Duration LineClock::untilRoom(Time now) const
+LineClock::Duration LineClock::untilRoom(Time now, qsizetype characters) const
 {
-    return std::max<Duration>(Duration::zero(), ahead(now) - (mostAhead_ / 4) * character_);
+    const auto piece = std::min(characters, mostAhead_ - mostAhead_ / 4);
+    return std::max<Duration>(Duration::zero(), ahead(now) - (mostAhead_ - piece) * character_);
 }

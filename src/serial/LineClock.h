@@ -20,8 +20,9 @@ public:
     /// Characters that may be handed over now.
     qsizetype room(Time now) const;
     void wrote(Time now, qsizetype characters);
-    /// How long to sleep until most of the room is free again: waking up for each character would cost the processor.
-    Duration untilRoom(Time now) const;
+    /// How long to sleep until there is room for that many, or until most of the room is free: waking up for each
+    /// character would cost the processor.
+    Duration untilRoom(Time now, qsizetype characters) const;
     /// Characters that may be on their way at most.
     qsizetype mostAhead() const { return mostAhead_; }
 

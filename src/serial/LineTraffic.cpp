@@ -114,11 +114,11 @@ Descriptor::WriteResult LineTraffic::write(const char* bytes, std::size_t count,
     return result;
 }
 
-LineClock::Duration LineTraffic::pause() const
+LineClock::Duration LineTraffic::pause(qsizetype left) const
 {
     const std::lock_guard lock(mutex_);
     if (flow_.isHeld() || ctsOffSince_ || isRefused_) return heldPause;
-    return std::clamp(clock_.untilRoom(std::chrono::steady_clock::now()), shortestPause, longestPause);
+    return std::clamp(clock_.untilRoom(std::chrono::steady_clock::now(), left), shortestPause, longestPause);
 }
 
 std::optional<LineTraffic::Time> LineTraffic::heldSince() const

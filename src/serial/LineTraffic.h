@@ -44,8 +44,8 @@ public:
     /// Hands over as many of the bytes as may be on their way now, which may be none; adds their number to `taken`. To
     /// be called right after lookAtCts() and look().
     Descriptor::WriteResult write(const char* bytes, std::size_t count, std::size_t& taken);
-    /// How long to sleep before the next write.
-    LineClock::Duration pause() const;
+    /// How long to sleep before the next write of a task that has that many bytes left.
+    LineClock::Duration pause(qsizetype left) const;
 
     /// Since when the control has held the line, by XOFF or by CTS.
     std::optional<Time> heldSince() const;

@@ -48,7 +48,7 @@ bool WriteTask::run()
     if (!line) return true;
     auto progress = writePiece(*line);
     while (progress == Progress::Wait) {
-        std::this_thread::sleep_for(line->pause());
+        std::this_thread::sleep_for(line->pause(wireBytes_.size() - static_cast<qsizetype>(taken_)));
         progress = writePiece(*line);
     }
     line->forgetCts();
