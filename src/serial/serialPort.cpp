@@ -8,6 +8,8 @@
 #include "serial/SerialLine.h"
 #include "serial/WriteTask.h"
 
+#include <QSocketNotifier>
+
 #include <bit>
 #include <chrono>
 #include <utility>
@@ -50,7 +52,18 @@ int serialPort::Open(const QString& path)
     line_ = std::make_shared<LineTraffic>(std::move(device), line);
     if (!isSetUp) return Close();
     startRxTimer(pollInterval);
+    if (FlowType == 3) wakeOnArrival();
     return hPort;
+}
+
+// Each XModem block waits for an answer: found by the poll alone, the answers would take more time than the blocks.
+void serialPort::wakeOnArrival()
+{
+    arrival_ = std::make_unique<QSocketNotifier>(hPort, QSocketNotifier::Read);
+    connect(arrival_.get(), &QSocketNotifier::activated, this, [this] {
+        if (line_->device().isLost()) arrival_->setEnabled(false); // it would never be silent again
+        tmrRx_Tick();
+    });
 }
 
 bool serialPort::setUpLine()
@@ -102,6 +115,10 @@ void serialPort::letGo()
     const bool cutOff = isCutOff();
     abandonWrites();
     if (!line_) return;
+    if (arrival_) {
+        arrival_->setEnabled(false);
+        arrival_.release()->deleteLater(); // we may be in its signal
+    }
     writing_ = OrderedQueue(); // writes to the next device need not wait until one to this device has ended
     line_->device().shut(cutOff ? Descriptor::Pending::Discard : Descriptor::Pending::Send);
     // Closing a line that the control holds can take the driver many seconds.
@@ -129,7 +146,8 @@ void serialPort::writeFinished(const std::shared_ptr<WriteTask>& task)
     if (stopButtonPressed || std::erase(writes_, task) == 0) return;
     // A write to a vanished device counts as complete; lost() has to come first.
     const std::weak_ptr<void> alive = alive_;
-    tellIfLost();
+    if (arrival_) tmrRx_Tick(); // the write has read what arrived meanwhile, so nothing else wakes us for it
+    if (!alive.expired()) tellIfLost();
     if (alive.expired()) return;
     nc->post(Notifications::TxOnComm, this);
 }

@@ -17,6 +17,7 @@
 #include <vector>
 
 class LineTraffic;
+class QSocketNotifier;
 class WriteTask;
 
 /// One RS-232 line to a CNC control. The line always carries 8 data bits without hardware parity; 7-bit even parity is
@@ -63,7 +64,7 @@ public:
     /// Set by the operator's Stop: gives up the sends that wait for the line. The next send clears it.
     std::atomic<bool>& stopButtonPressed = *stop_;
     bool XON = true;
-    QTimer tmrRxTimer; ///< the receive poll while the port is open
+    QTimer tmrRxTimer; ///< the receive poll while the port is open; with FlowType 3 what arrives does not wait for it
 
     /// Opens the device for us alone and sets the line up from the properties above. Returns hPort.
     int Open(const QString& path);
@@ -129,11 +130,13 @@ private:
     void noteFailure(const PortFailure& failure);
     bool isCutOff() const;
     void letGo();
+    void wakeOnArrival();
     void tellIfLost();
     QByteArray abandonWrites();
     void writeFinished(const std::shared_ptr<WriteTask>& task);
 
     std::shared_ptr<LineTraffic> line_; // of the open device
+    std::unique_ptr<QSocketNotifier> arrival_; // with FlowType 3
     bool lostTold_ = false;
     OrderedQueue writing_;                                         // blocks must not overtake each other
     std::vector<std::shared_ptr<WriteTask>> writes_;               // no "TxOnComm" yet, in the order of sending

@@ -99,9 +99,11 @@ void BytesTest::everyByteArrivesAsSevenBitsWithoutWaitingForThePoll()
             expected += static_cast<char>(value & 0x7F);
         }
         line.control.write(sent);
-        int waiting = 0;
-        QTRY_VERIFY(::ioctl(line.port->hPort, FIONREAD, &waiting) == 0 && waiting == sent.size());
-        line.port->tmrRx_Tick();
+        if (flow != 3) { // with flow 3, each block waits for an answer: its arrival is noticed at once
+            int waiting = 0;
+            QTRY_VERIFY(::ioctl(line.port->hPort, FIONREAD, &waiting) == 0 && waiting == sent.size());
+            line.port->tmrRx_Tick();
+        }
         QTRY_COMPARE(line.port->bytesRxBuffer, expected);
         QCOMPARE(line.rxCount, 1);
     }
