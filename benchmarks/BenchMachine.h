@@ -2,54 +2,33 @@
 #pragma once
 
 #include "benchmarks/BenchLine.h"
-#include "config/g.h"
-#include "editor/ProgramEditor.h"
-#include "transfer/TransferHost.h"
-#include "transfer/viewTX.h"
+#include "benchmarks/BenchView.h"
 
-#include <memory>
-
-/// One machine with its line and its transfer view, shown, ready to send.
+/// One machine with its line and its transfer view, ready to send.
 class BenchMachine
 {
-    struct Child : ChildView, TransferHost {
-        serialPort& machinePort() override { return port; }
-        serialPort port;
-    };
-    std::shared_ptr<Child> child_ = std::make_shared<Child>();
-    std::shared_ptr<MachineRecord> record_ = std::make_shared<MachineRecord>();
+    static std::shared_ptr<MachineRecord> settings(qint64 baud, qint64 flow, bool evenParity)
+    {
+        auto machine = std::make_shared<MachineRecord>();
+        machine->MCBAUD = baud;
+        machine->MCFLOW = flow;
+        machine->MCDBPAR = evenParity ? 2 : 0;
+        return machine;
+    }
 
 public:
     BenchMachine(qint64 baud, qint64 flow, bool evenParity = false)
+        : shown_(line.devicePath(), settings(baud, flow, evenParity))
     {
-        record_->MCBAUD = baud;
-        record_->MCFLOW = flow;
-        record_->MCDBPAR = evenParity ? 2 : 0;
-        g::mcIcons = {std::make_shared<MachineRecord>(), record_};
-        g::mcChildViews = {std::make_shared<ChildView>(), child_};
-        child_->port.Speed = static_cast<unsigned long>(baud);
-        child_->port.FlowType = static_cast<int>(flow);
-        child_->port.Parity = evenParity ? 1 : 0;
-        if (child_->port.Open(line.devicePath()) < 0) qFatal("cannot open the line");
-        view.initialize(true, 1);
-        view.resize(900, 600);
-        view.show();
     }
-    ~BenchMachine()
-    {
-        if (view.dncRunning()) view.btnStop_Click();
-        child_->port.Close();
-        g::mcIcons.clear();
-        g::mcChildViews.clear();
-    }
-    BenchMachine(const BenchMachine&) = delete;
-    BenchMachine& operator=(const BenchMachine&) = delete;
 
-    void setProgram(const QByteArray& program)
-    {
-        view.findChild<ProgramEditor*>(QStringLiteral("rt1"))->setProgram(program);
-    }
+    void setProgram(const QByteArray& program) { shown_.editor->setProgram(program); }
 
     BenchLine line;
-    viewTX view;
+
+private:
+    BenchView shown_;
+
+public:
+    viewTX& view = shown_.view;
 };

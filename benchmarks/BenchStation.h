@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "config/g.h"
-#include "editor/ProgramEditor.h"
-#include "transfer/TransferHost.h"
-#include "transfer/viewTX.h"
+#include "benchmarks/BenchView.h"
 
 #include <QApplication>
 
 #include <array>
 #include <atomic>
 #include <fcntl.h>
-#include <memory>
 #include <thread>
 #include <unistd.h>
 
@@ -65,39 +61,30 @@ private:
 };
 
 /// One machine with its view, on a line to a control that takes everything at once.
-struct BenchStation {
-    explicit BenchStation(const QByteArray& text, bool sends = true)
+class BenchStation
+{
+    static std::shared_ptr<MachineRecord> settings()
     {
-        const auto mc = std::make_shared<MachineRecord>();
-        mc->MCFLOW = 0;
-        g::mcIcons = {std::make_shared<MachineRecord>(), mc};
-        g::mcChildViews = {std::make_shared<ChildView>(), child};
-        child->port.Speed = 115200;
-        child->port.Parity = 0;
-        if (child->port.Open(control.path()) < 0) qFatal("cannot open the line");
-        view.initialize(sends, 1);
-        view.resize(900, 600);
-        view.show();
-        editor = view.findChild<ProgramEditor*>(QStringLiteral("rt1"));
+        auto machine = std::make_shared<MachineRecord>();
+        machine->MCFLOW = 0;
+        machine->MCBAUD = 115200;
+        return machine;
+    }
+
+public:
+    explicit BenchStation(const QByteArray& text, bool sends = true) : shown_(control.path(), settings(), sends)
+    {
         editor->setProgram(text);
         QApplication::processEvents();
     }
-    ~BenchStation()
-    {
-        child->port.Close();
-        g::mcIcons.clear();
-        g::mcChildViews.clear();
-    }
-    BenchStation(const BenchStation&) = delete;
-    BenchStation& operator=(const BenchStation&) = delete;
-
-    struct Child : ChildView, TransferHost {
-        serialPort& machinePort() override { return port; }
-        serialPort port;
-    };
 
     FastControl control;
-    const std::shared_ptr<Child> child = std::make_shared<Child>();
-    viewTX view;
-    ProgramEditor* editor = nullptr;
+
+private:
+    BenchView shown_;
+
+public:
+    serialPort& port = shown_.port;
+    viewTX& view = shown_.view;
+    ProgramEditor* const editor = shown_.editor;
 };

@@ -139,7 +139,7 @@ LineCost costOfLine(int lines)
     viewTX& view = station.view;
     int completions = 0;
     QObject observer;
-    view.nc->addObserver(&observer, QStringLiteral("TxOnComm"), &station.child->port,
+    view.nc->addObserver(&observer, QStringLiteral("TxOnComm"), &station.port,
                          [&completions](const Notification&) { ++completions; });
     const auto sendFromTheMiddle = [&] {
         station.editor->moveCaretTo(station.editor->textSize() / 2);

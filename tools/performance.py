@@ -39,6 +39,11 @@ the line, so that no chip's buffer fills up behind it: 98 % is all there is. Of 
 their way, 46 characters at 115200 baud.
 `build/release/benchmarks/bench_wire`:
 {wire}
+## XModem
+
+Share of the limit that waiting for each block's answer leaves: 132 characters and one answer, at the line's speed.
+lrzsz is the control, and in the last column both ends. `build/release/benchmarks/bench_xmodem`:
+{xmodem}
 ## Many machines, large programs
 
 All machines send at once from one window; "answers within" is the longest that any of about 700 operator actions had to
@@ -93,7 +98,8 @@ def main():
         with desktop.virtual_desktop(Path(folder) / "runtime", subprocess.DEVNULL):
             starts = [start_time(folder) for _ in range(STARTS)]
             text = TEXT.format(date=datetime.date.today(), machine=machine(), fifo=16, wire=run("bench_wire"),
-                               scale=run("bench_scale"), transfer=run("bench_transfer"), starts=STARTS,
+                               xmodem=run("bench_xmodem"), scale=run("bench_scale"),
+                               transfer=run("bench_transfer"), starts=STARTS,
                                median=statistics.median(starts), longest=max(starts))
     (SOURCE / "docs" / "performance.md").write_text(text)
     print(text)
