@@ -37,7 +37,7 @@ void BenchLine::read()
         const auto count = ::read(master_, buffer.data(), buffer.size());
         if (count <= 0) continue;
         const std::lock_guard lock(mutex_);
-        mark_ = {mark_.bytes + count, count, std::chrono::steady_clock::now()};
+        mark_ = {mark_.bytes + count, std::chrono::steady_clock::now()};
         timespec used{};
         ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
         processorSeconds_ = static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;

@@ -17,7 +17,6 @@ class BenchLine
 public:
     struct Mark {
         std::int64_t bytes = 0;
-        std::int64_t newest = 0; ///< of these, those that came together last
         std::chrono::steady_clock::time_point time;
     };
 
