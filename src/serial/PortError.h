@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// Why a port did not open.
+/// Why a port did not open, or why its line could not be set up anew.
 enum class PortError {
     None,
     Missing, ///< no such device, or its adapter is unplugged

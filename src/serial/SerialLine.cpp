@@ -174,10 +174,12 @@ PortError SerialLine::notTaken(const termios& asked, const termios& taken)
     return differs(CRTSCTS) ? PortError::RtsCtsNotTaken : PortError::None;
 }
 
-bool SerialLine::setFlow(int descriptor, int flow)
+PortFailure SerialLine::setFlow(int descriptor, int flow)
 {
     termios line{};
-    if (::tcgetattr(descriptor, &line) != 0) return false;
+    if (::tcgetattr(descriptor, &line) != 0) return systemFailure();
     setFlowFlags(line, flow);
-    return ::tcsetattr(descriptor, TCSANOW, &line) == 0;
+    termios taken{};
+    if (::tcsetattr(descriptor, TCSANOW, &line) != 0 || ::tcgetattr(descriptor, &taken) != 0) return systemFailure();
+    return {notTaken(line, taken)};
 }

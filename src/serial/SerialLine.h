@@ -31,8 +31,8 @@ PortFailure setUp(int descriptor, const Settings& settings);
 /// Which of speed, stop bits and RTS/CTS the driver did not set as asked: the first, or None.
 PortError notTaken(const termios& asked, const termios& taken);
 
-/// Changes the flow control alone. False when the device refuses.
-bool setFlow(int descriptor, int flow);
+/// Changes the flow control alone, and reads it back as setUp does.
+PortFailure setFlow(int descriptor, int flow);
 
 /// Whether whoever reads has to clear bit 7 of received bytes because the line cannot be told to.
 bool readerStripsParity(bool evenParity);

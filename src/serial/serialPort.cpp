@@ -190,13 +190,14 @@ QByteArray serialPort::readBytes()
 
 bool serialPort::setFlow(int flow)
 {
-    if (line_ && SerialLine::setFlow(hPort, flow)) {
-        // Without flow control in the wait for a start signal, XON and XOFF still tell whether the control is ready.
-        line_->setFlow(flow, FlowType == 1);
-        return true;
+    if (line_) noteFailure(SerialLine::setFlow(hPort, flow));
+    if (!line_ || openError != PortError::None) {
+        Close();
+        return false;
     }
-    Close();
-    return false;
+    // Without flow control in the wait for a start signal, XON and XOFF still tell whether the control is ready.
+    line_->setFlow(flow, FlowType == 1);
+    return true;
 }
 
 std::optional<qint64> serialPort::heldFor() const

@@ -36,7 +36,7 @@ class WriteTask;
 ///
 /// Errors:
 /// - Open returns -1 and openError says why.
-/// - setFlow returns false and the port is closed.
+/// - setFlow and restoreLine return false, openError says why, and the port is closed.
 /// - A device that vanishes is reported once, by lost(), before any "TxOnComm" of a send that failed with it.
 /// - Any other error of a write counts as a complete send, and one of a read as no bytes: nobody could act on them.
 class serialPort : public QObject
@@ -59,7 +59,7 @@ public:
     int FlowType = 0;        ///< 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 raw 8 bits (Open sets DataBits 8 and Parity 0)
     int Parity = 1;          ///< 1 even parity in software, any other value none
     bool rxOnCommNotified = false;
-    PortError openError = PortError::None; ///< why the last Open failed
+    PortError openError = PortError::None; ///< why the last Open failed, or what closed the port since
     QString openErrorText;                 ///< the system's words where openError is Other
     /// Set by the operator's Stop: gives up the sends that wait for the line. The next send clears it.
     std::atomic<bool>& stopButtonPressed = *stop_;
