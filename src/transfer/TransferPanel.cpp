@@ -142,7 +142,7 @@ void TransferPanel::hideWaitBox()
 
 void TransferPanel::offerSendOn(bool isOffered, TransferState state)
 {
-    if (isOffered == offersSendOn_) return; // the operator may have hidden the box
+    if (isOffered == offersSendOn_) return; // in the wait for a start the operator may have hidden the box
     offersSendOn_ = isOffered;
     ui_.btnSendNow->setText(isOffered ? QStringLiteral("Send o&n") : QStringLiteral("Send &now"));
     ui_.btnSendNow->setAccessibleName(isOffered ? QStringLiteral("Send on") : QStringLiteral("Send now"));

@@ -58,6 +58,7 @@ bool TransferStatus::isRunning() const
 void TransferStatus::setHold(std::optional<qint64> heldFor, qint64 now)
 {
     heldFor_ = heldFor ? std::min(*heldFor, now - enteredAt_) : heldFor;
+    if (!isHoldDoubtful()) offerAt_ = 0; // the next hold is another one
 }
 
 bool TransferStatus::isHeldByControl() const
@@ -68,6 +69,11 @@ bool TransferStatus::isHeldByControl() const
 bool TransferStatus::isHoldDoubtful() const
 {
     return entered_ == TransferState::Sending && heldFor_ && *heldFor_ >= doubtfulHold;
+}
+
+void TransferStatus::putOffSendOn()
+{
+    if (isHoldDoubtful()) offerAt_ = *heldFor_ + doubtfulHold;
 }
 
 TransferState TransferStatus::state(qint64 now) const

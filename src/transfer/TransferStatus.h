@@ -59,6 +59,10 @@ public:
     void setHold(std::optional<qint64> heldFor, qint64 now);
     /// The control has held a send for so long that its XON may have been lost.
     bool isHoldDoubtful() const;
+    /// It may be told of now: the operator has not put that off.
+    bool offersSendOn() const { return isHoldDoubtful() && *heldFor_ >= offerAt_; }
+    /// The operator has seen that the hold is doubtful. If it lasts another minute, it is to be told of again.
+    void putOffSendOn();
     /// Bytes have arrived.
     void received(qint64 now) { lastByteAt_ = now; }
     /// What was received is not in the editor any more.
@@ -85,4 +89,5 @@ private:
     std::optional<qint64> lastByteAt_;
     qint64 enteredAt_ = 0;
     std::optional<qint64> heldFor_;
+    qint64 offerAt_ = 0; // ms of this hold
 };

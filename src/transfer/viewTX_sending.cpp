@@ -83,6 +83,8 @@ void viewTX::btnSendNow()
 void viewTX::btnHideWaitBox()
 {
     panel_.hideWaitBox();
+    status_.putOffSendOn();
+    refreshStatus();
 }
 
 void viewTX::beginSend()

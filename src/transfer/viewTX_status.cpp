@@ -66,7 +66,7 @@ void viewTX::refreshStatus()
     if (!sp) return;         // not bound to a machine yet
     const qint64 at = now(); // one moment for all that is shown
     status_.setHold(sp->heldFor(), at);
-    const bool canSendOn = status_.isHoldDoubtful() && flowControl(mc->MCFLOW) == FlowControl::XonXoff;
+    const bool canSendOn = status_.offersSendOn() && flowControl(mc->MCFLOW) == FlowControl::XonXoff;
     panel_.offerSendOn(canSendOn, status_.entered());
     const auto state = status_.state(at);
     const auto current = facts(state);
