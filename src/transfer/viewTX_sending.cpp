@@ -96,6 +96,8 @@ void viewTX::begin(const QString& how)
 {
     if (isXModem() && xmodemSend_.state() == XModemSend::State::Idle) return startXModem();
     if (!booWaitingForStartSignal()) return; // a second start signal must not start the program twice
+    // The wait may have been long.
+    if (!sp->restoreLine()) return tellPortLost();
     if (flowControl(mc->MCFLOW) == FlowControl::XonXoff && !sp->setFlow(1)) return tellPortLost();
     const QString started = plain_.willContinue() ? QStringLiteral("continued") : how;
     const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));

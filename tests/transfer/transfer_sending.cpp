@@ -108,9 +108,14 @@ private Q_SLOTS:
         QVERIFY(!(rig.pty.line().c_iflag & IXOFF));                       // XON gets through, as the start signal
         QTest::keyClick(rig.editor, Qt::Key_End, Qt::ControlModifier);    // does not choose a line
         QCOMPARE(rig.readAll(), QByteArray());
+        termios changed = rig.pty.line(); // by another program: a wait can last for days
+        ::cfsetospeed(&changed, B2400);
+        ::tcsetattr(rig.pty.slave(), TCSANOW, &changed);
         rig.pty.write("G11 is no start" + startSignal);
         QTRY_VERIFY(!rig.view->booWaitingForStartSignal());
-        QCOMPARE(bool(rig.pty.line().c_iflag & IXOFF), flow == 1);
+        const termios line = rig.pty.line();
+        QCOMPARE(bool(line.c_iflag & IXOFF), flow == 1);
+        QCOMPARE(::cfgetospeed(&line), speed_t{B115200});
         QCOMPARE(rig.readUntilIdle(), onTheLine);
     }
 
