@@ -12,7 +12,7 @@ bool MessageBox::ask(QWidget* parent, const QString& text, const QString& firstB
     box.setTextFormat(Qt::PlainText); // a file's or machine's name may look like markup
     box.setText(QString(text).replace(QLatin1Char('\r'), QLatin1Char('\n')));
     const auto* first = box.addButton(firstButton, QMessageBox::AcceptRole);
-    if (!secondButton.isEmpty()) box.addButton(secondButton, QMessageBox::RejectRole);
+    if (!secondButton.isEmpty()) box.setDefaultButton(box.addButton(secondButton, QMessageBox::RejectRole));
     box.exec();
     return box.clickedButton() == first;
 }

@@ -7,7 +7,8 @@
 #include <QTest>
 #include <QTimer>
 
-/// Answers every message box with a click on the button of that label, or Escape for none, and keeps what they said.
+/// Answers every message box with a click on the button of that label, with the key Enter, or with Escape for none, and
+/// keeps what they said.
 class MessageBoxes : public QTimer
 {
 public:
@@ -26,6 +27,7 @@ private:
         if (!box || !box->isVisible()) return;
         texts << (box->textFormat() == Qt::PlainText ? box->text() : QStringLiteral("shown as markup"));
         if (button_.isEmpty()) return QTest::keyClick(box, Qt::Key_Escape);
+        if (button_ == QLatin1String("Enter")) return QTest::keyClick(box, Qt::Key_Enter);
         for (auto* button : box->buttons())
             if (button->text() == button_) return QTest::mouseClick(button, Qt::LeftButton);
     }

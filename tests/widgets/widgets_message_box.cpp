@@ -20,6 +20,8 @@ void MessageBoxTest::onlyTheFirstButtonCounts_data()
     QTest::newRow("first of two") << cancel << QStringLiteral("OK") << true;
     QTest::newRow("second of two") << cancel << cancel << false;
     QTest::newRow("Escape") << cancel << none << false;
+    QTest::newRow("Enter") << none << QStringLiteral("Enter") << true;
+    QTest::newRow("Enter by a slip") << cancel << QStringLiteral("Enter") << false;
 }
 
 void MessageBoxTest::onlyTheFirstButtonCounts()
