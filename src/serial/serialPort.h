@@ -135,7 +135,7 @@ private:
     QByteArray abandonWrites();
     void writeFinished(const std::shared_ptr<WriteTask>& task);
 
-    std::shared_ptr<LineTraffic> line_; // of the open device
+    std::shared_ptr<LineTraffic> line_;        // of the open device
     std::unique_ptr<QSocketNotifier> arrival_; // with FlowType 3
     bool lostTold_ = false;
     OrderedQueue writing_;                                         // blocks must not overtake each other

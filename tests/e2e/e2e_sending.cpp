@@ -17,7 +17,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("mode");
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<QByteArray>("wire");
-        const QByteArray body = Shop::program(2500), onWire = Shop::onWire(body);
+        const QByteArray body = Shop::program(1000), onWire = Shop::onWire(body);
         QTest::newRow("Fanuc, even parity: its XOFF is 0x93") << "Fanuc"
                                                               << "%\nO1234 (TEST)\n" + body + "%\n"
                                                               << leader_ + "%\r\nO1234 (TEST)\r\n" + onWire + "%\r\n";
@@ -45,7 +45,7 @@ private Q_SLOTS:
         cncsim::Settings settings;
         settings.evenParity = isEven;
         settings.xonXoff = holds;
-        settings.readRate = 3000; // bytes a second; slow enough to hold the line now and then
+        settings.readRate = 2000; // bytes a second; slow enough to hold the line now and then
         settings.start = waits ? cncsim::StartSignal::OnRequest : cncsim::StartSignal::None;
         cncsim::SimulatedControl control(settings);
         const auto machine = Shop::machineOn(QString::fromStdString(control.devicePath()), mode);
