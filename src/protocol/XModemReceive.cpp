@@ -36,6 +36,7 @@ XModemReceive::Step XModemReceive::take(const QByteArray& bytes)
             forgetSender();
         } else {
             ++noise_;
+            isQuiet_ = false;
             cancels += byte == CAN;
         }
     }
@@ -57,10 +58,13 @@ void XModemReceive::gather(char byte)
     silence_ = 0;
 }
 
-// After a refused block the byte may be a leftover of that block; the end comes alone and after a pause.
+// After a refused or stalled block the byte may be a leftover of that block; the end comes alone and after a pause. A
+// stall is a pause itself, and the sender may answer our NAK with the end at once.
 bool XModemReceive::isEndBelieved(const QByteArray& bytes) const
 {
-    return state_ != State::Refused || (bytes.size() == 1 && silence_ > 0);
+    if (state_ == State::Between) return true;
+    const bool isAfterPause = state_ == State::Refused ? silence_ > 0 : isQuiet_;
+    return isAfterPause && bytes.count(EOT) == bytes.size();
 }
 
 void XModemReceive::finishBlock(Step& step)
@@ -125,6 +129,7 @@ XModemReceive::Step XModemReceive::tick()
 {
     Step step;
     ++silence_;
+    isQuiet_ = true;
     switch (state_) {
     case State::Between:
         poll(step);

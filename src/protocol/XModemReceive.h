@@ -11,7 +11,7 @@
 ///     Between ──SOH──> InBlock                     Between ──EOT──> Between, the program is whole
 ///     InBlock ──132 bytes, good──> Between
 ///     InBlock ──132 bytes, wrong sum──> Refused    Refused ──EOT alone, after a pause──> Between, whole
-///     InBlock ──silence──> Stalled                 Stalled ──EOT──> Between, whole
+///     InBlock ──silence──> Stalled                 Stalled ──EOT alone──> Between, whole
 ///     Refused, Stalled ──SOH──> InBlock            any but InBlock ──CAN CAN──> Between, cancelled
 class XModemReceive
 {
@@ -72,6 +72,7 @@ private:
     // What has come since the last block; shows whether the sender is waiting for us.
     bool isOpened_ = false; // the first SOH of this program has come
     int noise_ = 0;         // bytes that belong to no block
+    bool isQuiet_ = true;   // none has come since the last tick
     int polls_ = 0;         // in a row, without an answer
 
     int blocks_ = 0;

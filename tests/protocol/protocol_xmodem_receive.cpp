@@ -100,6 +100,10 @@ private Q_SLOTS:
         row("a block of cancels", {block(1, CAN.repeated(128))}, "A", CAN.repeated(128));
         row("a leftover of a refused block is no end", {damaged(blockA), EOT, blockA}, "N.A", dataA);
         row("end after a refused block", {damaged(blockA), tick, EOT}, "N.A");
+        const Script stall = Script{blockA.left(60)} + Script(5, tick);
+        row("after a stall the end comes alone", stall + Script{EOT + EOT}, ".....NAA");
+        row("leftovers of a stalled block are no end", stall + Script{"x" + EOT, EOT, tick, EOT, blockA}, ".....N...AA",
+            dataA);
         row("cancelled after a refusal", {damaged(blockA), CAN + CAN, blockA}, "N.A", dataA, "cancelled after block 0");
         row("stray SOH before the end", Script{blockA, "\x01", EOT} + ticks(5) + Script{EOT}, "A......NA", dataA);
     }
