@@ -45,4 +45,5 @@ struct MachineRecord {
     bool MCFADALTA1 = false;
     QString MCREMOPFX;
     bool MCSAVEPFX = false; ///< a flag, although MCREMOPFX beside it is a text
+    bool MCXMODEM0 = false; ///< XModem counts its blocks to 255 and then 0, not 1
 };

@@ -152,6 +152,7 @@ const std::array readKeys{
     ReadKey{"MCREMOENABLED=", flag<&Record::MCREMOENABLED>},
     ReadKey{"MCREMOPFX=", anyText<&Record::MCREMOPFX>},
     ReadKey{"MCSAVEPFX=", flag<&Record::MCSAVEPFX>},
+    ReadKey{"MCXMODEM0=", flag<&Record::MCXMODEM0>},
 };
 
 void readLine(Record& record, const QString& line)
@@ -176,6 +177,8 @@ QString SettingsText::write(const std::vector<const MachineRecord*>& machines)
         text += QStringLiteral("[CNC%1]\n").arg(++position);
         for (const auto& written : writtenKeys)
             text += QLatin1String(written.key) + encoded(*machine, written.field) + QLatin1Char('\n');
+        // Only when set: without it the text stays what it has always been, byte for byte.
+        if (machine->MCXMODEM0) text += QStringLiteral("MCXMODEM0=true\n");
     }
     return text + QStringLiteral("[END]\n");
 }

@@ -41,6 +41,9 @@ void SettingsTest::recordIsReadAndWrittenFieldByField()
 {
     const auto mill = read(stored)[1];
     QCOMPARE(SettingsText::write({mill.get()}), stored);
+    const QString withKey = QString(stored).replace("[END]", "MCXMODEM0=true\n[END]");
+    QCOMPARE(SettingsText::write({read(withKey)[1].get()}), withKey);
+    QCOMPARE(SettingsText::write({read(QString(withKey).replace("=true\n[", "=false\n["))[1].get()}), stored);
     QCOMPARE(QStringList({mill->MCNAME, mill->MCMODE, mill->MCPORT, mill->MCOUTDIR, mill->MCTXEOB, mill->MCTXSOT,
                           mill->MCTXEOT}),
              QStringList({"Mill, \"old\"", "Fanuc", "/dev/ttyUSB0", "file:///out", "LF", "37,13", "64"}));
