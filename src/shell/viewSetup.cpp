@@ -79,6 +79,7 @@ void viewSetup::selectCurrentValues()
     ui->txtTXDataFolder->setText(mc->MCOUTDIR);
     ui->txtTXDataFolder->setCursorPosition(0);
     ui->cboFlow->setCurrentIndex(static_cast<int>(mc->MCFLOW));
+    ui->cboXModemNumbers->setCurrentIndex(mc->MCXMODEM0 ? 1 : 0);
     ui->chkWaitXOn->setChecked(mc->MCWAIT);
     ui->chkAutoRepeat->setChecked(mc->MCREPEAT);
     if (!showListed(*ui->cboBlockDelay, QString::number(mc->MCBLKTIC))) ui->cboBlockDelay->setCurrentIndex(2);
@@ -115,6 +116,7 @@ void viewSetup::btnSave_Click()
     mc->MCOUTDIR = ui->txtTXDataFolder->text();
     mc->MCINDIR.clear();
     mc->MCFLOW = ui->cboFlow->currentIndex();
+    mc->MCXMODEM0 = ui->cboXModemNumbers->currentIndex() == 1;
     mc->MCWAIT = ui->chkWaitXOn->isChecked();
     mc->MCREPEAT = ui->chkAutoRepeat->isChecked();
     mc->MCDELAY = 0;

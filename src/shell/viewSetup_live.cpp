@@ -102,6 +102,7 @@ void viewSetup::showLine()
 
     const bool isXModem = flow == FlowControl::XModem;
     enable(*ui->cboDBPar, !isXModem, QStringLiteral("XModem always has 8 data bits without parity"));
+    enable(*ui->cboXModemNumbers, isXModem, QStringLiteral("Only XModem numbers its blocks"));
     enable(*ui->chkWaitXOn, !isXModem, QStringLiteral("With XModem the control always asks for the first block"));
     QString hint;
     if (isXModem) {

@@ -94,6 +94,7 @@ void SetupTest::savedAsItWasShown_data()
     row("wait", [](MachineRecord& m) { m.MCWAIT = true; });
     row("repeat", [](MachineRecord& m) { m.MCREPEAT = true; });
     row("no comments", [](MachineRecord& m) { m.MCSTRIPCOMMENTS = true; });
+    row("standard block numbers", [](MachineRecord& m) { m.MCFLOW = 3, m.MCDBPAR = 1, m.MCXMODEM0 = true; });
     row("no empty lines", [](MachineRecord& m) { m.MCSTRIPEMPTYLINES = true; });
     row(
         "XModem has no parity", [](MachineRecord& m) { m.MCFLOW = 3, m.MCDBPAR = 2; },
@@ -119,7 +120,7 @@ void SetupTest::savedAsItWasShown()
     m.MCINDIR = m.MCEXTENS = m.MCNOTFOUNDMSG = m.MCREMOPFX = m.MCREQST = "x";
     m.MCNAME = m.MCMODE = m.MCPORT = m.MCOUTDIR = m.MCTXEOB = m.MCTXSOT = m.MCTXEOT = "x";
     m.MCRXTOUT = m.MCTXTOUT = m.MCFLOW = m.MCBAUD = m.MCDBPAR = m.MCSBITS = m.MCBLKTIC = 99;
-    for (bool* flag : {&m.MCWAIT, &m.MCREPEAT, &m.MCEIA, &m.MCSTRIPCOMMENTS, &m.MCSTRIPEMPTYLINES})
+    for (bool* flag : {&m.MCWAIT, &m.MCREPEAT, &m.MCEIA, &m.MCSTRIPCOMMENTS, &m.MCSTRIPEMPTYLINES, &m.MCXMODEM0})
         *flag = !*flag;
     m.MCCRLF = m.MCFNAMEISTXT = m.MCAUTOSTARTREMO = m.MCREMOENABLED = m.MCFADALTA1 = m.MCSAVEPFX = true;
     save();
@@ -133,6 +134,7 @@ void SetupTest::xmodemDisablesFieldsWhileChosen()
         find<QComboBox>("cboFlow")->setCurrentIndex(flow);
         for (const char* name : {"cboDBPar", "chkWaitXOn", "txtSOT", "txtEOT"})
             QCOMPARE(find<QWidget>(name)->isEnabled(), flow != 3);
+        QCOMPARE(find<QWidget>("cboXModemNumbers")->isEnabled(), flow == 3);
         save();
         QCOMPARE(machine_->MCDBPAR, flow == 3 ? 1 : 2); // what the box showed all along
     }
