@@ -36,9 +36,10 @@ QByteArray XModemBlock::build(int number, const QByteArray& data)
     return block;
 }
 
-int XModemBlock::nextNumber(int number)
+int XModemBlock::nextNumber(int number, Numbers numbers)
 {
-    return number == 255 ? 1 : number + 1;
+    if (number < 255) return number + 1;
+    return numbers == Numbers::From0 ? 0 : 1;
 }
 
 bool XModemBlock::isGood(const QByteArray& block)

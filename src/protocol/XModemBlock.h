@@ -13,6 +13,12 @@ inline constexpr int dataSize = 128;
 inline constexpr int size = 132;
 inline constexpr int headSize = 3;
 
+/// How blocks are counted. The first is 1 in either way.
+enum class Numbers {
+    From1, ///< 1..255 and then 1 again, as the controls that this program was made for want it
+    From0, ///< 1..255 and then 0, as standard receivers want it
+};
+
 /// The sum of the data bytes modulo 256.
 std::uint8_t getCSum(const QByteArray& data);
 /// The same for data as text, one byte a character.
@@ -21,8 +27,8 @@ QChar getCSum(const QString& data);
 /// The block as sent. Data shorter than 128 bytes is filled up with spaces.
 QByteArray build(int number, const QByteArray& data);
 
-/// The number after `number`: 1..255 and then 1 again. 0 is never used; controls rely on it.
-int nextNumber(int number);
+/// The number after `number`. With From1 never 0; controls rely on it.
+int nextNumber(int number, Numbers numbers);
 
 /// Whether a received block is whole and its sum right. The line strips bit 7, so a checksum that arrived below 128 is
 /// also right when it equals the sum's low seven bits.

@@ -31,6 +31,7 @@ constexpr Look looks[] = {
     {TransferActivity::Held, "Held at %1 %", "machine-held", "state-held"},
     {TransferActivity::Stopped, "Stopped at %1 %", "machine", "stop"},
     {TransferActivity::Sent, "Sent", "machine", "state-done"},
+    {TransferActivity::Unconfirmed, "Sent, not confirmed", "machine", "warning"},
     {TransferActivity::Listening, "Waiting for bytes", "machine", "state-waiting"},
     {TransferActivity::Receiving, "Receiving", "machine-transferring", "state-receiving"},
     {TransferActivity::Received, "Received", "machine", "state-done"},
@@ -131,7 +132,8 @@ void viewMC::showActivity(TransferActivity activity)
 void viewMC::showBar()
 {
     double share = maximum_ > 0 ? std::clamp(value_ / maximum_, 0.0, 1.0) : 0;
-    if (activity_ == TransferActivity::Sent) share = 1; // the value is where the last line began
+    const bool isAllSent = activity_ == TransferActivity::Sent || activity_ == TransferActivity::Unconfirmed;
+    if (isAllSent) share = 1; // the value is where the last line began
     const int steps = static_cast<int>(share * barSteps);
     if (ui->pBar->value() == steps) return;
     ui->pBar->setValue(steps);

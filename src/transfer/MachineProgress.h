@@ -2,7 +2,19 @@
 #pragma once
 
 /// What a machine's icon shows of its transfer.
-enum class TransferActivity { Idle, Waiting, Sending, Held, Stopped, Sent, Listening, Receiving, Received, PortLost };
+enum class TransferActivity {
+    Idle,
+    Waiting,
+    Sending,
+    Held,
+    Stopped,
+    Sent,
+    Unconfirmed,
+    Listening,
+    Receiving,
+    Received,
+    PortLost
+};
 
 /// What a transfer shows on the machine's icon: the small progress bar pBar and its state. Icons implement it.
 class MachineProgress

@@ -32,6 +32,7 @@ constexpr Look looks[] = {
     {TransferState::Stopped, TransferActivity::Stopped, "stop", nullptr},
     {TransferState::Sent, TransferActivity::Sent, "state-done", nullptr},
     {TransferState::Cancelled, TransferActivity::Stopped, "stop", nullptr},
+    {TransferState::Unconfirmed, TransferActivity::Unconfirmed, "warning", "Sent; the control did not confirm the end"},
     {TransferState::Listening, TransferActivity::Listening, "state-waiting", "Waiting for bytes"},
     {TransferState::Receiving, TransferActivity::Receiving, "receive", "Receiving"},
     {TransferState::Received, TransferActivity::Received, "state-done", nullptr},
@@ -132,6 +133,7 @@ QString TransferStatus::details(qint64 now, const TransferFacts& facts)
         break;
     case TransferState::Stopped:
     case TransferState::Cancelled:
+    case TransferState::Unconfirmed:
         text = QStringLiteral("%1 sent in %2")
                    .arg(TransferWords::count(clock.bytesSent(), "byte"), TransferWords::clockTime(clock.elapsed(now)));
         break;

@@ -19,7 +19,8 @@ enum class TransferState {
     Stopped,
     Sent,
     Cancelled,
-    Listening, ///< receiving, but nothing arrives
+    Unconfirmed, ///< sent, but the control has not said that it has the end
+    Listening,   ///< receiving, but nothing arrives
     Receiving,
     Received,
     PortLost

@@ -138,9 +138,10 @@ void viewTX::enter(TransferState state)
     setComboHidden(isXModem() || state == TransferState::Sending);
     panel_.showWaitBox(state, !isXModem());
 
-    if (booModeTX || !isXModem() || state == TransferState::PortLost)
+    const bool isTimed = booModeTX ? state == TransferState::Sending : state != TransferState::PortLost;
+    if (!isXModem() || !isTimed)
         tmrXModemTimer.stop();
-    else if (state == TransferState::Listening && !tmrXModemTimer.isActive())
+    else if ((booModeTX || state == TransferState::Listening) && !tmrXModemTimer.isActive())
         startXModemTimer(xmodemTickInterval);
     refreshStatus();
 }

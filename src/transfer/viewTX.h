@@ -109,7 +109,7 @@ public:
     const QByteArray& bytesXModemPacket() const { return xmodemReceive_.packet(); }
 
 private:
-    enum class Ending { Stopped, Finished, Cancelled, PortLost };
+    enum class Ending { Stopped, Finished, Cancelled, Unconfirmed, PortLost };
 
     void viewDidLoad();
     MachineProgress& progress() const;

@@ -4,9 +4,9 @@
 
 #include "config/g.h"
 #include "config/LineSettings.h"
-#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/TransferWords.h"
+#include "transfer/XModemWords.h"
 
 #include <QTime>
 
@@ -15,12 +15,6 @@ namespace
 // Items of cbo1.
 constexpr int fromTheTop = 0;
 constexpr int fromTheCaret = 1;
-
-QString blocksSent(const XModemSend& send)
-{
-    const auto blocks = [](qsizetype bytes) { return (bytes + XModemBlock::dataSize - 1) / XModemBlock::dataSize; };
-    return QStringLiteral("%1 of %2 blocks sent").arg(blocks(send.sent())).arg(blocks(send.program().size()));
-}
 } // namespace
 
 bool viewTX::startsFromTop() const
@@ -161,6 +155,8 @@ void viewTX::end(Ending ending)
         return enter(TransferState::Sent);
     case Ending::Cancelled:
         return enter(TransferState::Cancelled);
+    case Ending::Unconfirmed:
+        return enter(TransferState::Unconfirmed);
     case Ending::PortLost:
         sp->Close(); // the system can then give the device's name to the adapter when it comes back
         return enter(TransferState::PortLost);
@@ -170,7 +166,8 @@ void viewTX::end(Ending ending)
 void viewTX::stopMachines(Ending ending)
 {
     xmodemSend_.stop();
-    if (ending == Ending::Cancelled) notice_ = blocksSent(xmodemSend_);
+    if (ending == Ending::Cancelled) notice_ = XModemWords::cancelled(xmodemSend_);
+    if (ending == Ending::Unconfirmed) notice_ = XModemWords::unconfirmed();
     // The bytes that a stop cut off went with the port, so a stopped send of text can't be continued.
     if (ending == Ending::PortLost) return showRestart(plain_.lose());
     if (sendsXModem_) return;

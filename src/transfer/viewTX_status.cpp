@@ -2,8 +2,8 @@
 #include "transfer/viewTX.h"
 #include "ui_viewTX.h"
 
-#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
+#include "transfer/XModemWords.h"
 
 #include <algorithm>
 
@@ -49,7 +49,9 @@ TransferFacts viewTX::facts(TransferState state) const
         return facts;
     }
     const bool isSending = state == TransferState::Sending || state == TransferState::Held;
-    if (isSending || state == TransferState::Cancelled || state == TransferState::PortLost) facts.notice = notice_;
+    const bool isCutShort = state == TransferState::Cancelled || state == TransferState::Unconfirmed;
+    if (isSending || isCutShort || state == TransferState::PortLost) facts.notice = notice_;
+    if (isSending && sendsXModem_) facts.notice = XModemWords::waiting(xmodemSend_);
     facts.isFromTop = isXModem() || startsFromTop();
     const bool isOut = isSending || sendsXModem_;
     const bool isNextSet = status_.isRunning() || state == TransferState::Stopped;

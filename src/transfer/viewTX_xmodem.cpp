@@ -27,7 +27,8 @@ void viewTX::startXModem()
 {
     setEOB();
     const LineFilter filter{ControlType::General, mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
-    xmodemSend_.begin(xmodemProgram_.begin(program_, filter, EOB));
+    xmodemSend_.begin(xmodemProgram_.begin(program_, filter, EOB),
+                      mc->MCXMODEM0 ? XModemBlock::Numbers::From0 : XModemBlock::Numbers::From1);
     sendsXModem_ = true;
     notice_.clear();
     ui->rt1->clearLineOut();
@@ -46,6 +47,7 @@ void viewTX::sendXModemPacket(bool next)
 void viewTX::carryOut(const XModemSend::Step& step)
 {
     if (step.ending) {
+        if (*step.ending == XModemSend::Ending::Unconfirmed) return end(Ending::Unconfirmed);
         if (mc->MCREPEAT) return startXModem();
         return end(*step.ending == XModemSend::Ending::Sent ? Ending::Finished : Ending::Cancelled);
     }
@@ -79,7 +81,10 @@ void viewTX::startXModemTimer(double interval)
 
 void viewTX::tmrXModem_Tick()
 {
-    carryOut(xmodemReceive_.tick());
+    if (!booModeTX) return carryOut(xmodemReceive_.tick());
+    const auto step = xmodemSend_.tick();
+    if (step.ending) return carryOut(step);
+    if (!step.bytes.isEmpty()) sp->sendBytes(step.bytes); // past the clock: the wait that it shows goes on
 }
 
 void viewTX::carryOut(const XModemReceive::Step& step)

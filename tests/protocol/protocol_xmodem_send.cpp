@@ -15,17 +15,25 @@ QByteArray block(int number, const QByteArray& data)
     return XModemBlock::build(number, data);
 }
 
-// Gives the replies to a send, A for ACK, N for NAK, C for CAN; returns what goes out, "S" and "C" where the transfer
-// is over, sent or cancelled, and "." for a reply without an answer.
+constexpr auto from1 = XModemBlock::Numbers::From1;
+constexpr auto from0 = XModemBlock::Numbers::From0;
+
+// Gives the replies to a send, A for ACK, N for NAK, C for CAN, "-" for ten seconds without one; returns what goes out,
+// "S", "C" and "U" where the transfer is over, sent, cancelled or unconfirmed, and "." where nothing follows.
 QByteArray play(XModemSend& send, QByteArray replies)
 {
     replies.replace('A', '\x06').replace('N', '\x15').replace('C', '\x18');
     QByteArray out;
     for (const char reply : replies) {
-        const auto step = send.take(reply);
+        XModemSend::Step step;
+        if (reply != '-') step = send.take(reply);
+        for (int second = 0; reply == '-' && second < 10; ++second) {
+            step = send.tick();
+            if (second < 9 && (step.ending || !step.bytes.isEmpty())) return out + "too early";
+        }
         out += step.bytes;
         if (step.ending)
-            out += *step.ending == XModemSend::Ending::Sent ? 'S' : 'C';
+            out += "SCU"[static_cast<int>(*step.ending)];
         else if (step.bytes.isEmpty())
             out += '.';
     }
@@ -59,7 +67,11 @@ private Q_SLOTS:
         row("other bytes are ignored", full, QByteArray("\x11\x13\0x\x04N", 6), "....." + first, 0);
         row("cancelled in the middle, twice as usual", two, "NCCNA", first + "C...", 0);
         row("cancelled before the first request", two, "CN", "C.", 0);
-        row("refused end counts as an answer", full, "NANN", first + EOT + "S.", 128);
+        row("end refused", full, "NANNAA", first + EOT.repeated(3) + "S.", 128);
+        row("end lost, or its answer", full, "NA--A-", first + EOT.repeated(3) + "S.", 128);
+        row("end never answered", full, "NA" + QByteArray(12, '-'), first + EOT.repeated(11) + "U.", 128);
+        row("end refused for ever", full, "NA" + QByteArray(12, 'N'), first + EOT.repeated(11) + "U.", 128);
+        row("only the end goes out again by itself", full, "-N------A-", "." + first + "......" + EOT + EOT, 128);
         row("cancelled at the end", full, "NAC", first + EOT + "C", 128);
     }
 
@@ -69,23 +81,43 @@ private Q_SLOTS:
         QFETCH(QByteArray, replies);
         XModemSend send;
         QCOMPARE(play(send, "NAC"), QByteArray("...")); // no send has begun
-        send.begin(program);
+        send.begin(program, from1);
         QTEST(play(send, replies), "sent");
         QTEST(static_cast<int>(send.acknowledged()), "acknowledged");
         send.stop();
         QCOMPARE(play(send, "NAC"), QByteArray("..."));
-        send.begin("G0");
+        send.begin("G0", from1);
         QCOMPARE(play(send, "NAA"), block(1, "G0") + EOT + 'S'); // nothing is left of the previous send
     }
 
-    void blockNumbersWrapWithoutZero()
+    void lateAnswersAskForNoBlockOfTheNextCopy()
     {
         XModemSend send;
+        send.begin("G0", from1);
+        QCOMPARE(play(send, "NA-NA"), block(1, "G0") + EOT.repeated(3) + 'S');
+        send.begin("G0", from1);
+        QCOMPARE(play(send, "AANAA"), ".." + block(1, "G0") + EOT + 'S'); // EOT went out three times
+        send.begin("G0", from1);
+        QCOMPARE(play(send, "A"), block(1, "G0"));
+    }
+
+    void blockNumbersWrap_data()
+    {
+        QTest::addColumn<int>("afterLast");
+        QTest::newRow("1 to 255") << 1;
+        QTest::newRow("0 to 255") << 0;
+    }
+
+    void blockNumbersWrap()
+    {
+        QFETCH(int, afterLast);
+        XModemSend send;
         const QByteArray program(600 * 128, 'x');
-        send.begin(program);
+        send.begin(program, afterLast == 0 ? from0 : from1);
         QByteArray sent = play(send, "N");
-        for (int number = 1; sent != EOT; number = number == 255 ? 1 : number + 1) {
+        for (int number = 1; sent != EOT; number = number == 255 ? afterLast : number + 1) {
             QCOMPARE(sent, block(number, QByteArray(128, 'x')));
+            QCOMPARE(send.isAtWrap(), number == afterLast && send.sent() > 128);
             sent = play(send, "A");
         }
         QCOMPARE(send.acknowledged(), program.size());
