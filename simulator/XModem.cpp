@@ -3,6 +3,11 @@
 
 namespace cncsim::xmodem
 {
+unsigned char numberOf(std::size_t block, bool standardNumbers)
+{
+    return static_cast<unsigned char>(standardNumbers ? block & 0xFF : (block - 1) % 255 + 1);
+}
+
 char checksum(const std::string& data)
 {
     unsigned sum = 0;

@@ -1,18 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "simulator/XModemReceiver.h"
 
+#include <utility>
+
 namespace cncsim
 {
 using namespace xmodem;
 
 namespace
 {
-// The DNC program numbers 1 to 255 and begins again with 1, without a 0.
-unsigned numberOf(std::size_t block)
-{
-    return static_cast<unsigned>((block - 1) % 255 + 1);
-}
-
 unsigned code(char byte)
 {
     return static_cast<unsigned char>(byte);
@@ -30,7 +26,7 @@ std::string XModemReceiver::take(const std::string& bytes, Time now)
 
 std::string XModemReceiver::tick(Time now)
 {
-    if (state_ == State::Stopped) return {};
+    if (state_ == State::Stopped || isMute_) return {};
     if (!isPollDue_ && now - lastSign_ < std::chrono::milliseconds(settings_.pollMs)) return {};
     isPollDue_ = false;
     lastSign_ = now;
@@ -40,17 +36,12 @@ std::string XModemReceiver::tick(Time now)
 
 std::string XModemReceiver::takeByte(char byte)
 {
-    if (state_ == State::Stopped) return {};
+    if (state_ == State::Stopped || isMute_) return {};
     if (!packet_.empty()) {
         packet_ += byte;
         return packet_.size() == blockSize ? takeBlock() : std::string();
     }
-    if (byte == eot) {
-        // A repeated EOT only means that the sender missed the ACK; one before any block ends an empty program.
-        if (state_ == State::Receiving || programs_ == 0) ++programs_;
-        state_ = State::Waiting;
-        return {ack};
-    }
+    if (byte == eot) return takeEnd();
     if (byte != soh) {
         note("a byte (" + std::to_string(code(byte)) + ") between the blocks");
         return {};
@@ -62,6 +53,24 @@ std::string XModemReceiver::takeByte(char byte)
     state_ = State::Receiving;
     packet_ = byte;
     return {};
+}
+
+std::string XModemReceiver::takeEnd()
+{
+    const bool isFirst = !std::exchange(hasFailedEnd_, true);
+    if (isFirst && settings_.endFault == EndFault::EotLost) return {};
+    if (isFirst && settings_.endFault == EndFault::EotRefused) return {nak};
+    // A repeated EOT only means that the sender missed the ACK; one before any block ends an empty program.
+    if (state_ == State::Receiving || programs_ == 0) ++programs_;
+    state_ = State::Waiting;
+    isMute_ = settings_.endFault == EndFault::NotConfirmed;
+    if (isMute_ || (isFirst && settings_.endFault == EndFault::AckLost)) return {};
+    return {ack};
+}
+
+unsigned XModemReceiver::numberOf(std::size_t block) const
+{
+    return xmodem::numberOf(block, settings_.standardNumbers);
 }
 
 std::string XModemReceiver::takeBlock()

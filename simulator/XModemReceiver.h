@@ -32,6 +32,8 @@ private:
 
     std::string takeByte(char byte);
     std::string takeBlock();
+    std::string takeEnd();
+    unsigned numberOf(std::size_t block) const;
     std::string refuse(const std::string& why);
     std::string cancelFor(const std::string& why);
     void note(const std::string& problem);
@@ -44,8 +46,10 @@ private:
     std::size_t repeatedBlocks_ = 0;
     std::size_t programs_ = 0;
     bool hasRefused_ = false; // the chosen block
-    bool isPollDue_ = true;   // it asks at once
-    Time lastSign_{};         // from either side
+    bool hasFailedEnd_ = false;
+    bool isMute_ = false;
+    bool isPollDue_ = true; // it asks at once
+    Time lastSign_{};       // from either side
     std::string problem_;
 };
 } // namespace cncsim

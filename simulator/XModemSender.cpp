@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "simulator/XModemSender.h"
 
+#include <utility>
+
 namespace cncsim
 {
 using namespace xmodem;
@@ -8,7 +10,8 @@ using namespace xmodem;
 namespace
 {
 constexpr std::size_t stallSize = 60; // what still goes out of a block that stalls
-}
+constexpr std::size_t mostEnds = 10;  // EOTs without an answer, then it gives up
+} // namespace
 
 std::string XModemSender::take(const std::string& bytes, Time now)
 {
@@ -26,7 +29,7 @@ std::string XModemSender::tick(Time now)
 {
     if (state_ != State::Ending || now - lastSign_ < std::chrono::milliseconds(settings_.pollMs)) return {};
     lastSign_ = now;
-    return {eot};
+    return sendEnd();
 }
 
 std::string XModemSender::takeReply(char reply)
@@ -41,13 +44,18 @@ std::string XModemSender::takeReply(char reply)
     if (reply == ack) return acknowledged();
     if (reply != nak) return {};
     if (state_ == State::Waiting) return sendNext();
-    if (state_ == State::Ending) return {eot};
+    if (state_ == State::Ending) return sendEnd();
     return sendBlock();
 }
 
 std::string XModemSender::acknowledged()
 {
-    if (state_ == State::Ending) state_ = State::Complete;
+    if (state_ == State::Ending) {
+        const bool isFirst = !std::exchange(hasMissedAck_, true);
+        const bool isMissed =
+            settings_.endFault == EndFault::NotConfirmed || (isFirst && settings_.endFault == EndFault::AckLost);
+        if (!isMissed) state_ = State::Complete;
+    }
     if (state_ != State::Sending) return {};
     acknowledged_ = block_;
     if (block_ == settings_.silentAfterBlock) {
@@ -66,12 +74,23 @@ std::string XModemSender::sendNext()
 {
     if (block_ * dataSize >= program_.size()) {
         state_ = State::Ending;
-        return {eot};
+        return sendEnd();
     }
     state_ = State::Sending;
     ++block_;
     isRepeat_ = false;
     return sendBlock();
+}
+
+std::string XModemSender::sendEnd()
+{
+    if (ends_ == mostEnds) {
+        state_ = State::Stopped;
+        problem_ = "the receiver did not confirm the end";
+        return {};
+    }
+    ++ends_;
+    return ends_ == 1 && settings_.endFault == EndFault::EotLost ? std::string() : std::string{eot};
 }
 
 std::string XModemSender::sendBlock()
@@ -82,7 +101,7 @@ std::string XModemSender::sendBlock()
         return cancel;
     }
     const std::string data = program_.substr((block_ - 1) * dataSize, dataSize);
-    std::string bytes = block(static_cast<unsigned char>(block_ & 0xFF), data, settings_.padding);
+    std::string bytes = block(numberOf(block_, settings_.standardNumbers), data, settings_.padding);
     if (isRepeat_) {
         ++repeatedBlocks_;
         return bytes;

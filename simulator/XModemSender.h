@@ -34,6 +34,7 @@ private:
     std::string takeReply(char reply);
     std::string acknowledged();
     std::string sendNext();
+    std::string sendEnd();
     std::string sendBlock();
 
     XModemSettings settings_;
@@ -44,6 +45,8 @@ private:
     std::size_t repeatedBlocks_ = 0;
     bool isRepeat_ = false; // block_ has been sent before
     bool hasDuplicated_ = false;
+    bool hasMissedAck_ = false; // of EOT
+    std::size_t ends_ = 0;      // how often EOT has been sent
     Time lastSign_{};
     std::string problem_;
 };

@@ -32,6 +32,9 @@ Sending one:
   --xmodem-send FILE         sends FILE by XModem when the program asks for it
   --plain-nak                knows NAK as 0x15 only, as 8-bit XModem peers do
 
+Either way by XModem:
+  --standard-numbers         counts the blocks to 255 and then 0 (otherwise 1)
+
 The line:
   --even-parity              7 bits with even parity, checked on every byte
   --xon-xoff                 holds the line with XOFF while its buffer is full, stops punching on XOFF
@@ -43,6 +46,12 @@ XModem faults at block N (from 1); Enter or SIGUSR1 starts over:
   --stall-in-block N         stops inside it until asked again
   --cancel-at-block N        cancels
   --silent-after-block N     goes silent once it is acknowledged
+
+An XModem fault at the end of the program:
+  --end-fault FAULT          eot-lost: the first EOT does not arrive
+                             eot-refused: the first EOT is answered with NAK
+                             ack-lost: the first ACK of EOT does not arrive
+                             not-confirmed: none ever does
 
   --link PATH                makes a symbolic link PATH to the device
   --output FILE              writes what arrived to this file
@@ -75,6 +84,15 @@ cncsim::ControlKind kindNamed(const std::string& name)
     throw std::invalid_argument("unknown type " + name);
 }
 
+cncsim::EndFault endFaultNamed(const std::string& name)
+{
+    if (name == "eot-lost") return cncsim::EndFault::EotLost;
+    if (name == "eot-refused") return cncsim::EndFault::EotRefused;
+    if (name == "ack-lost") return cncsim::EndFault::AckLost;
+    if (name == "not-confirmed") return cncsim::EndFault::NotConfirmed;
+    throw std::invalid_argument("unknown fault " + name);
+}
+
 std::string contentOf(const std::string& path)
 {
     std::ifstream file(path, std::ios::binary);
@@ -88,28 +106,40 @@ struct Options {
     bool wantsHelp = false;
 };
 
-Options parse(int argc, char* argv[])
+using Flags = std::map<std::string, std::function<void()>>;
+using BlockFaults = std::map<std::string, std::size_t*>;
+using Values = std::map<std::string, std::function<void(const std::string&)>>;
+
+Flags flagsOf(Options& options)
 {
-    Options options;
     auto& c = options.control;
-    const std::map<std::string, std::function<void()>> flags{
+    return {
         {"--xmodem-receive", [&] { c.protocol = cncsim::Protocol::XModemReceive; }},
         {"--plain-nak", [&] { c.xmodem.plainNakOnly = true; }},
+        {"--standard-numbers", [&] { c.xmodem.standardNumbers = true; }},
         {"--even-parity", [&] { c.evenParity = true; }},
         {"--xon-xoff", [&] { c.xonXoff = true; }},
         {"--start-on-key", [&] { c.start = cncsim::StartSignal::OnRequest; }},
         {"--once", [&] { options.once = true; }},
         {"--help", [&] { options.wantsHelp = true; }},
     };
-    const std::map<std::string, std::size_t*> blocks{
-        {"--nak-block", &c.xmodem.nakBlock},
-        {"--spoil-block", &c.xmodem.spoilBlock},
-        {"--duplicate-block", &c.xmodem.duplicateBlock},
-        {"--stall-in-block", &c.xmodem.stallInBlock},
-        {"--cancel-at-block", &c.xmodem.cancelAtBlock},
-        {"--silent-after-block", &c.xmodem.silentAfterBlock},
+}
+
+BlockFaults blockFaultsOf(cncsim::XModemSettings& xmodem)
+{
+    return {
+        {"--nak-block", &xmodem.nakBlock},
+        {"--spoil-block", &xmodem.spoilBlock},
+        {"--duplicate-block", &xmodem.duplicateBlock},
+        {"--stall-in-block", &xmodem.stallInBlock},
+        {"--cancel-at-block", &xmodem.cancelAtBlock},
+        {"--silent-after-block", &xmodem.silentAfterBlock},
     };
-    const std::map<std::string, std::function<void(const std::string&)>> values{
+}
+
+Values valuesOf(cncsim::Settings& c)
+{
+    return {
         {"--type", [&](const std::string& v) { c.framing.type = kindNamed(v); }},
         {"--eob", [&](const std::string& v) { c.framing.eob = unescaped(v); }},
         {"--sot", [&](const std::string& v) { c.framing.sot = unescaped(v); }},
@@ -128,17 +158,26 @@ Options parse(int argc, char* argv[])
              c.protocol = cncsim::Protocol::XModemSend;
              c.punchProgram = contentOf(v);
          }},
+        {"--end-fault", [&](const std::string& v) { c.xmodem.endFault = endFaultNamed(v); }},
         {"--link", [&](const std::string& v) { c.linkPath = v; }},
         {"--output", [&](const std::string& v) { c.outputFile = v; }},
     };
+}
+
+Options parse(int argc, char* argv[])
+{
+    Options options;
+    const Flags flags = flagsOf(options);
+    const BlockFaults blockFaults = blockFaultsOf(options.control.xmodem);
+    const Values values = valuesOf(options.control);
     for (int i = 1; i < argc; ++i) {
         const std::string name = argv[i];
         if (const auto flag = flags.find(name); flag != flags.end()) {
             flag->second();
         } else if (const auto value = values.find(name); value != values.end() && i + 1 < argc) {
             value->second(argv[++i]);
-        } else if (const auto block = blocks.find(name); block != blocks.end() && i + 1 < argc) {
-            *block->second = std::stoul(argv[++i]);
+        } else if (const auto fault = blockFaults.find(name); fault != blockFaults.end() && i + 1 < argc) {
+            *fault->second = std::stoul(argv[++i]);
         } else {
             throw std::invalid_argument("unknown option or missing value: " + name);
         }

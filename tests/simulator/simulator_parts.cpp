@@ -157,6 +157,10 @@ void PartsTest::receiver_data()
     row({}, {numbered(1), numbered(3)}, "\6\x18\x18", "block number 3 came instead of 2");
     row({}, {numbered(1), "x", numbered(2), "\4"}, "\6.\6\6", "a byte (120) between the blocks");
     row({.nakBlock = 2}, {numbered(1), numbered(2), numbered(2), "\4"}, "\6\x15\6\6");
+    row({.endFault = EndFault::EotLost}, {numbered(1), "\4", "\4"}, "\6.\6");
+    row({.endFault = EndFault::EotRefused}, {numbered(1), "\4", "\4", "\4"}, "\6\x15\6\6");
+    row({.endFault = EndFault::AckLost}, {numbered(1), "\4", "\4", numbered(1), "\4"}, "\6.\6\6\6");
+    row({.endFault = EndFault::NotConfirmed}, {numbered(1), "\4", "\4", numbered(1)}, "\6...");
     row({.cancelAtBlock = 2}, {numbered(1), numbered(2), numbered(2)}, "\6\x18\x18.", "cancelled at block 2");
 }
 
@@ -197,6 +201,14 @@ void PartsTest::sender_data()
     row({.stallInBlock = 1}, "\x15\x15\6", {one.substr(0, 60), one, two});
     row({.cancelAtBlock = 2}, "\x15\6\6", {one, "\x18\x18", ""}, "cancelled at block 2");
     row({.silentAfterBlock = 1}, "\x15\6\x15", {one, "", ""}, "silent after block 1");
+    const Script ends(9, "\4");
+    row({.endFault = EndFault::EotLost}, "\x15\6\6\x15\6", {one, two, "", "\4", ""});
+    row({.endFault = EndFault::AckLost}, "\x15\6\6\6\x15\6", {one, two, "\4", "", "\4", ""});
+    Script unconfirmed{one, two, "\4", ""};
+    unconfirmed.insert(unconfirmed.end(), ends.begin(), ends.end());
+    unconfirmed.insert(unconfirmed.end(), 2, "");
+    row({.endFault = EndFault::NotConfirmed}, "\x15\6\6\6" + std::string(10, '\x15') + '\6', unconfirmed,
+        "the receiver did not confirm the end");
     row({}, "\x15\x18\6", {one, "", ""}, "the receiver cancelled at block 1");
 }
 
