@@ -22,6 +22,7 @@ public:
         qint64 dropAt = -1;     ///< this byte is lost, counted from 0
         qint64 flipAt = -1;     ///< this byte has its bit 1 turned over
         int loseFirst = -1;     ///< the first byte of this value is lost
+        int loseAfter = 0;      ///< not the first, but the one after so many of them
         int longestDelayMs = 0; ///< bytes arrive up to that much later
     };
     struct Plan {
@@ -86,7 +87,8 @@ private:
         QByteArray result;
         for (const char byte : bytes) {
             const qint64 at = way.carried++;
-            const bool isFirst = static_cast<unsigned char>(byte) == way.faults.loseFirst;
+            const bool isFirst =
+                static_cast<unsigned char>(byte) == way.faults.loseFirst && way.faults.loseAfter-- == 0;
             if (isFirst) way.faults.loseFirst = -1;
             const bool isLost = isFirst || at == way.faults.dropAt || share(way.chance) < way.faults.drops;
             const bool isHit = !isLost && share(way.chance) < way.faults.flips;

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Long XModem transfers over a line that spoils one block in fifty, and what a 7-bit checksum lets pass.
-// Takes a minute or more; run it by hand.
+// Long XModem transfers, over a line that spoils one block in fifty and with lrzsz, and what a 7-bit checksum lets
+// pass. Takes a minute or more; run it by hand.
 #include "protocol/XModemBlock.h"
-#include "simulator/SimulatedControl.h"
-#include "support/Relay.h"
-#include "transfer/TransferRig.h"
+#include "transfer/LrzszRig.h"
+#include "transfer/SimulatedRig.h"
 
-#include <fcntl.h>
 #include <random>
-#include <termios.h>
-#include <unistd.h>
 
 namespace
 {
@@ -29,38 +25,6 @@ bool isProgram(const QByteArray& received, char padding)
 {
     return received == program().leftJustified(received.size(), padding) && received.size() - programSize < 128;
 }
-
-// lrzsz refuses our number after 255 and ignores our marked NAK, so the simulated control is the peer.
-struct Soak {
-    Soak(bool sends, const Relay::Plan& plan)
-        : control(settings(sends)),
-          device(::open(control.devicePath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)),
-          relay({rig.pty.master(), rig.pty.master()}, {device, device}, plan)
-    {
-        termios line{};
-        ::tcgetattr(device, &line); // the control's terminal is as the system makes it
-        ::cfmakeraw(&line);
-        ::tcsetattr(device, TCSANOW, &line);
-        rig.machine->MCFLOW = 3;
-        rig.machine->MCTXEOB = "LF";
-        rig.start(sends);
-        rig.port.startRxTimer(0.001);
-    }
-    ~Soak() { ::close(device); }
-
-    static cncsim::Settings settings(bool sends)
-    {
-        cncsim::Settings made;
-        made.protocol = sends ? cncsim::Protocol::XModemReceive : cncsim::Protocol::XModemSend;
-        made.punchProgram = program().toStdString();
-        return made;
-    }
-
-    TransferRig rig;
-    cncsim::SimulatedControl control;
-    int device;
-    Relay relay;
-};
 } // namespace
 
 class XModemSoak : public QObject
@@ -69,8 +33,7 @@ class XModemSoak : public QObject
 private Q_SLOTS:
     void sending()
     {
-        Soak soak(true, {oneInFifty, {}});
-        soak.rig.open(program());
+        SimulatedRig soak(true, program(), {}, {oneInFifty, {}});
         soak.rig.click("btnSend");
         QTRY_VERIFY_WITH_TIMEOUT(!soak.rig.view->dncRunning(), longest);
         const auto report = soak.control.report();
@@ -80,7 +43,7 @@ private Q_SLOTS:
 
     void receiving()
     {
-        Soak soak(false, {{}, oneInFifty});
+        SimulatedRig soak(false, program(), {}, {{}, oneInFifty});
         soak.rig.view->startXModemTimer(viewTX::xmodemTickInterval);
         QTRY_VERIFY_WITH_TIMEOUT(soak.control.isComplete(), longest);
         const auto report = soak.control.report();
@@ -88,6 +51,9 @@ private Q_SLOTS:
               report.repeatedBlocks, qPrintable(soak.rig.details()));
         QVERIFY(isProgram(soak.rig.editor->wholeText(), '\x1A'));
     }
+
+    void sendingToLrzsz() { carryEveryCharacter(true, 200'000); }
+    void receivingFromLrzsz() { carryEveryCharacter(false, 200'000); }
 
     void whatTheChecksumLetsPass()
     {

@@ -66,6 +66,7 @@ private Q_SLOTS:
         row("nothing left, no block of spaces", "(A)\n(B)\n", {NAK, ACK}, EOT + ".");
         row("an ACK asks for a block, too", full, {ACK}, first);
         row("replies in one chunk", two, {"C" + NAK + ACK + ACK}, first + second + EOT);
+        row("end refused", two, {NAK, ACK, ACK, NAK, NAK, ACK, ACK}, first + second + EOT + EOT + EOT + "..");
         row("cancelled in the middle, twice as usual", two, {NAK, CAN + CAN, NAK, ACK}, first + "...");
         const QByteArray sent[] = {{}, first, first + second, first + second + EOT};
         for (int replies = 0; replies < 4; ++replies)
