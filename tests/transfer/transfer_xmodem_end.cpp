@@ -8,8 +8,8 @@ namespace
 {
 const QByteArray shortProgram = QByteArray("G1 X1.5 Y-2.25\n").repeated(20);
 const QByteArray longProgram = shortProgram.repeated(110); // 33,000 bytes: the block numbers start over
-constexpr int controlsPoll = 100;                          // ms
-constexpr double viewsSecond = 0.02;
+constexpr int controlsPoll = 1000; // ms; it must not ask twice before a busy computer has answered
+constexpr double viewsSecond = 0.05;
 
 QByteArray padded(const QByteArray& program, char padding)
 {
