@@ -148,6 +148,17 @@ private Q_SLOTS:
         QCOMPARE(play(rig, {stop, NAK}), QByteArray(".."));
     }
 
+    void unconfirmedEndIsNotRepeated()
+    {
+        TransferRig rig;
+        rig.machine->MCREPEAT = true;
+        startSend(rig, "G0");
+        QCOMPARE(play(rig, {NAK, ACK}), block(1, "G0") + EOT);
+        QCOMPARE(play(rig, Script(12, NAK)), EOT.repeated(10) + "..");
+        QCOMPARE(rig.headline(), QString("Sent; the control did not confirm the end"));
+        QVERIFY(rig.isShown("btnSend") && rig.text("txtPCent") == "100%");
+    }
+
     void receptionIsShownOnTheIcon()
     {
         TransferRig rig;
