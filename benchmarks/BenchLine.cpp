@@ -12,7 +12,8 @@
 #include <time.h>
 #include <unistd.h>
 
-BenchLine::BenchLine() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
+BenchLine::BenchLine(std::chrono::milliseconds rest)
+    : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)), rest_(rest)
 {
     if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0) qFatal("no pseudo-terminal");
     path_ = QString::fromLocal8Bit(::ptsname(master_));
@@ -31,7 +32,7 @@ BenchLine::~BenchLine()
 void BenchLine::read()
 {
     std::array<char, 65536> buffer;
-    while (!ended_) {
+    for (; !ended_; std::this_thread::sleep_for(rest_)) {
         pollfd ready{master_, POLLIN, 0};
         if (::poll(&ready, 1, 20) <= 0) continue;
         const auto count = ::read(master_, buffer.data(), buffer.size());

@@ -20,7 +20,8 @@ public:
         std::chrono::steady_clock::time_point time;
     };
 
-    BenchLine();
+    /// Rests that long after each read: the readers of many lines would take the processor from the program.
+    explicit BenchLine(std::chrono::milliseconds rest = std::chrono::milliseconds::zero());
     ~BenchLine();
     BenchLine(const BenchLine&) = delete;
     BenchLine& operator=(const BenchLine&) = delete;
@@ -42,6 +43,7 @@ private:
     Mark mark_;
     std::atomic<double> processorSeconds_ = 0;
     std::atomic<bool> ended_ = false;
+    const std::chrono::milliseconds rest_;
     std::thread reader_;
 };
 

@@ -25,6 +25,7 @@
 
 namespace
 {
+using namespace std::chrono_literals;
 constexpr int blockLength = 40; // characters on the wire
 
 double megabytesInUse()
@@ -65,7 +66,7 @@ public:
     explicit Shop(int machines)
     {
         for (int machine = 0; machine < machines; ++machine)
-            lines.push_back(std::make_unique<BenchLine>());
+            lines.push_back(std::make_unique<BenchLine>(5ms));
         storeMachines(lines);
         app.applicationDidFinishLaunching();
         app.window()->show();
@@ -75,6 +76,15 @@ public:
             view(machine).findChild<QFileDialog*>()->reject();
         }
         QApplication::processEvents();
+    }
+
+    /// Processor time of the program alone, in seconds.
+    double processorSeconds() const
+    {
+        double seconds = Bench::processorSeconds() - PacedLine::processorSeconds();
+        for (const auto& line : lines)
+            seconds -= line->processorSeconds();
+        return seconds;
     }
 
     viewTX& view(int machine)
@@ -138,10 +148,10 @@ void manyMachines(const QTemporaryDir& folder)
         std::int64_t bytes = 0;
         for (const auto& line : shop.lines)
             bytes -= line->mark().bytes;
-        const double workBefore = Bench::processorSeconds() - PacedLine::processorSeconds();
+        const double workBefore = shop.processorSeconds();
         ClickLatency clicks(*shop.app.window());
         Bench::runFor(seconds);
-        const double work = Bench::processorSeconds() - PacedLine::processorSeconds() - workBefore;
+        const double work = shop.processorSeconds() - workBefore;
         for (const auto& line : shop.lines)
             bytes += line->mark().bytes;
         std::printf("| %d | %.1f ms | %.1f %% | %.0f %% of a core |\n", machines, clicks.worst(),
