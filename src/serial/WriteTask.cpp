@@ -3,6 +3,7 @@
 
 #include "serial/serialPort.h"
 
+#include <limits>
 #include <thread>
 #include <utility>
 
@@ -41,17 +42,25 @@ WriteTask::Progress WriteTask::writePiece(LineTraffic& line)
     return Progress::Done;
 }
 
-bool WriteTask::run()
+bool WriteTask::run(const std::function<void()>& written)
 {
     // Let go of here: the last one to hold the device closes it, and that must not be the main thread.
     const auto line = std::exchange(line_, nullptr);
-    if (!line) return true;
-    auto progress = writePiece(*line);
+    if (line && !writeAll(*line)) return false;
+    if (!written) return true;
+    written();
+    if (line) std::this_thread::sleep_for(line->pause(std::numeric_limits<qsizetype>::max()));
+    return true;
+}
+
+bool WriteTask::writeAll(LineTraffic& line)
+{
+    auto progress = writePiece(line);
     while (progress == Progress::Wait) {
-        std::this_thread::sleep_for(line->pause(wireBytes_.size() - static_cast<qsizetype>(taken_)));
-        progress = writePiece(*line);
+        std::this_thread::sleep_for(line.pause(wireBytes_.size() - static_cast<qsizetype>(taken_)));
+        progress = writePiece(line);
     }
-    line->forgetCts();
+    line.forgetCts();
     return progress == Progress::Done;
 }
 

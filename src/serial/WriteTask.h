@@ -6,6 +6,7 @@
 #include <QByteArray>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -22,8 +23,9 @@ public:
 
     /// To be called once: hands all bytes over as fast as the line carries them and the control lets them come, and
     /// lets go of the line. False when stopped or abandoned, or when the device was shut. An error of the device counts
-    /// as success, because nobody could act on it.
-    bool run();
+    /// as success, because nobody could act on it. Reports success through `written` as well, and then waits some
+    /// milliseconds, until the line has room for the next array: a thread that found none would sleep at once again.
+    bool run(const std::function<void()>& written = {});
 
     /// From here on nothing more is written. Returns the bytes that the driver did not take, without parity. Any
     /// thread.
@@ -31,6 +33,7 @@ public:
 
 private:
     enum class Progress { Done, GivenUp, Wait };
+    bool writeAll(LineTraffic& line);
     Progress writePiece(LineTraffic& line);
 
     std::shared_ptr<LineTraffic> line_; // run() takes it out

@@ -133,9 +133,10 @@ void serialPort::sendBytes(const QByteArray& bytes)
     auto task = std::make_shared<WriteTask>(line_, stop_, Parity == 1, bytes);
     writes_.push_back(task);
     writing_.post([this, task, alive = std::weak_ptr<void>(alive_)]() mutable {
-        if (!task->run()) return;
-        MainQueue::post([this, task = std::move(task), alive = std::move(alive)] {
-            if (!alive.expired()) writeFinished(task);
+        task->run([&] {
+            MainQueue::post([this, task, alive = std::move(alive)] {
+                if (!alive.expired()) writeFinished(task);
+            });
         });
     });
 }
