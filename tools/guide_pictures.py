@@ -51,8 +51,7 @@ class Photographer:
         self._window.wait_for("Add machine")
         self._take("first-start")
         self._window.click("Add machine")
-        self._choose("CNC1", "Setup")
-        self._window.wait_for("Setup...")
+        self._window.wait_for("Save setup")
         self._take("new-machine")
 
     def setup(self):

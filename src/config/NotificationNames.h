@@ -18,11 +18,13 @@ inline constexpr QLatin1String btnDeleteIcon_Click("btnDeleteIcon_Click");
 inline constexpr QLatin1String sendButton_Clicked("sendButton_Clicked");
 inline constexpr QLatin1String receiveButton_Clicked("receiveButton_Clicked");
 inline constexpr QLatin1String setupButton_Clicked("setupButton_Clicked");
+inline constexpr QLatin1String showViewButton_Clicked("showViewButton_Clicked");
+inline constexpr QLatin1String dockButton_Clicked("dockButton_Clicked"); ///< by an undocked window with its index
 
 // Posted by the setup form and the child windows
 inline constexpr QLatin1String setupSaveButton_Click("setupSaveButton_Click"); ///< with the machine's index
 inline constexpr QLatin1String childGotFocus_Event("childGotFocus_Event");     ///< with the machine's index
-inline constexpr QLatin1String dockedChildLeaving_Event("dockedChildLeaving_Event");
+inline constexpr QLatin1String dockedChildLeaving_Event("dockedChildLeaving_Event"); ///< with the machine's index
 
 /// The key of the machine's index in a notification's values.
 inline constexpr QLatin1String machineIndex("MC");

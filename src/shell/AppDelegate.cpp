@@ -64,8 +64,10 @@ void AppDelegate::registerObservers()
     observePlain(Notifications::setupButton_Clicked, &AppDelegate::setupButton_Clicked);
     observePlain(Notifications::sendButton_Clicked, &AppDelegate::sendButton_Clicked);
     observePlain(Notifications::receiveButton_Clicked, &AppDelegate::receiveButton_Clicked);
+    observePlain(Notifications::showViewButton_Clicked, &AppDelegate::showViewButton_Clicked);
+    observe(Notifications::dockButton_Clicked, &AppDelegate::dockButton_Clicked);
     observePlain(Notifications::childGotFocus_Event, &AppDelegate::childGotFocus_Event);
-    observePlain(Notifications::dockedChildLeaving_Event, &AppDelegate::dockedChildLeaving_Event);
+    observe(Notifications::dockedChildLeaving_Event, &AppDelegate::dockedChildLeaving_Event);
 }
 
 bool AppDelegate::applicationShouldHandleReopen()

@@ -10,6 +10,7 @@
 #include <memory>
 
 class frmDncMenu;
+class viewChild;
 class viewMC;
 namespace Ui
 {
@@ -50,11 +51,15 @@ public:
     void setupButton_Clicked();
     void sendButton_Clicked();
     void receiveButton_Clicked();
+    /// Goes to the active machine's view, wherever it is.
+    void showViewButton_Clicked();
+    /// Brings an undocked view back: of the machine that the notification names, or of the active one.
+    void dockButton_Clicked(const Notification& notification);
     /// Replaces the active machine's child view by one in that mode (see viewChild::Mode).
     void loadDockedChild(int mode);
     void hideAllDockedViews();
     void childGotFocus_Event();
-    void dockedChildLeaving_Event();
+    void dockedChildLeaving_Event(const Notification& notification);
 
     // --- Window (AppDelegate_window.cpp) ---------------------------------------------------------------------------
     /// From the strip of machines to the whole window, and back, in steps.
@@ -84,8 +89,13 @@ private:
     void goToMachine(const viewMC& from, int machines);
     void makeTabStop(const viewMC& icon);
     static bool isDocked(qsizetype mcIndex);
+    viewChild* replaceDockedChild();
+    void openMenu(int index);
+    void menuClickedElsewhere(const QPoint& place);
+    static bool isUndocked(qsizetype mcIndex);
     void showDockedChild();
     void showLogos();
+    void showEmptyPane();
 
     QMainWindow window_;
     std::unique_ptr<Ui::mainWindow> ui;

@@ -76,9 +76,10 @@ void AppDelegate::btnAddMC_Click()
     g::mcIcons.append(machine);
     g::mcChildViews.append(g::makeMcChildView());
     addIconToPanel(mcIconAt(machine->MCINDEX));
-    mcIconAt(machine->MCINDEX)->button()->setFocus();
     g::saveAllMcSettings();
-    showLogos();
+    makeActiveIcon(static_cast<int>(machine->MCINDEX));
+    if (auto* child = replaceDockedChild()) child->startSetup(iCurrentMcIcon);
+    showDockedChild();
     // The panel takes its new height when the layout has run; only then is there a bottom to move to.
     QTimer::singleShot(0, this, [this] { movePanelTo(ui->scrIcons->verticalScrollBar()->maximum()); });
 }
@@ -132,9 +133,30 @@ void AppDelegate::MCIcon_Click(const Notification& notification)
     if (index < 0) return;
     makeActiveIcon(index);
     showDockedChild();
-    delete modalMenu;
+    openMenu(index);
+}
+
+void AppDelegate::openMenu(int index)
+{
+    using OpenView = frmDncMenu::OpenView;
+    if (modalMenu) modalMenu->close(); // deletes it, but not within its own click
     modalMenu = new frmDncMenu(*g::mcIcons[index], &window_);
+    const auto* child = childViewAt(index);
+    if (child && child->isWorking()) modalMenu->offerView(child->isUndocked() ? OpenView::Undocked : OpenView::Docked);
+    connect(modalMenu, &frmDncMenu::clickedElsewhere, this, &AppDelegate::menuClickedElsewhere);
     modalMenu->showBeside(*mcIconAt(index));
+}
+
+// The machine's own card only closes the menu, as a second click on a menu's title does.
+void AppDelegate::menuClickedElsewhere(const QPoint& place)
+{
+    for (qsizetype index = 1; index < g::mcIcons.size(); ++index) {
+        auto* icon = mcIconAt(index);
+        const bool isHit = icon->visibleRegion().contains(icon->mapFromGlobal(place));
+        if (!isHit || index == iCurrentMcIcon) continue;
+        icon->button()->setFocus(Qt::MouseFocusReason);
+        return icon->btnMC_Click();
+    }
 }
 
 void AppDelegate::makeActiveIcon(int index)
@@ -151,6 +173,7 @@ void AppDelegate::setupSaveButton_Click(const Notification& notification)
     if (index < 0) return;
     mcIconAt(index)->refresh();
     if (auto* child = childViewAt(index); child && child->isLoaded()) child->machineChanged(index);
+    showLogos();
 }
 
 // A click during the animation continues from its target, any other from where wheel or keys left the panel.

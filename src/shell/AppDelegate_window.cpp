@@ -76,6 +76,10 @@ void AppDelegate::setUpWindow()
             [this] { menuIsExpanded ? shrinkMainMenu() : expandMainMenu(); });
     connect(ui->scrIcons->verticalScrollBar(), &QScrollBar::valueChanged, this, &AppDelegate::showScrollButtons);
     connect(ui->scrIcons->verticalScrollBar(), &QScrollBar::rangeChanged, this, &AppDelegate::showScrollButtons);
+    ui->btnShowWindow->setIcon(Images::icon(QStringLiteral("view")));
+    ui->btnDockHere->setIcon(Images::icon(QStringLiteral("dock")));
+    connect(ui->btnShowWindow, &QPushButton::clicked, this, &AppDelegate::showViewButton_Clicked);
+    connect(ui->btnDockHere, &QPushButton::clicked, this, [this] { dockButton_Clicked({}); });
     tmrMoveIconPanelToY.setSingleShot(true);
     connect(&tmrMoveIconPanelToY, &QTimer::timeout, this, &AppDelegate::tmrMoveIconPanelToY_Tick);
     connect(&tmrResize, &QTimer::timeout, this, &AppDelegate::tmrResize_Tick);
@@ -176,11 +180,24 @@ void AppDelegate::showLogos()
     const bool shown = isDocked(iCurrentMcIcon);
     ui->imgSmallLogo->setHidden(!shown);
     ui->imgBogLogo->setHidden(shown);
+    showEmptyPane();
+}
+
+// Where there is no docked view, the pane says where to go on.
+void AppDelegate::showEmptyPane()
+{
+    const bool isElsewhere = isUndocked(iCurrentMcIcon);
+    ui->imgLogo->setHidden(isElsewhere);
+    ui->boxUndocked->setHidden(!isElsewhere);
+    if (isElsewhere) {
+        ui->lblWelcome->setText(g::mcIcons[iCurrentMcIcon]->MCNAME);
+        ui->lblHint->setText(QStringLiteral("The view of this machine is in a window of its own."));
+        return;
+    }
     const bool isEmpty = g::mcIcons.size() <= 1;
     ui->lblWelcome->setText(isEmpty ? QStringLiteral("No machines yet") : QStringLiteral("Varnock"));
-    ui->lblHint->setText(
-        isEmpty ? QStringLiteral("Press \"Add machine\" (Ctrl+Shift+N), then click the new machine and choose Setup.")
-                : QStringLiteral("Click a machine to send a program, receive one, or set it up."));
+    ui->lblHint->setText(isEmpty ? QStringLiteral("Press \"Add machine\" (Ctrl+Shift+N) and enter its settings.")
+                                 : QStringLiteral("Click a machine to send a program, receive one, or set it up."));
 }
 
 void AppDelegate::showAbout()

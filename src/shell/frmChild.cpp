@@ -6,6 +6,8 @@
 #include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
 #include "shell/viewChild.h"
+#include "widgets/Images.h"
+#include "widgets/TextLook.h"
 
 #include <QCloseEvent>
 #include <QShortcut>
@@ -15,6 +17,12 @@ frmChild::frmChild(int index) : ui(std::make_unique<Ui::frmChild>())
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     initialize(index);
+    TextLook::enlarge(*ui->lblTitle, 1.1);
+    ui->btnDock->setIcon(Images::icon(QStringLiteral("dock")));
+    connect(ui->btnDock, &QToolButton::clicked, this, [this] {
+        NotificationCenter::defaultCenter().post(Notifications::dockButton_Clicked, this,
+                                                 {{Notifications::machineIndex, iIndex}});
+    });
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this, &frmChild::close);
 }
 
@@ -30,6 +38,18 @@ void frmChild::takeIn(QWidget* childView)
 {
     ui->rootLayout->addWidget(childView);
     childView->show();
+}
+
+void frmChild::showTitle(const QString& title)
+{
+    ui->lblTitle->setText(title);
+}
+
+void frmChild::bringUp()
+{
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
 }
 
 void frmChild::closeEvent(QCloseEvent* event)

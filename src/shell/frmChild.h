@@ -23,6 +23,9 @@ public:
     /// Takes the machine's name as the title.
     void initialize(int index);
     void takeIn(QWidget* childView);
+    void showTitle(const QString& title);
+    /// Above other windows, also from where it was minimised. The keyboard stays where it is.
+    void bringUp();
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -13,8 +13,10 @@
 #include "widgets/Images.h"
 #include "widgets/TextLook.h"
 
+#include <QDialog>
 #include <QKeyEvent>
 #include <QScreen>
+#include <QTime>
 
 #include <algorithm>
 
@@ -46,12 +48,8 @@ viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
     connect(ui->btnUnDock, &QToolButton::clicked, this, &viewChild::btnUnDock_Click);
     connect(ui->btnClose, &QToolButton::clicked, this, &viewChild::btnClose_Click);
     connect(ui->btnCancel, &QPushButton::clicked, this, &viewChild::btnCancel_Click);
-    connect(ui->btnSetupFailed, &QPushButton::clicked, this, [this] {
-        mode_ = SetupMode;
-        showTitle();
-        showStartupError(false);
-        loadSetup();
-    });
+    connect(ui->btnTryAgain, &QPushButton::clicked, this, &viewChild::btnTryAgain_Click);
+    connect(ui->btnSetupFailed, &QPushButton::clicked, this, [this] { startSetup(iMcIndex); });
     showStartupError(false);
 }
 
@@ -85,6 +83,15 @@ void viewChild::startMode(int mode, int mcIndex)
     if (mode == SendMode || mode == ReceiveMode) loadTransfer(mode == SendMode);
 }
 
+void viewChild::startSetup(int mcIndex)
+{
+    isLoaded_ = true;
+    mode_ = SetupMode;
+    machineChanged(mcIndex);
+    showStartupError(false);
+    loadSetup();
+}
+
 void viewChild::showStartupError(bool shown)
 {
     if (shown) {
@@ -106,7 +113,7 @@ void viewChild::loadSetup()
     ui->rootLayout->addWidget(vSet);
     vSet->initialize(iMcIndex);
     vSet->show();
-    vSet->setFocus();
+    vSet->setFocus(Qt::TabFocusReason); // selects the name, for a new machine
 }
 
 void viewChild::loadTransfer(bool send)
@@ -129,7 +136,9 @@ void viewChild::machineChanged(int mcIndex)
 void viewChild::showTitle()
 {
     static const QStringList modes = {QStringLiteral("Setup"), QStringLiteral("Send"), QStringLiteral("Receive")};
-    ui->lblTitle->setText(QStringLiteral("%1 \u2013 %2").arg(g::mcIcons[iMcIndex]->MCNAME, modes.value(mode_)));
+    const QString title = QStringLiteral("%1 \u2013 %2").arg(g::mcIcons[iMcIndex]->MCNAME, modes.value(mode_));
+    ui->lblTitle->setText(title);
+    if (frm) frm->showTitle(title);
 }
 
 void viewChild::keyPressEvent(QKeyEvent* event)
@@ -139,15 +148,23 @@ void viewChild::keyPressEvent(QKeyEvent* event)
         btnCancel_Click();
     } else if (failed && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
         // Outside a dialog Enter presses no button by itself.
-        (ui->btnCancel->hasFocus() ? ui->btnCancel : ui->btnSetupFailed)->click();
+        auto* focused = qobject_cast<QPushButton*>(focusWidget());
+        (focused ? focused : ui->btnSetupFailed)->click();
     } else {
         QWidget::keyPressEvent(event);
     }
 }
 
+void viewChild::takeFocus()
+{
+    if (vtx) vtx->setFocus();
+    if (vSet) vSet->setFocus();
+}
+
 void viewChild::btnUnDock_Click()
 {
     frm = new frmChild(iMcIndex);
+    showTitle();
     ui->boxControls->hide(); // the window has its own frame and title
     ui->lineControls->hide();
     frm->resize(size().expandedTo(frm->minimumSizeHint()));
@@ -158,8 +175,34 @@ void viewChild::btnUnDock_Click()
               std::max(area.top(), std::min(place.y(), area.bottom() - frm->height() - undockedOffset.y())));
     frm->takeIn(this);
     frm->show();
+    takeFocus();
     g::mcIcons[iMcIndex]->MCISDOCKED = false;
-    NotificationCenter::defaultCenter().post(Notifications::dockedChildLeaving_Event, this);
+    NotificationCenter::defaultCenter().post(Notifications::dockedChildLeaving_Event, this,
+                                             {{Notifications::machineIndex, iMcIndex}});
+}
+
+bool viewChild::isUndocked() const
+{
+    return frm;
+}
+
+void viewChild::bringUp()
+{
+    if (frm) frm->bringUp();
+}
+
+void viewChild::docked()
+{
+    if (!frm) return;
+    // A file dialog belongs to the window that goes away.
+    for (auto* dialog : findChildren<QDialog*>())
+        dialog->reject();
+    frm->hide();
+    frm->deleteLater();
+    frm = nullptr;
+    g::mcIcons[iMcIndex]->MCISDOCKED = true;
+    ui->boxControls->show();
+    ui->lineControls->show();
 }
 
 void viewChild::btnClose_Click()
@@ -170,6 +213,16 @@ void viewChild::btnClose_Click()
 void viewChild::btnCancel_Click()
 {
     btnClose_Click();
+}
+
+void viewChild::btnTryAgain_Click()
+{
+    startMode(mode_, iMcIndex);
+    if (ui->boxStartupError->isHidden()) return;
+    // The page looks as before; it has to show that something was done.
+    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));
+    ui->lblLikelyCause->setText(ui->lblLikelyCause->text() + QStringLiteral("\n\nTried again at %1.").arg(time));
+    ui->btnTryAgain->setFocus();
 }
 
 bool viewChild::mayEnd()
@@ -196,5 +249,6 @@ void viewChild::end()
     vtx = nullptr;
     vSet = nullptr;
     g::mcIcons[iMcIndex]->MCISDOCKED = false;
-    NotificationCenter::defaultCenter().post(Notifications::dockedChildLeaving_Event, this);
+    NotificationCenter::defaultCenter().post(Notifications::dockedChildLeaving_Event, this,
+                                             {{Notifications::machineIndex, iMcIndex}});
 }

@@ -35,18 +35,30 @@ public:
 
     /// Opens the machine's port and loads the working view; a port that cannot be opened shows why and what to do.
     void startMode(int mode, int mcIndex);
+    /// Loads the setup form without trying the port: a new machine has none yet.
+    void startSetup(int mcIndex);
     /// Follows a machine that moved in the list or was renamed.
     void machineChanged(int mcIndex);
 
     void btnUnDock_Click();
     void btnClose_Click();
     void btnCancel_Click();
+    void btnTryAgain_Click();
 
     /// Whether the view may end; asks the operator if a transfer is running.
     bool mayEnd();
     /// Ends the view without asking: transfer, port, window.
     void end();
     bool isLoaded() const { return isLoaded_; }
+    /// A working view is there, not only the page that tells why the port did not open.
+    bool isWorking() const { return vtx || vSet; }
+    bool isUndocked() const;
+    /// Brings an undocked view's window to the front.
+    void bringUp();
+    /// An undocked view is in the main window again, whose layout has it already. A transfer goes on.
+    void docked();
+    /// Moves the keyboard focus to where the operator goes on in the working view.
+    void takeFocus();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -6,6 +6,7 @@
 
 #include <QEvent>
 #include <QFileInfo>
+#include <QKeyEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -42,6 +43,7 @@ void TransferPanel::setUp()
     showImage(*ui_.imgWait, QStringLiteral("state-waiting"));
     ui_.lblWaitForMC->setText(waitForStartText());
     ui_.boxWaitForCNC->hide();
+    ui_.btnSend->installEventFilter(this);
     ui_.btnRewind->installEventFilter(this);
     ui_.boxPBOuter->installEventFilter(this);
     view_.installEventFilter(this);
@@ -104,6 +106,11 @@ void TransferPanel::showRunning(bool isRunning)
     ui_.btnRewind->setHidden(isRunning);
     ui_.btnStop->setHidden(!isRunning);
     if (byKeyboard) ui_.btnStop->setFocus();
+    // Where the focus goes when the operator turns to this view: no stray key there ends anything or changes a text.
+    QWidget* first = ui_.btnSend;
+    if (isRunning) first = ui_.rt1;
+    if (ui_.boxTxButtons->isHidden()) first = ui_.btnSave;
+    view_.setFocusProxy(first);
 }
 
 void TransferPanel::showLock(bool isLocked, bool isRunning)
@@ -180,8 +187,20 @@ void TransferPanel::showPercent(double percent)
     if (std::abs(percent) < 9e18) ui_.txtPCent->setText(QString::number(std::floor(percent), 'f', 0) + u'%');
 }
 
+// Outside a dialog Enter presses no button by itself. A key that is still held down, from the file dialog, starts
+// nothing.
+bool TransferPanel::sendsByEnter(const QEvent& event) const
+{
+    if (event.type() != QEvent::KeyPress) return false;
+    const auto& press = static_cast<const QKeyEvent&>(event);
+    if (press.key() != Qt::Key_Return && press.key() != Qt::Key_Enter) return false;
+    if (!press.isAutoRepeat()) ui_.btnSend->click();
+    return true;
+}
+
 bool TransferPanel::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == ui_.btnSend && sendsByEnter(*event)) return true;
     if (watched == &view_ && event->type() == QEvent::FontChange) setUpFonts();
     if (watched == ui_.boxPBOuter && event->type() == QEvent::Resize) showPercent(percent_);
     // The second click of a double click on Stop lands on Rewind, which has just come up in its place, and would throw

@@ -55,6 +55,7 @@ protected:
 
 private:
     void setUpFonts();
+    bool sendsByEnter(const QEvent& event) const;
 
     QWidget& view_;
     Ui::viewTX& ui_;

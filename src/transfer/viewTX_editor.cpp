@@ -55,6 +55,7 @@ void viewTX::openFile(const QString& path)
     lastFolder_ = QFileInfo(path).absolutePath();
     btnRewind_Click();
     setTextLocked(true);
+    if (booModeTX) ui->btnSend->setFocus(); // Enter starts it
 }
 
 void viewTX::btnLock_Click()

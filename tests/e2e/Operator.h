@@ -126,12 +126,18 @@ public:
     {
         choose(machine, "btnSetup");
         if (isShown("btnSetupFailed")) press(Qt::Key_Return);
+        setPort(port);
+        click("btnClose");
+    }
+
+    /// Sets the port in the setup form that is open.
+    static void setPort(const QString& port)
+    {
         auto* edit = find<QComboBox>("cboPorts")->lineEdit();
         edit->selectAll();
         QTest::keyClicks(edit, port);
         find<QComboBox>("cboBaud")->setCurrentText("115200"); // a slow line would only take longer
         click("btnSave");
-        click("btnClose");
     }
 
 private:

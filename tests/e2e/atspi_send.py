@@ -90,8 +90,6 @@ def choose_in_menu(window, machine, key):
 def set_up(window, device):
     """From an empty shop to a stored machine."""
     window.do("Add machine")
-    choose_in_menu(window, "CNC1", "u")
-    window.do("Setup...")  # a new machine's port cannot be opened
     window.write("Machine name", CONTROL.name)
     window.write("Control type", "Fanuc")
     window.write("Port", device)
