@@ -39,5 +39,5 @@ function(varnock_test name)
     set(tsan "TSAN_OPTIONS=ignore_noninstrumented_modules=1:die_after_fork=0:halt_on_error=1:second_deadlock_stack=1")
     set(lsan "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
     set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
-        "QT_QPA_PLATFORM=offscreen;XDG_CONFIG_HOME=${settings};XDG_RUNTIME_DIR=${settings};${tsan};${lsan}")
+        "QT_QPA_PLATFORM=offscreen;XDG_CONFIG_HOME=${settings};XDG_DATA_HOME=${settings};XDG_RUNTIME_DIR=${settings};${tsan};${lsan}")
 endfunction()

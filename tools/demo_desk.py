@@ -74,7 +74,7 @@ def main():
         profile = output / "profile"
         controls.write_profile(profile, CONTROLS, {s.control.name: s.device for s in simulators})
         greet(simulators, output)
-        environment = os.environ | {"XDG_CONFIG_HOME": str(profile)}
+        environment = os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_DATA_HOME": str(profile)}
         told = {}
         with processes.started([str(program)], env=environment) as running:
             while running.poll() is None:

@@ -57,8 +57,8 @@ class Desk:
     def environment(self, profile):
         (profile / "kdeglobals").write_text(SETTINGS.format(font=FONT.format(size=self.text)) +
                                             colours(self.dark))
-        return os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5",
-                             "QT_SCALE_FACTOR": str(self.scale)}
+        return os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_DATA_HOME": str(profile), "XDG_CURRENT_DESKTOP": "KDE",
+                             "KDE_SESSION_VERSION": "5", "QT_SCALE_FACTOR": str(self.scale)}
 
 
 DESKS = [

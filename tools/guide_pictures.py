@@ -158,7 +158,7 @@ def photograph(build, scratch, scene, machines, simulators, steps):
     ports = {simulator.control.name: simulator.device for simulator in simulators}
     controls.write_profile(profile, machines, ports)
     from gallery_window import GalleryWindow  # needs the desktop's environment
-    environment = os.environ | {"XDG_CONFIG_HOME": str(profile)}
+    environment = os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_DATA_HOME": str(profile)}
     with processes.started([str(build / "src" / "varnock")], env=environment) as program:
         photographer = Photographer(GalleryWindow(program, 1), simulators)
         try:

@@ -26,6 +26,11 @@ inline constexpr QLatin1String setupSaveButton_Click("setupSaveButton_Click"); /
 inline constexpr QLatin1String childGotFocus_Event("childGotFocus_Event");     ///< with the machine's index
 inline constexpr QLatin1String dockedChildLeaving_Event("dockedChildLeaving_Event"); ///< with the machine's index
 
+// Posted by a transfer view, with what the history keeps of the transfer
+inline constexpr QLatin1String transferEnded("transferEnded");
+/// The key of that entry in a notification's values.
+inline constexpr QLatin1String transferEntry("entry");
+
 /// The key of the machine's index in a notification's values.
 inline constexpr QLatin1String machineIndex("MC");
 } // namespace Notifications
