@@ -9,7 +9,15 @@ struct MachineRecord {
     MachineRecord() = default;
     virtual ~MachineRecord() = default;
     MachineRecord(const MachineRecord&) = delete;
-    MachineRecord& operator=(const MachineRecord&) = delete;
+
+    /// Takes over all that is set up for the other machine, but not its place in the list.
+    void takeSettings(const MachineRecord& other)
+    {
+        const auto index = MCINDEX;
+        *this = other;
+        MCINDEX = index;
+        MCISDOCKED = false;
+    }
 
     qint64 MCINDEX = 0; ///< position in the machine list
     bool MCISDOCKED = false;
@@ -46,4 +54,7 @@ struct MachineRecord {
     QString MCREMOPFX;
     bool MCSAVEPFX = false; ///< a flag, although MCREMOPFX beside it is a text
     bool MCXMODEM0 = false; ///< XModem counts its blocks to 255 and then 0, not 1
+
+protected:
+    MachineRecord& operator=(const MachineRecord&) = default;
 };

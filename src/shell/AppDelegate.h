@@ -10,6 +10,8 @@
 #include <memory>
 
 class frmDncMenu;
+class MachineList;
+struct MachineRecord;
 class viewChild;
 class viewMC;
 namespace Ui
@@ -40,6 +42,10 @@ public:
     void btnDeleteIcon_Click(const Notification& notification);
     /// Removes the machine, its child view and its port. An index below 1 is ignored.
     void removeMcIcon(int index);
+    /// Puts the machine at another place of the list. Its view, its port and a transfer under way go with it.
+    void moveMachine(int from, int to);
+    /// Adds a machine with the same settings behind it.
+    void duplicateMachine(int index);
     void MCIcon_Click(const Notification& notification);
     void makeActiveIcon(int index);
     void setupSaveButton_Click(const Notification& notification);
@@ -81,13 +87,12 @@ private:
     void showScrollButtons();
     void showAbout();
 
-    void addIconToPanel(viewMC* icon);
+    void insertMachine(int index, const std::shared_ptr<MachineRecord>& machine);
+    void setUpActiveMachine();
     void renumberMachines();
     double panelY() const;
     void movePanelTo(double y);
     int usableIndex(const Notification& notification) const;
-    void goToMachine(const viewMC& from, int machines);
-    void makeTabStop(const viewMC& icon);
     static bool isDocked(qsizetype mcIndex);
     viewChild* replaceDockedChild();
     void openMenu(int index);
@@ -99,6 +104,7 @@ private:
 
     QMainWindow window_;
     std::unique_ptr<Ui::mainWindow> ui;
+    std::unique_ptr<MachineList> list_;
     QPointer<frmDncMenu> modalMenu;
     QTimer tmrMoveIconPanelToY;
     double fPanelTargetY = 0; // scroll position that the panel is moving to, in pixels

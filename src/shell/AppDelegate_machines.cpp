@@ -6,6 +6,7 @@
 #include "config/NotificationNames.h"
 #include "shell/frmDncMenu.h"
 #include "shell/MachineButton.h"
+#include "shell/MachineList.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
 
@@ -37,51 +38,74 @@ int AppDelegate::usableIndex(const Notification& notification) const
 void AppDelegate::showAllMcIcons()
 {
     for (qsizetype index = 1; index < g::mcIcons.size(); ++index)
-        addIconToPanel(mcIconAt(index));
-    if (auto* first = mcIconAt(1)) makeTabStop(*first);
-}
-
-void AppDelegate::addIconToPanel(viewMC* icon)
-{
-    ui->iconsLayout->insertWidget(ui->iconsLayout->count() - 1, icon); // above the spacer
-    icon->refresh();
-    icon->show();
-    connect(icon->button(), &MachineButton::moveWanted, this,
-            [this, icon](int machines) { goToMachine(*icon, machines); });
-    connect(icon->button(), &MachineButton::gotFocus, this, [this, icon] { makeTabStop(*icon); });
-}
-
-void AppDelegate::goToMachine(const viewMC& from, int machines)
-{
-    const auto last = static_cast<int>(g::mcIcons.size()) - 1;
-    const int index = std::clamp(static_cast<int>(from.MCINDEX) + machines, 1, std::max(1, last));
-    auto* icon = mcIconAt(index);
-    if (!icon) return;
-    icon->button()->setFocus(Qt::TabFocusReason);
-    ui->scrIcons->ensureWidgetVisible(icon, 0, 0);
-}
-
-// Tab passes the panel in one stop, however many machines there are; arrow keys move within it.
-void AppDelegate::makeTabStop(const viewMC& icon)
-{
-    for (qsizetype index = 1; index < g::mcIcons.size(); ++index)
-        mcIconAt(index)->setTabStop(mcIconAt(index) == &icon);
+        list_->add(*mcIconAt(index));
+    list_->arrange();
 }
 
 void AppDelegate::btnAddMC_Click()
 {
     const auto machine = g::makeMcIcon();
-    machine->MCINDEX = g::mcIcons.size();
-    machine->MCNAME = QStringLiteral("CNC%1").arg(machine->MCINDEX);
-    g::mcIcons.append(machine);
-    g::mcChildViews.append(g::makeMcChildView());
-    addIconToPanel(mcIconAt(machine->MCINDEX));
-    g::saveAllMcSettings();
-    makeActiveIcon(static_cast<int>(machine->MCINDEX));
-    if (auto* child = replaceDockedChild()) child->startSetup(iCurrentMcIcon);
-    showDockedChild();
+    const auto index = static_cast<int>(g::mcIcons.size());
+    machine->MCNAME = QStringLiteral("CNC%1").arg(index);
+    insertMachine(index, machine);
+    setUpActiveMachine();
     // The panel takes its new height when the layout has run; only then is there a bottom to move to.
     QTimer::singleShot(0, this, [this] { movePanelTo(ui->scrIcons->verticalScrollBar()->maximum()); });
+}
+
+// The new machine is then the active one.
+void AppDelegate::insertMachine(int index, const std::shared_ptr<MachineRecord>& machine)
+{
+    g::mcIcons.insert(index, machine);
+    g::mcChildViews.insert(index, g::makeMcChildView());
+    renumberMachines();
+    list_->add(*mcIconAt(index));
+    list_->arrange();
+    g::saveAllMcSettings();
+    makeActiveIcon(index);
+    list_->goTo(*mcIconAt(index));
+}
+
+void AppDelegate::setUpActiveMachine()
+{
+    if (auto* child = replaceDockedChild()) child->startSetup(iCurrentMcIcon);
+    showDockedChild();
+}
+
+void AppDelegate::moveMachine(int from, int to)
+{
+    const auto last = g::mcIcons.size() - 1;
+    if (from == to || std::min(from, to) < 1 || std::max(from, to) > last) return;
+    g::mcIcons.move(from, to);
+    g::mcChildViews.move(from, to);
+    if (iCurrentMcIcon == from) {
+        iCurrentMcIcon = to;
+    } else if (from < iCurrentMcIcon && iCurrentMcIcon <= to) {
+        --iCurrentMcIcon;
+    } else if (to <= iCurrentMcIcon && iCurrentMcIcon < from) {
+        ++iCurrentMcIcon;
+    }
+    renumberMachines();
+    list_->arrange();
+    g::saveAllMcSettings();
+    list_->goTo(*mcIconAt(to));
+}
+
+void AppDelegate::duplicateMachine(int index)
+{
+    if (index < 1 || index >= g::mcIcons.size()) return;
+    const auto isTaken = [](const QString& name) {
+        return std::any_of(g::mcIcons.begin() + 1, g::mcIcons.end(),
+                           [&name](const auto& machine) { return machine->MCNAME == name; });
+    };
+    const auto copy = g::makeMcIcon();
+    copy->takeSettings(*g::mcIcons[index]);
+    const QString name = copy->MCNAME + QStringLiteral(" copy");
+    copy->MCNAME = name;
+    for (int number = 2; isTaken(copy->MCNAME); ++number)
+        copy->MCNAME = QStringLiteral("%1 %2").arg(name).arg(number);
+    insertMachine(index + 1, copy);
+    setUpActiveMachine(); // it has the other machine's port
 }
 
 void AppDelegate::btnDeleteIcon_Click(const Notification& notification)
@@ -111,9 +135,8 @@ void AppDelegate::removeMcIcon(int index)
         --iCurrentMcIcon;
     }
     renumberMachines();
-    const auto last = g::mcIcons.size() - 1;
-    if (auto* neighbour = mcIconAt(std::min<qsizetype>(index, last)); neighbour && last > 0)
-        neighbour->button()->setFocus();
+    list_->arrange();
+    list_->goNear(index);
     g::saveAllMcSettings();
     showLogos();
 }
@@ -122,8 +145,7 @@ void AppDelegate::renumberMachines()
 {
     for (qsizetype index = 1; index < g::mcIcons.size(); ++index) {
         g::mcIcons[index]->MCINDEX = index;
-        if (auto* child = childViewAt(index); child && child->isLoaded())
-            child->machineChanged(static_cast<int>(index));
+        if (auto* child = childViewAt(index); child && child->isLoaded()) child->machineMoved(static_cast<int>(index));
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "shell/AboutWindow.h"
+#include "shell/MachineList.h"
 #include "widgets/Images.h"
 #include "widgets/TextLook.h"
 
@@ -55,6 +56,9 @@ void AppDelegate::setUpWindow()
 {
     ui->setupUi(&window_);
     QApplication::setWindowIcon(Images::applicationIcon());
+    list_ = std::make_unique<MachineList>(*ui);
+    connect(list_.get(), &MachineList::moveWanted, this, &AppDelegate::moveMachine);
+    connect(list_.get(), &MachineList::duplicateWanted, this, &AppDelegate::duplicateMachine);
     window_.installEventFilter(this);
     ui->scrIcons->installEventFilter(this);
     ui->pnlIcons->installEventFilter(this);

@@ -133,6 +133,12 @@ void viewChild::machineChanged(int mcIndex)
     if (vtx && !vtx->dncRunning()) vtx->machineChanged();
 }
 
+void viewChild::machineMoved(int mcIndex)
+{
+    iMcIndex = mcIndex;
+    if (frm) frm->iIndex = mcIndex;
+}
+
 void viewChild::showTitle()
 {
     static const QStringList modes = {QStringLiteral("Setup"), QStringLiteral("Send"), QStringLiteral("Receive")};

@@ -37,8 +37,10 @@ public:
     void startMode(int mode, int mcIndex);
     /// Loads the setup form without trying the port: a new machine has none yet.
     void startSetup(int mcIndex);
-    /// Follows a machine that moved in the list or was renamed.
+    /// Follows a machine whose record has changed.
     void machineChanged(int mcIndex);
+    /// Follows a machine to another place of the list. A transfer takes no notice.
+    void machineMoved(int mcIndex);
 
     void btnUnDock_Click();
     void btnClose_Click();

@@ -90,6 +90,11 @@ void viewMC::setTabStop(bool stops)
     ui->btnDeleteIcon->setFocusPolicy(policy);
 }
 
+bool viewMC::isTabStop() const
+{
+    return ui->btnMC->focusPolicy() == Qt::StrongFocus;
+}
+
 void viewMC::btnMC_Click()
 {
     NotificationCenter::defaultCenter().post(Notifications::MCIcon_Click, this,

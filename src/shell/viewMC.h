@@ -31,6 +31,7 @@ public:
     MachineButton* button() const;
     /// Whether the Tab key stops at this icon; one icon in the panel has it, and arrow keys move on from there.
     void setTabStop(bool stops);
+    bool isTabStop() const;
 
     void btnMC_Click();
     void btnDeleteIcon_click();
