@@ -9,8 +9,9 @@ using namespace std::chrono_literals;
 using enum Kind::Family;
 constexpr std::uint8_t stopCharacter = 0x13, startCharacter = 0x11; // DC3 and DC1 of ISO 646
 
+// A chip whose buffer held one packet only could not carry a fast line without gaps: ch341 takes two.
 constexpr Kind kinds[] = {
-    {"ch341", Ch341, 0x1a86, 0x7523, 0x0110, 0x0264, 8, 0x82, 0x02, 0x81, 32, 32, 1ms},
+    {"ch341", Ch341, 0x1a86, 0x7523, 0x0110, 0x0264, 8, 0x82, 0x02, 0x81, 32, 64, 1ms},
     {"cdc_acm", Acm, 0x0483, 0x5740, 0x0200, 0x0200, 64, 0x81, 0x01, 0x82, 64, 64, 1ms},
     {"pl2303-old", Pl2303, 0x067b, 0x2303, 0x0110, 0x0202, 8, 0x83, 0x02, 0x81, 64, 256, 1ms},
     {"pl2303-HX", Pl2303, 0x067b, 0x2303, 0x0110, 0x0300, 64, 0x83, 0x02, 0x81, 64, 256, 1ms},
@@ -124,25 +125,30 @@ std::optional<Bytes> Chip::pl2303(const Setup& setup)
     const auto number = setup.value & 0x7F;
     registers_[static_cast<std::size_t>(number)] = low(setup.index);
     const bool isFlow = number == (isG ? 0x0A : 0);
-    const bool isOn = isG ? (setup.index & 0x1C) == 0x0C : (setup.index & 0xF0) == 0xC0;
-    if (isFlow) ownFlow_ = isOn ? std::optional(Line::OwnFlow{stopCharacter, startCharacter}) : std::nullopt;
+    if (!isFlow) return Bytes{};
+    const auto flow = setup.index & (isG ? 0x1C : 0xF0);
+    const bool isOn = flow == (isG ? 0x0C : 0xC0);
+    ownFlow_ = isOn ? std::optional(Line::OwnFlow{stopCharacter, startCharacter}) : std::nullopt;
+    obeysCts_ = isG ? flow == 0x18 : flow == 0x40 || flow == 0x60;
     return Bytes{};
 }
 
 std::optional<Bytes> Chip::cp210x(const Setup& setup, const Bytes& data)
 {
-    constexpr std::uint8_t setFlow = 0x13, getFlow = 0x14, setCharacters = 0x19, vendor = 0xFF;
+    constexpr std::uint8_t getModemStatus = 0x08, setFlow = 0x13, getFlow = 0x14, setCharacters = 0x19, vendor = 0xFF;
     constexpr unsigned partNumber = 0x370B;
     if (setup.isIn()) {
         if (setup.request == vendor && setup.value == partNumber) return Bytes{2};
         if (setup.request == vendor) return {};
         if (setup.request == getFlow) return flow_;
+        if (setup.request == getModemStatus) return Bytes{low(cts_ ? 0x10 : 0)};
         return Bytes(setup.length);
     }
     if (setup.request == setCharacters && data.size() == 6) characters_ = data;
     if (setup.request == setFlow && data.size() == 16) flow_ = data;
     const bool isOn = (flow_[4] & 1) != 0;
     ownFlow_ = isOn ? std::optional(Line::OwnFlow{characters_[5], characters_[4]}) : std::nullopt;
+    obeysCts_ = (flow_[0] & 8) != 0;
     return Bytes{};
 }
 
@@ -150,14 +156,40 @@ Bytes Chip::ftdi(const Setup& setup)
 {
     constexpr std::uint8_t setFlow = 2, getModemStatus = 5, setLatency = 9, getLatency = 10;
     if (setup.isIn()) {
-        if (setup.request == getModemStatus) return {1, 0x60};
+        if (setup.request == getModemStatus) return modemStatus();
         if (setup.request == getLatency) return {low(static_cast<unsigned>(latency_.count()))};
         return Bytes(setup.length);
     }
     if (setup.request == setLatency) latency_ = std::chrono::milliseconds(setup.value);
+    if (setup.request != setFlow) return {};
     const bool isOn = (setup.index >> 8) == 4;
-    if (setup.request == setFlow)
-        ownFlow_ = isOn ? std::optional(Line::OwnFlow{high(setup.value), low(setup.value)}) : std::nullopt;
+    ownFlow_ = isOn ? std::optional(Line::OwnFlow{high(setup.value), low(setup.value)}) : std::nullopt;
+    obeysCts_ = (setup.index >> 8) == 1;
+    return {};
+}
+
+// It has no flow control of its own.
+std::optional<Bytes> Chip::ch341(const Setup& setup) const
+{
+    constexpr std::uint8_t version = 0x5F, readRegisters = 0x95;
+    if (setup.request == version) return Bytes{0x31, 0};
+    if (setup.isIn() && setup.request == readRegisters) return Bytes{modemStatus()[2], 0xEE};
+    return Bytes(setup.isIn() ? setup.length : 0);
+}
+
+Bytes Chip::modemStatus() const
+{
+    switch (kind_.family) {
+    case Ch341:
+        return {0, 0, low(cts_ ? ~0x0Fu : ~0x0Eu), 0}; // a line that is on reads as 0
+    case Pl2303:
+        return {0, 0, 0, 0, 0, 0, 0, 0, low(cts_ ? 0x80 : 0), 0};
+    case Ftdi:
+        return {low(cts_ ? 0x11 : 0x01), 0x60};
+    case Cp210x:
+    case Acm:
+        break;
+    }
     return {};
 }
 
@@ -172,9 +204,7 @@ std::optional<Bytes> Chip::control(const Setup& setup, const Bytes& data)
     case Ftdi:
         return ftdi(setup);
     case Ch341:
-        if (setup.request == 0x5F) return Bytes{0x31, 0};                    // version
-        if (setup.isIn() && setup.request == 0x95) return Bytes{0xFF, 0xEE}; // registers: CTS and the like are on
-        break;
+        return ch341(setup);
     case Acm:
         break;
     }

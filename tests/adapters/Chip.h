@@ -40,8 +40,13 @@ public:
 
     /// Takes the bytes that came with the request. Returns those of the answer; nothing for a stall.
     std::optional<Bytes> control(const Setup& setup, const Bytes& data);
-    /// Whether the driver has told the chip to hold the line by itself.
+    /// Whether the driver has told the chip to hold the line by itself, at characters or at CTS.
     const std::optional<Line::OwnFlow>& ownFlow() const { return ownFlow_; }
+    bool obeysCts() const { return obeysCts_; }
+    void setCts(bool isOn) { cts_ = isOn; }
+    /// What it tells of CTS unasked: on its interrupt endpoint, or, as FTDI does, ahead of each packet. Empty for a
+    /// chip that is asked or has no such line.
+    Bytes modemStatus() const;
     /// How long the chip saves up what has arrived.
     std::chrono::milliseconds latency() const { return latency_; }
 
@@ -52,9 +57,11 @@ private:
     std::optional<Bytes> pl2303(const Setup& setup);
     std::optional<Bytes> cp210x(const Setup& setup, const Bytes& data);
     Bytes ftdi(const Setup& setup);
+    std::optional<Bytes> ch341(const Setup& setup) const;
 
     const Kind& kind_;
     std::optional<Line::OwnFlow> ownFlow_;
+    bool obeysCts_ = false, cts_ = true;
     std::chrono::milliseconds latency_{16};
     std::array<std::uint8_t, 256> registers_{};
     Bytes flow_ = Bytes(16), characters_ = Bytes(6);

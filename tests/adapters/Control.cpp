@@ -9,26 +9,41 @@
 namespace
 {
 using namespace std::chrono_literals;
-// DC1 and DC3 of ISO 646.
-constexpr std::uint8_t startCharacter = 0x11;
-constexpr std::uint8_t stopCharacter = 0x13;
 
-constexpr std::size_t room = 10;      // behind the stop
+// What controls are promised: in characters on a slow line, by the line's time on a fast one.
+constexpr unsigned long fastestSlow = 9600;
+constexpr std::size_t usual = 10, most = 16;
+constexpr auto mostTime = 4ms; // besides the adapter's delay
+
 constexpr auto holdTime = 150ms;      // after the last character
-constexpr std::size_t distance = 250; // from one stop to the next, at least
-constexpr int fewestStops = 5;        // fewer prove nothing
+constexpr std::size_t distance = 380; // from one stop to the next, at least
+constexpr std::size_t fewestHolds = 20;
 } // namespace
 
-std::optional<std::uint8_t> Control::take(Time now, std::uint8_t character)
+bool Control::take(Time now, std::uint8_t character)
 {
     lastArrival_ = now;
-    if (isHolding_ && ++afterStop_ > room) return {};
     received_ += static_cast<char>(character);
-    if (isHolding_ || received_.size() < nextStop_) return {};
+    if (isHolding_) ++holds_.back().after;
+    if (isHolding_ || received_.size() < nextStop_) return false;
     isHolding_ = true;
-    afterStop_ = 0;
-    ++stops_;
-    return evenParity_ ? Program::marked(stopCharacter) : stopCharacter;
+    isReported_ = false;
+    stopped_ = now;
+    holds_.push_back({});
+    return true;
+}
+
+std::size_t Control::untilStop() const
+{
+    if (isHolding_) return std::string::npos;
+    return nextStop_ > received_.size() ? nextStop_ - received_.size() : 1;
+}
+
+void Control::reported(Time now)
+{
+    if (!isHolding_ || isReported_) return;
+    isReported_ = true;
+    holds_.back().delay = now - stopped_;
 }
 
 std::optional<Time> Control::releaseTime() const
@@ -37,19 +52,17 @@ std::optional<Time> Control::releaseTime() const
     return lastArrival_ + holdTime;
 }
 
-std::uint8_t Control::release()
+void Control::release()
 {
     isHolding_ = false;
-    worst_ = std::max(worst_, afterStop_);
     // Any moment of the sender's rhythm; the same moments in each run.
     nextStop_ = received_.size() + distance + static_cast<std::size_t>(std::rand() % 64);
-    return evenParity_ ? Program::marked(startCharacter) : startCharacter;
 }
 
 std::string Control::expected() const
 {
     std::string program = Program::whole();
-    if (evenParity_)
+    if (row_.isEven)
         for (char& character : program)
             character = static_cast<char>(Program::marked(static_cast<std::uint8_t>(character)));
     return program;
@@ -58,7 +71,7 @@ std::string Control::expected() const
 std::size_t Control::count(int block) const
 {
     std::string text = received_;
-    if (evenParity_)
+    if (row_.isEven)
         for (char& character : text)
             character = static_cast<char>(character & 0x7F);
     std::size_t found = 0;
@@ -68,6 +81,33 @@ std::size_t Control::count(int block) const
     return found;
 }
 
+std::size_t Control::middle() const
+{
+    std::vector<std::size_t> counts;
+    for (const Hold& hold : holds_)
+        counts.push_back(hold.after);
+    std::sort(counts.begin(), counts.end());
+    return counts.empty() ? 0 : counts[counts.size() / 2];
+}
+
+std::size_t Control::promised(const Hold& hold) const
+{
+    if (row_.speed <= fastestSlow) return most;
+    return static_cast<std::size_t>((mostTime + hold.delay) / row_.characterTime());
+}
+
+// The one with the least to spare.
+const Control::Hold& Control::worst() const
+{
+    static const Hold none{};
+    const auto spare = [this](const Hold& hold) {
+        return static_cast<long>(promised(hold)) - static_cast<long>(hold.after);
+    };
+    const auto found = std::min_element(holds_.begin(), holds_.end(),
+                                        [&](const Hold& a, const Hold& b) { return spare(a) < spare(b); });
+    return found == holds_.end() ? none : *found;
+}
+
 std::string Control::report() const
 {
     int lost = 0, twice = 0;
@@ -75,11 +115,15 @@ std::string Control::report() const
         lost += count(block) == 0 ? 1 : 0;
         twice += count(block) > 1 ? 1 : 0;
     }
-    return std::to_string(stops_) + " | " + std::to_string(worst_) + " | " + std::to_string(lost) + " | " +
-           std::to_string(twice) + " | " + (received_ == expected() ? "yes" : "NO") + " |";
+    std::string text = std::to_string(holds_.size());
+    for (const auto figure : {middle(), worst().after, promised(worst())})
+        text += ' ' + std::to_string(figure);
+    return text + ' ' + std::to_string(lost) + ' ' + std::to_string(twice) + ' ' +
+           (received_ == expected() ? "right" : "WRONG");
 }
 
 bool Control::isContent() const
 {
-    return received_ == expected() && worst_ <= room && stops_ >= fewestStops && !isHolding_;
+    return received_ == expected() && worst().after <= promised(worst()) &&
+           (row_.speed > fastestSlow || middle() <= usual) && holds_.size() >= fewestHolds && !isHolding_;
 }

@@ -1,42 +1,54 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <chrono>
+#include "Row.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
+#include <vector>
 
 using Time = std::chrono::steady_clock::time_point;
 
-/// A control that works through a program by drip feed: it stops the line again and again, has little room behind its
-/// stop, and drops what comes when that is full.
+/// A control that works through a program by drip feed: late in the program it stops the line again and again, counts
+/// what comes after each stop, and in the end judges all that came.
 class Control
 {
 public:
-    explicit Control(bool evenParity) : evenParity_(evenParity) {}
+    explicit Control(const Row& row) : row_(row) {}
 
-    /// A character has arrived. Returns what the control says to that: a stop, or nothing.
-    std::optional<std::uint8_t> take(Time now, std::uint8_t character);
+    /// A character has arrived. True if the control stops the line at that.
+    bool take(Time now, std::uint8_t character);
+    /// How many characters have to arrive until it stops the line.
+    std::size_t untilStop() const;
+    /// The adapter has reported to the computer what the control says.
+    void reported(Time now);
     /// When it lets the line go on; nothing while it does not hold it.
     std::optional<Time> releaseTime() const;
-    /// Lets the line go on. Returns the start character.
-    std::uint8_t release();
+    void release();
 
-    /// What it found, as the end of a table row; what it was promised is in isContent().
+    /// What it found: holds, median, worst and most promised characters after a stop, blocks lost, blocks twice, and
+    /// whether the program is right.
     std::string report() const;
+    /// It got what it was promised.
     bool isContent() const;
 
 private:
+    struct Hold {
+        std::size_t after = 0;          // characters after the stop
+        std::chrono::nanoseconds delay; // until the adapter had reported it
+    };
+
     std::string expected() const;
     std::size_t count(int block) const;
+    std::size_t middle() const;
+    const Hold& worst() const;
+    std::size_t promised(const Hold& hold) const;
 
-    const bool evenParity_;
+    const Row row_;
     std::string received_;
-    std::size_t nextStop_ = 2000; // late enough for a chip's slow clock to have left characters behind in its buffer
-    std::size_t afterStop_ = 0;
-    std::size_t worst_ = 0;
-    int stops_ = 0;
-    bool isHolding_ = false;
-    Time lastArrival_{};
+    std::size_t nextStop_ = 10'000; // by then a chip's slow clock has left 100 characters behind in its buffer
+    std::vector<Hold> holds_;
+    bool isHolding_ = false, isReported_ = false;
+    Time stopped_{}, lastArrival_{};
 };

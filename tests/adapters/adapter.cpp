@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A USB adapter with a control behind it, for the kernel's own driver. Usage: adapter KIND FORMAT (8n or 7e). Runs
-// until SIGTERM, then prints a row of the table. Exits with 1 if the control did not get what it was promised.
+// A USB adapter with a control behind it, for the kernel's own driver. Usage: adapter KIND SPEED 8n|7e xon|cts. Runs
+// until SIGTERM, then prints what the control found. Exits with 1 if that is not what it was promised.
 #include "UsbIp.h"
 
 #include <algorithm>
@@ -18,15 +18,19 @@ volatile std::sig_atomic_t stopped = 0;
 class Adapter
 {
 public:
-    Adapter(const Kind& kind, Control& control) : kind_(kind), chip_(kind), line_(control, kind.buffer, kind.toHost) {}
+    Adapter(const Kind& kind, Control& control, const Row& row)
+        : kind_(kind), chip_(kind), line_(control, row, kind.buffer, kind.toHost)
+    {
+    }
 
     void run()
     {
         for (bool isPlugged = true; isPlugged && stopped == 0; isPlugged = wait()) {
             const Time now = std::chrono::steady_clock::now();
-            line_.setOwnFlow(chip_.ownFlow());
+            line_.setOwnFlow(chip_.ownFlow(), chip_.obeysCts());
             line_.runTo(now);
             fillBuffer();
+            tellModemStatus(now);
             kind_.family == Kind::Family::Ftdi ? deliverByTimer(now) : deliver(now);
         }
     }
@@ -42,9 +46,10 @@ private:
     bool wait()
     {
         const Time now = std::chrono::steady_clock::now();
-        Time until = std::min({line_.next(), line_.nextArrival(), now + 20ms});
-        if (kind_.family == Kind::Family::Ftdi) until = std::min(until, nextPacket_);
-        const auto pause = std::max<std::chrono::nanoseconds>(until - now, 100us);
+        Time report = line_.nextReport(now);
+        if (kind_.family == Kind::Family::Ftdi) report = packetAfter(std::min(report, now + 500ms));
+        const Time until = std::min({line_.next(!outputs_.empty()), report, now + 500ms});
+        const auto pause = std::max<std::chrono::nanoseconds>(until - now, 10us);
         const timespec time{0, pause.count()};
         pollfd socket{bus_.descriptor(), POLLIN, 0};
         return ::ppoll(&socket, 1, &time, nullptr) < 1 || serve();
@@ -63,12 +68,13 @@ private:
         else if (request->endpoint == (kind_.in & 0x0Fu))
             inputs_.push_back(request->number);
         else
-            interrupts_.push_back(request->number); // never answered: nothing changes on the modem lines
+            interrupts_.push_back(request->number);
         return true;
     }
 
     void serveControl(const UsbIp::Request& request)
     {
+        chip_.setCts(line_.cts(std::chrono::steady_clock::now()));
         auto answer = chip_.control(Setup(request.setup.data()), request.data);
         if (!answer) return bus_.stall(request.number);
         if (!request.isIn) return bus_.took(request.number, request.length);
@@ -78,9 +84,11 @@ private:
 
     bool forget(std::uint32_t number)
     {
-        return std::erase(inputs_, number) + std::erase(interrupts_, number) +
-                   std::erase_if(outputs_, [=](const Output& output) { return output.number == number; }) >
-               0;
+        const bool isInterrupt = std::erase(interrupts_, number) > 0;
+        if (isInterrupt) ctsTold_.reset(); // the driver closes; it has to be told again when it opens
+        return isInterrupt || std::erase(inputs_, number) + std::erase_if(outputs_, [=](const Output& output) {
+                                  return output.number == number;
+                              }) > 0;
     }
 
     // A packet goes in whole or has to wait.
@@ -106,13 +114,34 @@ private:
         if (!arrived.empty()) answerInput(arrived);
     }
 
-    // A packet with two bytes of status comes each time the chip's timer runs out, received or not.
+    // Once at first, and then at each change.
+    void tellModemStatus(Time now)
+    {
+        if (interrupts_.empty() || ctsTold_ == line_.cts(now)) return;
+        ctsTold_ = line_.cts(now);
+        chip_.setCts(*ctsTold_);
+        const Bytes status = chip_.modemStatus();
+        if (status.empty()) return;
+        bus_.answer(interrupts_.front(), status);
+        interrupts_.pop_front();
+    }
+
+    // The chip's timer runs out again and again. The first time at or after that.
+    Time packetAfter(Time time) const
+    {
+        const auto latency = std::max(chip_.latency(), 1ms);
+        return time <= nextPacket_ ? nextPacket_ : nextPacket_ + ((time - nextPacket_ - 1ns) / latency + 1) * latency;
+    }
+
+    // When the timer runs out, what has been received goes with two bytes of status. Those without anything received,
+    // which the driver drops, are left out mostly: they would be most of the machine's work.
     void deliverByTimer(Time now)
     {
         if (now < nextPacket_) return;
-        nextPacket_ = now + chip_.latency();
+        nextPacket_ = packetAfter(now + 1ns);
         if (inputs_.empty()) return;
-        Bytes packet{0x01, 0x60};
+        chip_.setCts(line_.cts(now));
+        Bytes packet = chip_.modemStatus();
         const Bytes arrived = line_.takeArrived(now, kind_.packet - packet.size());
         packet.insert(packet.end(), arrived.begin(), arrived.end());
         answerInput(packet);
@@ -130,27 +159,28 @@ private:
     UsbIp bus_;
     std::deque<Output> outputs_;
     std::deque<std::uint32_t> inputs_, interrupts_;
+    std::optional<bool> ctsTold_;
     Time nextPacket_{};
 };
 } // namespace
 
 int main(int count, char** arguments)
 {
-    const std::string format = count == 3 ? arguments[2] : "";
-    const Kind* kind = count == 3 ? Kind::named(arguments[1]) : nullptr;
-    if (kind == nullptr || (format != "8n" && format != "7e")) {
-        std::cerr << "Usage: adapter KIND 8n|7e\n";
+    const bool isComplete = count == 2 + Row::arguments;
+    const auto row = isComplete ? Row::from(arguments + 2) : std::nullopt;
+    const Kind* kind = isComplete ? Kind::named(arguments[1]) : nullptr;
+    if (!row || kind == nullptr) {
+        std::cerr << "Usage: adapter KIND " << Row::usage << '\n';
         return 2;
     }
     std::signal(SIGTERM, [](int) { stopped = 1; });
-    Control control(format == "7e");
+    Control control(*row);
     try {
-        Adapter(*kind, control).run();
+        Adapter(*kind, control, *row).run();
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';
         return 2;
     }
-    std::cout << "| " << kind->name << " | " << (format == "7e" ? "7 bits even" : "8 bits") << " | " << control.report()
-              << std::endl;
+    std::cout << control.report() << std::endl;
     return control.isContent() ? 0 : 1;
 }

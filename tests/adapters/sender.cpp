@@ -1,37 +1,108 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Sends the program as a send of the program's own does, each block after the completion of the one before.
-// Usage: sender DEVICE FORMAT (8n or 7e), at 9600 baud with XON/XOFF. Exits with 1 if it does not come to its end.
+// Sends the program as a transfer view does, and stops at every second hold of the control as its Stop button does.
+// Usage: sender DEVICE SPEED 8n|7e xon|cts. Prints how often it stopped. Exits with 1 if it does not come to its end.
 #include "Program.h"
+#include "Row.h"
+
+#include "protocol/PlainSend.h"
+#include "protocol/ProgramLines.h"
 #include "serial/serialPort.h"
 
 #include <QCoreApplication>
 #include <QTimer>
 
-#include <cstring>
+#include <cstdio>
+
+namespace
+{
+using namespace std::chrono_literals;
+constexpr int fewestStops = 8; // fewer prove nothing
+
+class Sender : public QObject
+{
+public:
+    explicit Sender(const Row& row) : program_(text()), plain_(program_)
+    {
+        port_.Speed = row.speed;
+        port_.FlowType = row.holdsByCts ? 2 : 1;
+        port_.Parity = row.isEven ? 1 : 0;
+        port_.nc->addObserver(this, QStringLiteral("TxOnComm"), &port_, [this](const Notification&) { written(); });
+        connect(&watch_, &QTimer::timeout, this, &Sender::watch);
+        // A program that does not come to its end takes longer than this.
+        const auto longest = 60s + 3 * static_cast<int>(Program::whole().size()) * row.characterTime();
+        QTimer::singleShot(std::chrono::duration_cast<std::chrono::milliseconds>(longest), this,
+                           [] { QCoreApplication::exit(1); });
+    }
+
+    bool begin(const QString& device)
+    {
+        if (port_.Open(device) < 0) {
+            qWarning("%s does not open: reason %d", qPrintable(device), static_cast<int>(port_.openError));
+            return false;
+        }
+        plain_.prepareFromTop(setup_);
+        port_.sendBytes(plain_.begin({}));
+        watch_.start(25ms);
+        return true;
+    }
+
+    int stops() const { return stops_; }
+
+private:
+    static QByteArray text() { return QByteArray::fromStdString(Program::whole()).replace("\r\n", "\n"); }
+
+    void written()
+    {
+        const auto step = plain_.written();
+        if (step.bytes) port_.sendBytes(*step.bytes);
+        if (step.isSent) QTimer::singleShot(1s, [] { QCoreApplication::quit(); }); // what is still on the way
+    }
+
+    // Every second stop is continued while the control still holds the line.
+    void watch()
+    {
+        const bool isHeld = port_.heldFor().has_value();
+        if (isStopped_) {
+            if (!isHeld || stops_ % 2 == 0) goOn();
+        } else if (isHeld && !wasHeld_ && ++holds_ % 2 == 0) {
+            stop();
+        }
+        wasHeld_ = isHeld;
+    }
+
+    void stop()
+    {
+        if (plain_.state() <= PlainSend::State::Waiting) return;
+        ++stops_;
+        isStopped_ = true;
+        port_.stopButtonPressed = true;
+        plain_.stop();
+    }
+
+    void goOn()
+    {
+        isStopped_ = false;
+        plain_.prepareFromCaret(setup_, plain_.next());
+        port_.sendBytes(plain_.begin(port_.takeUnsentBytes()));
+    }
+
+    serialPort port_;
+    const ProgramLines program_;
+    const PlainSend::Setup setup_{{}, {}, QStringLiteral("\r\n"), {}};
+    PlainSend plain_;
+    QTimer watch_;
+    int holds_ = 0, stops_ = 0;
+    bool wasHeld_ = false, isStopped_ = false;
+};
+} // namespace
 
 int main(int count, char** arguments)
 {
-    using namespace std::chrono_literals;
     const QCoreApplication application(count, arguments);
-    if (count != 3) qFatal("Usage: sender DEVICE 8n|7e");
-    serialPort port;
-    port.Speed = 9600;
-    port.FlowType = 1;
-    port.Parity = std::strcmp(arguments[2], "7e") == 0 ? 1 : 0;
-    if (port.Open(QString::fromLocal8Bit(arguments[1])) < 0) {
-        qWarning("%s does not open: reason %d", arguments[1], static_cast<int>(port.openError));
-        return 1;
-    }
-    int sent = 0;
-    const auto sendNext = [&] {
-        if (sent < Program::blocks) return port.sendBytes(QByteArray::fromStdString(Program::block(++sent)));
-        QTimer::singleShot(1s, [] { QCoreApplication::exit(0); }); // a last hold, and what is still on the way
-    };
-    QObject observer;
-    port.nc->addObserver(&observer, QStringLiteral("TxOnComm"), &port, [&](const Notification&) { sendNext(); });
-    QTimer::singleShot(100ms, sendNext);
-    QTimer::singleShot(60s, [] { QCoreApplication::exit(1); });
-    const int result = QCoreApplication::exec();
-    port.Close();
-    return result;
+    const auto row = count == 2 + Row::arguments ? Row::from(arguments + 2) : std::nullopt;
+    if (!row) qFatal("Usage: sender DEVICE %s", Row::usage);
+    Sender sender(*row);
+    if (!sender.begin(QString::fromLocal8Bit(arguments[1])) || QCoreApplication::exec() != 0) return 1;
+    std::printf("%d\n", sender.stops());
+    return sender.stops() >= fewestStops ? 0 : 1;
 }
