@@ -38,6 +38,7 @@ void LineTraffic::applyFlow(int flow, bool watches)
     flow_.setMode(flow == 1 ? SoftwareFlow::Mode::Obey : watches ? SoftwareFlow::Mode::Watch : SoftwareFlow::Mode::Off);
     obeysCts_ = flow == 2;
     if (!obeysCts_) ctsOffSince_.reset();
+    noteHold();
 }
 
 void LineTraffic::look()
@@ -56,6 +57,7 @@ void LineTraffic::readLocked()
             std::for_each(buffer.begin(), buffer.begin() + count,
                           [](char& byte) { byte = static_cast<char>(byte & 0x7F); });
         arrived_ += flow_.take({buffer.data(), static_cast<qsizetype>(count)}, std::chrono::steady_clock::now());
+        noteHold();
         if (static_cast<std::size_t>(count) < readSize) return;
     }
 }
@@ -82,12 +84,14 @@ void LineTraffic::lookAtCts()
         ctsOffSince_.reset();
     else if (!ctsOffSince_)
         ctsOffSince_ = std::chrono::steady_clock::now();
+    noteHold();
 }
 
 void LineTraffic::forgetCts()
 {
     const std::lock_guard lock(mutex_);
     ctsOffSince_.reset();
+    noteHold();
 }
 
 // A line that the driver itself holds has no room either, whatever the clock says.
@@ -132,4 +136,22 @@ void LineTraffic::release(std::chrono::milliseconds age)
     const std::lock_guard lock(mutex_);
     const auto since = flow_.heldSince();
     if (since && std::chrono::steady_clock::now() - *since >= age) flow_.release();
+    noteHold();
+}
+
+void LineTraffic::noteHold()
+{
+    holdTimes_.note(flow_.isHeld() || ctsOffSince_, std::chrono::steady_clock::now());
+}
+
+HoldTimes::Sum LineTraffic::holdTimes() const
+{
+    const std::lock_guard lock(mutex_);
+    return holdTimes_.sum(std::chrono::steady_clock::now());
+}
+
+void LineTraffic::restartHoldTimes()
+{
+    const std::lock_guard lock(mutex_);
+    holdTimes_.restart(std::chrono::steady_clock::now());
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "serial/Descriptor.h"
+#include "serial/HoldTimes.h"
 #include "serial/LineClock.h"
 #include "serial/SoftwareFlow.h"
 
@@ -52,12 +53,17 @@ public:
     /// Ends a hold by XOFF if it has lasted at least that long.
     void release(std::chrono::milliseconds age);
 
+    /// How long the control has held the line since the last restart.
+    HoldTimes::Sum holdTimes() const;
+    void restartHoldTimes();
+
     Descriptor& device() const { return *device_; }
 
 private:
     void applyFlow(int flow, bool watches);
     void readLocked();
     qsizetype room(Time now) const;
+    void noteHold();
 
     const std::shared_ptr<Descriptor> device_;
     const bool stripsParity_;
@@ -68,5 +74,6 @@ private:
     bool hasSeenCts_ = false; // some drivers report it only later, or never: until then it holds nothing here
     bool isRefused_ = false;  // there was room, and the driver took nothing
     std::optional<Time> ctsOffSince_;
+    HoldTimes holdTimes_;
     QByteArray arrived_;
 };

@@ -70,3 +70,9 @@ QByteArray WriteTask::abandon()
     abandoned_ = true;
     return bytes_.mid(static_cast<qsizetype>(taken_));
 }
+
+qsizetype WriteTask::unsentCount() const
+{
+    const std::lock_guard lock(mutex_);
+    return bytes_.size() - static_cast<qsizetype>(taken_);
+}

@@ -30,6 +30,8 @@ public:
     /// From here on nothing more is written. Returns the bytes that the driver did not take, without parity. Any
     /// thread.
     QByteArray abandon();
+    /// How many bytes the driver has not taken. Any thread; final once the operator's Stop is set.
+    qsizetype unsentCount() const;
 
 private:
     enum class Progress { Done, GivenUp, Wait };
@@ -40,7 +42,7 @@ private:
     const Stop stop_;
     const QByteArray bytes_;     // as given
     const QByteArray wireBytes_; // with parity
-    std::mutex mutex_;           // a piece is written and counted in one step
+    mutable std::mutex mutex_;   // a piece is written and counted in one step
     std::size_t taken_ = 0;
     std::atomic<bool> abandoned_ = false;
 };

@@ -169,6 +169,14 @@ QByteArray serialPort::takeUnsentBytes()
     return stopButtonPressed ? abandonWrites() : QByteArray();
 }
 
+qsizetype serialPort::unsentCount() const
+{
+    qsizetype count = 0;
+    for (const auto& write : writes_)
+        count += write->unsentCount();
+    return count;
+}
+
 void serialPort::discardCutOff()
 {
     if (!isCutOff()) return;
@@ -206,6 +214,16 @@ std::optional<qint64> serialPort::heldFor() const
     const auto since = line_ ? line_->heldSince() : std::nullopt;
     if (!since) return {};
     return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - *since).count();
+}
+
+HoldTimes::Sum serialPort::holdTimes() const
+{
+    return line_ ? line_->holdTimes() : HoldTimes::Sum();
+}
+
+void serialPort::restartHoldTimes()
+{
+    if (line_) line_->restartHoldTimes();
 }
 
 void serialPort::sendOn(qint64 heldFor)

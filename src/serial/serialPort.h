@@ -3,6 +3,7 @@
 
 #include "platform/NotificationCenter.h"
 #include "platform/OrderedQueue.h"
+#include "serial/HoldTimes.h"
 #include "serial/PortError.h"
 
 #include <QByteArray>
@@ -85,6 +86,9 @@ public:
     /// called again, or after the next send.
     QByteArray takeUnsentBytes();
 
+    /// While stopButtonPressed is set: how many bytes takeUnsentBytes would return.
+    qsizetype unsentCount() const;
+
     /// After a stop, when the send that was cut off will not be continued: its bytes that the driver still holds never
     /// reach the control. Those of a send that was complete do.
     void discardCutOff();
@@ -102,6 +106,10 @@ public:
     bool restoreLine();
     /// How long the control has been holding the line, by XOFF or CTS, in ms; nothing while it does not.
     std::optional<qint64> heldFor() const;
+    /// How long it has held the line since restartHoldTimes, in all and at the longest. Nothing once the port is
+    /// closed.
+    HoldTimes::Sum holdTimes() const;
+    void restartHoldTimes();
     /// Ends a hold by XOFF that has lasted for at least `heldFor` ms: the operator has seen that the control is ready
     /// and its XON was lost. A younger hold is another one.
     void sendOn(qint64 heldFor);

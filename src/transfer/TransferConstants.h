@@ -3,10 +3,13 @@
 
 #include "protocol/XModemCodes.h"
 
-/// A transfer view's codes: modes, states and XModem's control bytes.
+/// A transfer view's codes: modes, states and XModem's control bytes. With the two fields that a transfer has had from
+/// the start and the program itself does not need.
 struct TransferConstants {
     static constexpr int MODE_TX = 1;
     static constexpr int MODE_RX = 2;
+    int mode = 0;
+    bool txSOF = false;
 
     static constexpr int iSOH = XModemCodes::SOH;
     static constexpr int iEOT = XModemCodes::EOT;

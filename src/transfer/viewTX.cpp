@@ -68,6 +68,7 @@ viewTX::viewTX(QWidget* parent)
 viewTX::~viewTX()
 {
     nc->removeObserver(this);
+    record();
     progress().showActivity(TransferActivity::Idle);
     progress().setPBarHidden(true);
 }
@@ -85,19 +86,20 @@ void viewTX::initialize(bool send, int mcIndex)
 {
     if (mcIndex < 0 || mcIndex >= g::mcIcons.size()) qFatal("no machine at index %d", mcIndex);
     if (status_.isRunning()) end(Ending::Stopped);
+    record();
     booModeTX = send;
     mode = send ? MODE_TX : MODE_RX;
     mc = g::mcIcons[mcIndex];
     auto* const host = dynamic_cast<TransferHost*>(g::mcChildViews[mcIndex].get());
     if (!host) qFatal("no port for the machine at index %d", mcIndex);
+    if (sp) disconnect(sp, nullptr, this, nullptr);
     sp = &host->machinePort();
 
     panel_.showMode(send);
     setAcceptDrops(send);
     nc->removeObserver(this);
-    disconnect(lostConnection_);
     // Shown in the view and on the icon. A message box would hold up the operators of other machines.
-    lostConnection_ = connect(sp, &serialPort::lost, this, [this] { end(Ending::PortLost); });
+    connect(sp, &serialPort::lost, this, [this] { end(Ending::PortLost); });
     // A sending view listens, too: the control's start signal and XModem replies drive it.
     nc->addObserver(this, Notifications::RxOnComm, sp, [this](const Notification&) { RxOnComm(); });
     if (send) nc->addObserver(this, Notifications::TxOnComm, sp, [this](const Notification&) { TxOnComm(); });
@@ -132,6 +134,10 @@ bool viewTX::isXModem() const
 void viewTX::enter(TransferState state)
 {
     status_.enter(state, now());
+    if (booModeTX && state == TransferState::Sending && !record_.isUnderWay()) {
+        sp->restartHoldTimes();
+        record_.beginSend(*mc, isXModem() ? 1 : facts(TransferState::WaitingForStart).line);
+    }
     setDncRunning(status_.isRunning());
     panel_.showLock(vTextLocked, status_.isRunning());
     // An XModem send always starts at the top, when the control asks for it.

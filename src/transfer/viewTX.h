@@ -11,6 +11,7 @@
 #include "transfer/EditorProgram.h"
 #include "transfer/TransferConstants.h"
 #include "transfer/TransferPanel.h"
+#include "transfer/TransferRecord.h"
 #include "transfer/TransferStatus.h"
 
 #include <QElapsedTimer>
@@ -24,8 +25,7 @@ class MachineProgress;
 /// The transfer view of one machine: sends the program in its editor to the control, or takes in what the control
 /// sends. Hands bytes and time to the machines of protocol/ and carries out what they answer. Lives in a child view,
 /// which owns the port. Main thread only.
-/// viewTX.cpp binds it and enters every state; the rest is in viewTX_sending.cpp, _xmodem, _receiving, _editor,
-/// _status.
+/// viewTX.cpp binds it and enters every state.
 class viewTX : public QWidget, public TransferConstants
 {
     Q_OBJECT
@@ -90,8 +90,6 @@ public:
     int iXModemTimeoutCounter() const { return xmodemReceive_.silence(); } ///< ticks since the last received byte
 
     // Names that a transfer has had from the start; the program itself needs none of them.
-    int mode = 0;
-    bool txSOF = false;
     void btnFont_Click() {}
     void sendLine() { TxOnComm(); }
     void sendTrailer() { TxOnComm(); }
@@ -123,6 +121,7 @@ private:
     void showLineOut();
     void showRewound();
     void end(Ending ending);
+    void record(std::optional<Ending> ending = {});
     void stopMachines(Ending ending);
     void showRestart(PlainSend::Restart restart);
     void write(const QByteArray& bytes);
@@ -150,10 +149,10 @@ private:
     QString lastFolder_; // of the file opened or saved last in this view
     // What the operator is told.
     TransferStatus status_;
+    TransferRecord record_{*this};
     std::optional<TransferState> shownState_;
     QElapsedTimer clock_;
     QTimer tmrStatus_;
     qsizetype firstLine_ = 1;
     QString notice_; // how the send started, or why it did not end as it should
-    QMetaObject::Connection lostConnection_;
 };

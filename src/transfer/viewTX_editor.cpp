@@ -14,6 +14,7 @@
 
 void viewTX::btnNew_Click()
 {
+    record();
     ui->rt1->clearProgram();
     panel_.showProgramPath({});
     xmodemReceive_.forgetProgram();

@@ -22,7 +22,11 @@ void viewTX::RxOnComm()
     const QByteArray bytes = sp->readBytes();
     if (bytes.isEmpty()) return;
     if (booModeTX) return actOnReplies(bytes);
-    if (isXModem()) return carryOut(xmodemReceive_.take(bytes));
+    if (isXModem()) {
+        record_.receivedXModem(*mc, bytes);
+        return carryOut(xmodemReceive_.take(bytes));
+    }
+    record_.receivedText(*mc, bytes, ui->txtPath->text());
     appendReceived(LineEnds::collapseDoubled(bytes));
 }
 

@@ -10,6 +10,8 @@
 
 #include <QTime>
 
+#include <map>
+
 namespace
 {
 // Items of cbo1.
@@ -101,7 +103,9 @@ void viewTX::begin(const QString& how)
         status_.clock.resume(now());
         enter(TransferState::Sending);
         // The clock counted these bytes when they were first handed to the port.
-        return sp->sendBytes(plain_.begin(sp->takeUnsentBytes()));
+        const QByteArray first = plain_.begin(sp->takeUnsentBytes());
+        record_.sent(first);
+        return sp->sendBytes(first);
     }
     status_.clock.begin(now(), plannedSend(plain_.next()));
     firstLine_ = ui->rt1->lineNumber(plain_.next());
@@ -120,6 +124,7 @@ void viewTX::TxOnComm()
     showLineOut();
     if (!step.isSent) return;
     if (!booWaitingForStartSignal()) return end(Ending::Finished);
+    record(Ending::Finished);
     showRewound();
     waitOrBegin();
 }
@@ -145,22 +150,18 @@ void viewTX::end(Ending ending)
     if (status_.entered() == TransferState::Sending) movePBars(); // the mark, and the bars with it, may lag behind
     notice_.clear();
     if (ending != Ending::Finished) sp->stopButtonPressed = true; // a finished one may still have EOT to write
+    record_.leaveLine(sp->holdTimes(), sp->unsentCount());
     stopMachines(ending);
     ui->rt1->clearLineOut();
     status_.clock.stop(now());
-    switch (ending) {
-    case Ending::Stopped:
-        return enter(TransferState::Stopped);
-    case Ending::Finished:
-        return enter(TransferState::Sent);
-    case Ending::Cancelled:
-        return enter(TransferState::Cancelled);
-    case Ending::Unconfirmed:
-        return enter(TransferState::Unconfirmed);
-    case Ending::PortLost:
-        sp->Close(); // the system can then give the device's name to the adapter when it comes back
-        return enter(TransferState::PortLost);
-    }
+    if (ending == Ending::PortLost) sp->Close(); // the system can then give its name to the adapter when it comes back
+    static const std::map<Ending, TransferState> states = {{Ending::Stopped, TransferState::Stopped},
+                                                           {Ending::Finished, TransferState::Sent},
+                                                           {Ending::Cancelled, TransferState::Cancelled},
+                                                           {Ending::Unconfirmed, TransferState::Unconfirmed},
+                                                           {Ending::PortLost, TransferState::PortLost}};
+    enter(states.at(ending));
+    record(ending);
 }
 
 void viewTX::stopMachines(Ending ending)

@@ -2,10 +2,12 @@
 #include "transfer/viewTX.h"
 #include "ui_viewTX.h"
 
+#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/XModemWords.h"
 
 #include <algorithm>
+#include <map>
 
 namespace
 {
@@ -32,6 +34,7 @@ TransferClock::Send viewTX::plannedSend(qsizetype from) const
 void viewTX::write(const QByteArray& bytes)
 {
     status_.clock.wrote(now(), bytes.size());
+    record_.sent(bytes);
     sp->sendBytes(bytes);
 }
 
@@ -78,7 +81,30 @@ void viewTX::refreshStatus()
         panel_.showStateImage(TransferStatus::image(state));
         progress().showActivity(TransferStatus::activity(state));
     }
+    if (state == TransferState::Listening && record_.isClosed()) record();
     if (TransferStatus::isLive(state)) refreshStatusLater();
+}
+
+// For the history; nothing without a transfer under way. Without an ending, nothing more can come of what has arrived.
+void viewTX::record(std::optional<Ending> ending)
+{
+    using Outcome = TransferRecord::Outcome;
+    static const std::map<Ending, Outcome> outcomes = {{Ending::Stopped, Outcome::Stopped},
+                                                       {Ending::Finished, Outcome::Finished},
+                                                       {Ending::Cancelled, Outcome::Cancelled},
+                                                       {Ending::Unconfirmed, Outcome::Unconfirmed},
+                                                       {Ending::PortLost, Outcome::PortLost}};
+    if (!record_.isUnderWay()) return;
+    const bool isArriving = status_.state(now()) == TransferState::Receiving;
+    if (!ending) ending = record_.isCutShort(isArriving) ? Ending::Stopped : Ending::Finished;
+    record_.leaveLine(sp->holdTimes(), sp->unsentCount());
+    TransferRecord::Result result;
+    result.outcome = outcomes.at(*ending);
+    result.line = *ending == Ending::Finished ? iNumLines() + 1 : facts(status_.entered()).line;
+    const auto sent = xmodemSend_.acknowledged() + XModemBlock::dataSize - 1;
+    result.blocks = booModeTX ? sent / XModemBlock::dataSize : xmodemReceive_.blocks();
+    result.path = ui->txtPath->text();
+    record_.end(result);
 }
 
 // Soon, and only once for all the changes that come until then.

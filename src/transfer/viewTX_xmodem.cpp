@@ -48,8 +48,10 @@ void viewTX::carryOut(const XModemSend::Step& step)
 {
     if (step.ending) {
         if (*step.ending == XModemSend::Ending::Unconfirmed) return end(Ending::Unconfirmed);
-        if (mc->MCREPEAT) return startXModem();
-        return end(*step.ending == XModemSend::Ending::Sent ? Ending::Finished : Ending::Cancelled);
+        const auto ending = *step.ending == XModemSend::Ending::Sent ? Ending::Finished : Ending::Cancelled;
+        if (!mc->MCREPEAT) return end(ending);
+        record(ending);
+        return startXModem();
     }
     if (step.bytes.isEmpty()) return;
     if (status_.entered() == TransferState::WaitingForXModem) {
@@ -84,7 +86,9 @@ void viewTX::tmrXModem_Tick()
     if (!booModeTX) return carryOut(xmodemReceive_.tick());
     const auto step = xmodemSend_.tick();
     if (step.ending) return carryOut(step);
-    if (!step.bytes.isEmpty()) sp->sendBytes(step.bytes); // past the clock: the wait that it shows goes on
+    if (step.bytes.isEmpty()) return;
+    record_.sent(step.bytes);
+    sp->sendBytes(step.bytes); // past the clock: the wait that it shows goes on
 }
 
 void viewTX::carryOut(const XModemReceive::Step& step)
@@ -93,5 +97,6 @@ void viewTX::carryOut(const XModemReceive::Step& step)
         answer(*sp, reply);
     if (step.isWhole) enter(TransferState::Received);
     if (!step.program.isEmpty()) appendReceived(step.program);
+    if (step.isWhole) record(Ending::Finished);
     refreshStatus();
 }

@@ -29,6 +29,7 @@ private Q_SLOTS:
     void holdsStopAProgramWithinAPiece();
     void goFromBeforeAWaitDoesNotStartIt();
     void onlyALongHoldIsReleased();
+    void holdTimesAddUp();
     void heldWriteEndsWithItsDevice();
     void lineThatTheDriverHoldsTakesNoMore();
 };
@@ -120,6 +121,23 @@ void HoldingTest::onlyALongHoldIsReleased()
     QCOMPARE(line.control.readAtLeast(1, 30), QByteArray());
     line.port->sendOn(10);
     QCOMPARE(line.control.readAtLeast(4), QByteArray("N10\n"));
+}
+
+void HoldingTest::holdTimesAddUp()
+{
+    const auto at = [](int ms) { return HoldTimes::Time(std::chrono::milliseconds(ms)); };
+    HoldTimes times;
+    times.note(true, at(100));
+    times.restart(at(150)); // a transfer begins in a hold
+    times.note(true, at(200));
+    times.note(false, at(250));
+    times.note(false, at(300));
+    times.note(true, at(400));
+    times.note(false, at(430));
+    times.note(true, at(500));
+    QCOMPARE(times.sum(at(520)).inAll.count(), 150);
+    QCOMPARE(times.sum(at(520)).longest.count(), 100);
+    QCOMPARE(times.sum(at(700)).longest.count(), 200); // the one under way
 }
 
 void HoldingTest::heldWriteEndsWithItsDevice()
