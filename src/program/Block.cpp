@@ -42,6 +42,8 @@ void Block::read(QByteArrayView line)
 
 void Block::clear()
 {
+    for (const Word& word : words_)
+        last_[static_cast<std::size_t>(word.letter - 'A')] = 0;
     words_.clear();
     names_.clear();
     strays_.clear();
@@ -131,7 +133,7 @@ void Block::readWord()
     word.form = formOf(word.number);
     if (word.form == Form::Missing && !isSet) at_ = letterEnd;
     word.text = since(begin);
-    words_.append(word);
+    add(word);
 }
 
 // A number, or what a macro works out: "#101", "-#[1+2]", "[#1*2]".
@@ -173,11 +175,16 @@ void Block::readStray()
     strays_.append(since(begin));
 }
 
+void Block::add(const Word& word)
+{
+    words_.append(word);
+    if (!word.afterComma) last_[static_cast<std::size_t>(word.letter - 'A')] = words_.size();
+}
+
 const Block::Word* Block::find(char letter) const
 {
-    const auto found = std::find_if(words_.rbegin(), words_.rend(),
-                                    [letter](const Word& word) { return word.letter == letter && !word.afterComma; });
-    return found == words_.rend() ? nullptr : &*found;
+    const qsizetype place = last_[static_cast<std::size_t>(letter - 'A')];
+    return place == 0 ? nullptr : &words_[place - 1];
 }
 
 bool Block::hasName(QByteArrayView start) const

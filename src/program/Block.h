@@ -4,6 +4,8 @@
 #include <QByteArrayView>
 #include <QVarLengthArray>
 
+#include <array>
+
 /// One line of a program, taken apart: its words, without comments. Reads lower case as upper case and needs no blanks
 /// between the words. Everything points into the line and is valid as long as that is; reuse one for many lines.
 class Block
@@ -45,6 +47,7 @@ public:
 
 private:
     void clear();
+    void add(const Word& word);
     void readItem();
     void readComment();
     void readName();
@@ -58,6 +61,7 @@ private:
     QByteArrayView since(qsizetype begin) const { return line_.sliced(begin, at_ - begin); }
 
     QVarLengthArray<Word, 16> words_;
+    std::array<qsizetype, 26> last_{}; // place of the last word with a letter, from 1
     QVarLengthArray<Name, 2> names_;
     QVarLengthArray<QByteArrayView, 2> strays_;
     QByteArrayView assignment_;

@@ -80,6 +80,10 @@ void Warnings::warnOfModes()
                            "here.")
                 .arg(shown(state_.transform.text)),
             state_.transform.line);
+    const auto& offset = state_.in(ModalGroup::WorkOffset);
+    if (offset.isSaid() && !offset.isPlain)
+        add(QStringLiteral("The work offset is worked out (%1). No start is possible here.").arg(shown(offset.text)),
+            offset.line);
     if (state_.localZero.isSaid() && !state_.localZero.isPlain)
         add(QStringLiteral("%1 shifts the zero point by a value that is worked out or in another unit. No start is "
                            "possible here.")
@@ -181,7 +185,8 @@ void Warnings::warnOfRemarks()
 bool canStart(const ProgramState& state)
 {
     const bool hasCycle = !state.cycle.isSaid() || (state.control == Control::FanucMill && state.cycle.isPlain);
-    const bool hasZero = !state.localZero.isSaid() || state.localZero.isPlain;
+    const auto& offset = state.in(ModalGroup::WorkOffset);
+    const bool hasZero = (!state.localZero.isSaid() || state.localZero.isPlain) && (!offset.isSaid() || offset.isPlain);
     return hasCycle && hasZero && state.contourLine == 0 && !state.transform.isSaid();
 }
 

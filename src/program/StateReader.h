@@ -50,7 +50,7 @@ private:
     Asked readCodes();
     void readCode(const Block::Word& word, Asked& asked);
     void setModal(ModalGroup group, const Block::Word& word);
-    void setWorkOffset(QByteArray text);
+    void setWorkOffset(const Block::Word& code, const Block::Word* number);
     void setZero(const Asked& asked);
     void setTransform(const Asked& asked);
     void startCycle(const Asked& asked);

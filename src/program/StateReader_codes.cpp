@@ -76,7 +76,7 @@ void StateReader::readCode(const Block::Word& word, Asked& asked)
     if (meaning.action == Action::OffsetByH) {
         const auto* offset = block_.find('H');
         if (offset)
-            setWorkOffset(joined(word) + ' ' + joined(*offset));
+            setWorkOffset(word, offset);
         else
             remark(RemarkKind::NotUnderstood, joined(word));
     }
@@ -87,10 +87,8 @@ void StateReader::setModal(ModalGroup group, const Block::Word& word)
     InForce& now = modal(group);
     const InForce before = now;
     if (group == ModalGroup::WorkOffset) {
-        const auto* extended = block_.find('P');
-        const int number = Codes::number(word.number);
-        const bool isExtended = extended && (number == 541 || number == 540);
-        return setWorkOffset(isExtended ? joined(word) + ' ' + joined(*extended) : joined(word));
+        const int code = Codes::number(word.number);
+        return setWorkOffset(word, code == 541 || code == 540 ? block_.find('P') : nullptr);
     }
     now = said(word);
     const int number = Codes::number(word.number);
@@ -107,14 +105,20 @@ void StateReader::setModal(ModalGroup group, const Block::Word& word)
     if ((group == ModalGroup::Units || group == ModalGroup::ToolLength) && isNew) state_.clearX = state_.clearZ = {};
 }
 
-void StateReader::setWorkOffset(QByteArray text)
+// With a number of its own: "G54.1 P3", "G15 H2".
+void StateReader::setWorkOffset(const Block::Word& code, const Block::Word* number)
 {
     InForce& offset = modal(ModalGroup::WorkOffset);
-    if (offset.text != text) {
-        axes_.loseAll(text, line_); // the same place has other numbers now
+    InForce now = said(code);
+    if (number) {
+        now.text += ' ' + joined(*number);
+        now.isPlain = number->form == Block::Form::Number;
+    }
+    if (offset.text != now.text) {
+        axes_.loseAll(now.text, line_); // the same place has other numbers now
         state_.clearX = state_.clearZ = {};
     }
-    offset = {std::move(text), line_, true, !block_.isSkippable()};
+    offset = now;
 }
 
 // G52, and G50 or G92: with S a limit, with axes another zero point.

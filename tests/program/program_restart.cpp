@@ -169,6 +169,7 @@ void ProgramRestartTest::noStartWhereTheNextBlockWouldGoAstray_data()
     QTest::newRow("contour of a cycle") << FL << QByteArray("G0 X50. Z2.\nG71 P1 Q9 F.2\nN1 G0 X20.\nG1 Z-5.");
     QTest::newRow("turned coordinates") << FM << QByteArray("G0 X1. Y1. Z5.\nG68 X0 Y0 R45.");
     QTest::newRow("zero point in the other unit") << FM << QByteArray("G21\nG52 X5.\nG20");
+    QTest::newRow("work offset worked out") << FM << QByteArray("G54.1 P#5");
     QTest::newRow("zero point worked out") << FM << QByteArray("G52 X#1");
     QTest::newRow("a cycle's depth worked out") << FM << QByteArray("G98 G0 X1. Z5.\nG81 Z#1 R1.");
     QTest::newRow("Okuma's cycle") << OM << QByteArray("M54 G0 X1. Z5.\nG81 Z-5. R1.");
