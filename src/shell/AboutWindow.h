@@ -10,7 +10,7 @@ namespace Ui
 class AboutWindow;
 }
 
-/// The program's version, licence and libraries.
+/// The program's version, licence and libraries, the way to its guide, and what it may do on the desktop.
 class AboutWindow : public QDialog
 {
     Q_OBJECT
@@ -19,5 +19,7 @@ public:
     ~AboutWindow() override;
 
 private:
+    void showLinks();
+
     std::unique_ptr<Ui::AboutWindow> ui;
 };

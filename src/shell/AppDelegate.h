@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/NotificationCenter.h"
+#include "shell/TransferNotice.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -86,6 +87,7 @@ private:
     void tmrResize_Tick();
     void showScrollButtons();
     void showAbout();
+    void addKeys();
 
     void insertMachine(int index, const std::shared_ptr<MachineRecord>& machine);
     void setUpActiveMachine();
@@ -103,6 +105,7 @@ private:
     void showEmptyPane();
 
     QMainWindow window_;
+    TransferNotice notice_{window_};
     std::unique_ptr<Ui::mainWindow> ui;
     std::unique_ptr<MachineList> list_;
     QPointer<frmDncMenu> modalMenu;

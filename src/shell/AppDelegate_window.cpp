@@ -4,7 +4,9 @@
 
 #include "config/g.h"
 #include "shell/AboutWindow.h"
+#include "shell/KeysWindow.h"
 #include "shell/MachineList.h"
+#include "shell/UserGuide.h"
 #include "widgets/Images.h"
 #include "widgets/TextLook.h"
 
@@ -12,8 +14,10 @@
 #include <QCursor>
 #include <QScreen>
 #include <QScrollBar>
+#include <QShortcut>
 
 #include <algorithm>
+#include <functional>
 
 namespace
 {
@@ -87,6 +91,7 @@ void AppDelegate::setUpWindow()
     tmrMoveIconPanelToY.setSingleShot(true);
     connect(&tmrMoveIconPanelToY, &QTimer::timeout, this, &AppDelegate::tmrMoveIconPanelToY_Tick);
     connect(&tmrResize, &QTimer::timeout, this, &AppDelegate::tmrResize_Tick);
+    addKeys();
     showExpandButton();
     placeWindow();
 }
@@ -202,6 +207,19 @@ void AppDelegate::showEmptyPane()
     ui->lblWelcome->setText(isEmpty ? QStringLiteral("No machines yet") : QStringLiteral("Varnock"));
     ui->lblHint->setText(isEmpty ? QStringLiteral("Press \"Add machine\" (Ctrl+Shift+N) and enter its settings.")
                                  : QStringLiteral("Click a machine to send a program, receive one, or set it up."));
+}
+
+// They work in the windows of undocked views, too.
+void AppDelegate::addKeys()
+{
+    const auto add = [this](const QKeySequence& key, const std::function<void(QWidget*)>& action) {
+        auto* shortcut = new QShortcut(key, &window_);
+        shortcut->setContext(Qt::ApplicationShortcut);
+        connect(shortcut, &QShortcut::activated, this,
+                [this, action] { action(QApplication::activeWindow() ? QApplication::activeWindow() : &window_); });
+    };
+    add(Qt::Key_F1, [](QWidget* parent) { UserGuide::open(parent); });
+    add(Qt::CTRL | Qt::Key_F1, [](QWidget* parent) { KeysWindow(parent).exec(); });
 }
 
 void AppDelegate::showAbout()

@@ -12,6 +12,7 @@
 #include <QEnterEvent>
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -37,6 +38,8 @@ constexpr Look looks[] = {
     {TransferActivity::Received, "Received", "machine", "state-done"},
     {TransferActivity::PortLost, "Port lost", "machine-lost", "state-lost"},
 };
+const QList<TransferActivity> endings{TransferActivity::Stopped, TransferActivity::Sent, TransferActivity::Unconfirmed,
+                                      TransferActivity::Received, TransferActivity::PortLost};
 } // namespace
 
 viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewMC>())
@@ -130,8 +133,16 @@ void viewMC::setPBarHidden(bool hidden)
 
 void viewMC::showActivity(TransferActivity activity)
 {
-    activity_ = activity;
+    const bool isNew = std::exchange(activity_, activity) != activity;
     showState();
+    if (isNew && endings.contains(activity))
+        NotificationCenter::defaultCenter().post(Notifications::transferEnded_Event, this,
+                                                 {{Notifications::machineIndex, MCINDEX}});
+}
+
+QString viewMC::stateText() const
+{
+    return ui->lblState->text();
 }
 
 void viewMC::showBar()

@@ -41,6 +41,8 @@ public:
     void setPBarValue(double value) override;
     void setPBarHidden(bool hidden) override;
     void showActivity(TransferActivity activity) override;
+    /// What the transfer does, in the icon's words.
+    QString stateText() const;
 
 protected:
     void enterEvent(QEnterEvent* event) override;
