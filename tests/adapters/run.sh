@@ -10,7 +10,7 @@ if [ "${1:-}" = --short ]; then
     shift
 fi
 kinds=("$@")
-[ ${#kinds[@]} -gt 0 ] || kinds=(ftdi ch341 cdc_acm pl2303-old pl2303-HX pl2303-GC cp210x) # the slowest first
+[ ${#kinds[@]} -gt 0 ] || kinds=(ch341 cdc_acm pl2303-old pl2303-HX pl2303-GC cp210x ftdi)
 drivers=(vhci-hcd cdc-acm ch341 pl2303 cp210x ftdi_sio)
 work=build/adapters
 
@@ -70,7 +70,7 @@ done
 # One machine also sends with the whole program: with the adapter that is the worst to stop.
 plugins=$(qtpaths6 --query QT_INSTALL_PLUGINS)
 put "$work/window" build/release/tests/adapters/adapters_window \
-    "$plugins"/{platforms/libqoffscreen,imageformats/libqsvg}.so
+    "$plugins"/{platforms/libqoffscreen,imageformats/libqsvg,sqldrivers/libqsqlite}.so
 cp -rL --parents /etc/fonts /usr/share/fonts/truetype/dejavu "$work/window"
 (cat "$work/initrd" && cd "$work/window" && find . | cpio -o -H newc --quiet) >"$work/initrd-window"
 
