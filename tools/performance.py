@@ -56,6 +56,12 @@ wait. `build/release/benchmarks/bench_scale`:
 ```
 {transfer}```
 
+## Reading a program
+
+Processor time for what stands in force above a line, and for the check before a send. Both run beside the window; a
+change of the text looks at the changed lines and puts up to 1000 findings into words.
+`build/release/benchmarks/bench_program`:
+{program}
 ## Start
 
 From the start of the process to the main window on the display, with 50 machines and {starts} starts:
@@ -99,7 +105,7 @@ def main():
             starts = [start_time(folder) for _ in range(STARTS)]
             text = TEXT.format(date=datetime.date.today(), machine=machine(), fifo=16, wire=run("bench_wire"),
                                xmodem=run("bench_xmodem"), scale=run("bench_scale"),
-                               transfer=run("bench_transfer"), starts=STARTS,
+                               transfer=run("bench_transfer"), program=run("bench_program"), starts=STARTS,
                                median=statistics.median(starts), longest=max(starts))
     (SOURCE / "docs" / "performance.md").write_text(text)
     print(text)

@@ -7,7 +7,8 @@ void Axes::setTo(int axis, QByteArrayView number, qsizetype line)
 {
     Axis& moved = axes_[static_cast<std::size_t>(axis)];
     moved.position.status = Status::Known;
-    moved.position.text = number.toByteArray();
+    moved.position.text.truncate(0); // keeps its memory
+    moved.position.text.append(number);
     moved.position.isSum = false;
     moved.position.line = line;
     moved.position.cause.clear();

@@ -66,6 +66,7 @@ private:
     void changeTool(const Asked& asked);
     void noteClearPlace(const Asked& asked);
     InForce said(const Block::Word& word) const;
+    bool say(InForce& into, const Block::Word& word) const;
     InForce& modal(ModalGroup group) { return state_.modal[static_cast<std::size_t>(group)]; }
 
     ProgramState state_; // without what state() works out

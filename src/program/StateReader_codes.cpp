@@ -84,20 +84,17 @@ void StateReader::readCode(const Block::Word& word, Asked& asked)
 
 void StateReader::setModal(ModalGroup group, const Block::Word& word)
 {
-    InForce& now = modal(group);
-    const InForce before = now;
     if (group == ModalGroup::WorkOffset) {
         const int code = Codes::number(word.number);
         return setWorkOffset(word, code == 541 || code == 540 ? block_.find('P') : nullptr);
     }
-    now = said(word);
+    const bool isNew = say(modal(group), word);
     const int number = Codes::number(word.number);
     if (group == ModalGroup::Distance) isIncremental_ = number == 910;
     if (group == ModalGroup::Motion) {
         isRapid_ = number == 0;
         endCycle(); // any motion code ends a canned cycle
     }
-    const bool isNew = before.text != now.text;
     if (group == ModalGroup::Units && isNew) {
         axes_.loseAll(word.text, line_);
         state_.localZero.isPlain = false; // said in the other unit
@@ -176,7 +173,8 @@ void StateReader::startCycle(const Asked& asked)
 
 void StateReader::endCycle()
 {
-    if (state_.cycle.isSaid()) state_.hasCycleEnded = true;
+    if (!state_.cycle.isSaid()) return;
+    state_.hasCycleEnded = true;
     state_.cycle = {};
     cycleWords_.fill({});
 }

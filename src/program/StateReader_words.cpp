@@ -9,6 +9,20 @@ InForce StateReader::said(const Block::Word& word) const
     return {word.letter + word.number.toByteArray(), line_, word.form == Form::Number, !block_.isSkippable()};
 }
 
+// True if the word was not in force yet. Most words of a long program repeat what is: that costs no new text.
+bool StateReader::say(InForce& into, const Block::Word& word) const
+{
+    const QByteArrayView before = into.text;
+    if (before.isEmpty() || before.front() != word.letter || before.sliced(1) != word.number) {
+        into = said(word);
+        return true;
+    }
+    into.line = line_;
+    into.isPlain = word.form == Form::Number;
+    into.isSure = !block_.isSkippable();
+    return false;
+}
+
 void StateReader::readValues(const Asked& asked)
 {
     for (const auto& word : block_.words()) {
@@ -27,26 +41,25 @@ void StateReader::readValue(const Block::Word& word, const Asked& asked)
         asked.has(Action::Data) || asked.has(Action::Stores) || asked.has(Action::Call) || asked.has(Action::AllLost);
     switch (word.letter) {
     case 'F':
-        if (!isData || asked.has(Action::AllLost)) state_.feed = said(word);
+        if (!isData || asked.has(Action::AllLost)) say(state_.feed, word);
         return;
     case 'S':
-        if (!isData && !asked.has(Action::ZeroOrLimit)) state_.speed = said(word);
+        if (!isData && !asked.has(Action::ZeroOrLimit)) say(state_.speed, word);
         return;
     case 'T':
         if (isData) return;
         if (isMill)
-            state_.nextTool = said(word);
-        else if (state_.tool.text != said(word).text) {
+            say(state_.nextTool, word);
+        else if (say(state_.tool, word)) {
             axes_.loseAll(word.text, line_); // another tool's offset: the same place has other numbers
             state_.clearX = state_.clearZ = {};
         }
-        if (!isMill) state_.tool = said(word);
         return;
     case 'D':
-        if (isMill && !isData) state_.radiusNumber = said(word);
+        if (isMill && !isData) say(state_.radiusNumber, word);
         return;
     case 'H':
-        if (isMill && !isData && !asked.has(Action::OffsetByH)) state_.lengthNumber = said(word);
+        if (isMill && !isData && !asked.has(Action::OffsetByH)) say(state_.lengthNumber, word);
         return;
     case 'U':
     case 'W':
@@ -93,7 +106,7 @@ void StateReader::runCycle(const Asked& asked)
     for (const auto& word : block_.words()) {
         if (word.afterComma) continue;
         if (QByteArrayView(isTurningCycle_ ? "XZUWR" : "ZRQPIJ").contains(word.letter)) {
-            cycleWords_[static_cast<std::size_t>(word.letter - 'A')] = said(word);
+            say(cycleWords_[static_cast<std::size_t>(word.letter - 'A')], word);
             runs = true;
             continue;
         }
