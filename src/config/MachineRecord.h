@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// All that is stored about one CNC machine. The machine's icon carries it, so that an icon shows and a transfer uses
 /// the same record. Plain fields: the reader checks what is stored; nothing checks what the operator types.
@@ -17,6 +18,7 @@ struct MachineRecord {
         *this = other;
         MCINDEX = index;
         MCISDOCKED = false;
+        recentPrograms.clear();
     }
 
     qint64 MCINDEX = 0; ///< position in the machine list
@@ -52,8 +54,9 @@ struct MachineRecord {
     bool MCREMOENABLED = false;
     bool MCFADALTA1 = false;
     QString MCREMOPFX;
-    bool MCSAVEPFX = false; ///< a flag, although MCREMOPFX beside it is a text
-    bool MCXMODEM0 = false; ///< XModem counts its blocks to 255 and then 0, not 1
+    bool MCSAVEPFX = false;     ///< a flag, although MCREMOPFX beside it is a text
+    bool MCXMODEM0 = false;     ///< XModem counts its blocks to 255 and then 0, not 1
+    QStringList recentPrograms; ///< see RecentPrograms; no part of the settings text
 
 protected:
     MachineRecord& operator=(const MachineRecord&) = default;

@@ -23,8 +23,8 @@ inline constexpr QLatin1String showViewButton_Clicked("showViewButton_Clicked");
 inline constexpr QLatin1String dockButton_Clicked("dockButton_Clicked"); ///< by an undocked window with its index
 
 // Posted by the setup form and the child windows
-inline constexpr QLatin1String setupSaveButton_Click("setupSaveButton_Click"); ///< with the machine's index
-inline constexpr QLatin1String childGotFocus_Event("childGotFocus_Event");     ///< with the machine's index
+inline constexpr QLatin1String setupSaveButton_Click("setupSaveButton_Click");       ///< with the machine's index
+inline constexpr QLatin1String childGotFocus_Event("childGotFocus_Event");           ///< with the machine's index
 inline constexpr QLatin1String dockedChildLeaving_Event("dockedChildLeaving_Event"); ///< with the machine's index
 
 // Posted by a transfer view, with what the history keeps of the transfer

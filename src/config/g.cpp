@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "config/g.h"
 
+#include "config/RecentPrograms.h"
 #include "config/SettingsText.h"
 #include "config/StringTools.h"
 #include "platform/Preferences.h"
@@ -12,6 +13,7 @@
 namespace
 {
 const QString settingsKey = QStringLiteral("Varnock");
+const QString recentKey = QStringLiteral("VarnockRecentPrograms");
 constexpr char notAscii = '?'; // 63
 
 // In Latin-1 text every code unit is a character of its own, except for CR LF, whose bytes are the same either way: no
@@ -24,6 +26,15 @@ bool isLatin1(const QString& text)
 char wireByte(char32_t code)
 {
     return code < 128 ? static_cast<char>(code) : notAscii;
+}
+
+// Without the placeholder.
+template <typename Record> std::vector<Record*> machines()
+{
+    std::vector<Record*> all;
+    for (qsizetype position = 1; position < g::mcIcons.size(); ++position)
+        all.push_back(g::mcIcons[position].get());
+    return all;
 }
 } // namespace
 
@@ -42,21 +53,26 @@ void g::readAllMcSettings()
     if (const auto stored = Preferences::string(settingsKey)) {
         for (auto& record : SettingsText::read(*stored, makeMcIcon))
             append(std::move(record));
-        return;
+    } else {
+        for (qint64 index = 0; index <= 1; ++index) { // first run: the placeholder and "CNC1"
+            auto record = makeMcIcon();
+            record->MCINDEX = index;
+            append(std::move(record));
+        }
     }
-    for (qint64 index = 0; index <= 1; ++index) { // first run: the placeholder and "CNC1"
-        auto record = makeMcIcon();
-        record->MCINDEX = index;
-        append(std::move(record));
-    }
+    RecentPrograms::read(Preferences::string(recentKey).value_or(QString()), machines<MachineRecord>());
 }
 
 void g::saveAllMcSettings()
 {
-    std::vector<const MachineRecord*> machines;
-    for (qsizetype position = 1; position < mcIcons.size(); ++position)
-        machines.push_back(mcIcons[position].get());
-    Preferences::setString(settingsKey, SettingsText::write(machines));
+    Preferences::setString(settingsKey, SettingsText::write(machines<const MachineRecord>()));
+    saveRecentPrograms();
+}
+
+void g::saveRecentPrograms()
+{
+    const QString text = RecentPrograms::write(machines<const MachineRecord>());
+    if (Preferences::string(recentKey).value_or(QString()) != text) Preferences::setString(recentKey, text);
 }
 
 QByteArray g::getBytes(const QString& text)

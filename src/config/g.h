@@ -31,6 +31,8 @@ public:
     static void readAllMcSettings();
     /// Stores the whole machine list. Call after every change.
     static void saveAllMcSettings();
+    /// Stores the programs opened last, which saveAllMcSettings does, too.
+    static void saveRecentPrograms();
 
     // --- Conversions -------------------------------------------------------------------------------------------
     /// Wire bytes of a text: CR, LF and codes below 128 as they are, any other character as "?" (63).

@@ -76,7 +76,8 @@ bool AppDelegate::applicationShouldHandleReopen()
     window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
     window_.show();
     window_.raise();
-    window_.activateWindow();
+    auto* dialog = isBlocked_ ? QApplication::activeModalWidget() : nullptr; // keeps the keyboard
+    (dialog ? dialog : &window_)->activateWindow();
     return true;
 }
 
@@ -92,6 +93,8 @@ bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
         if (watched != &window_) showScrollButtons();
     }
+    if (watched == &window_ && event->type() == QEvent::WindowBlocked) setBlocked(true);
+    if (watched == &window_ && event->type() == QEvent::WindowUnblocked) setBlocked(false);
     if (watched != &window_ || event->type() != QEvent::Close) return QObject::eventFilter(watched, event);
     if (!mayQuit()) {
         event->ignore();

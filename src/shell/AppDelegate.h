@@ -68,6 +68,12 @@ public:
     void childGotFocus_Event();
     void dockedChildLeaving_Event(const Notification& notification);
 
+    // --- Programs from outside (AppDelegate_programs.cpp) -----------------------------------------------------------
+    /// Asks for each program file which machine it is for, and opens it there. Waits while another question is open.
+    void openPrograms(const QStringList& paths);
+    /// Opens the machine's send view with that program. Ignored while a question is open.
+    void openProgram(int index, const QString& path);
+
     // --- Window (AppDelegate_window.cpp) ---------------------------------------------------------------------------
     /// From the strip of machines to the whole window, and back, in steps.
     void expandMainMenu();
@@ -97,6 +103,9 @@ private:
     int usableIndex(const Notification& notification) const;
     static bool isDocked(qsizetype mcIndex);
     viewChild* replaceDockedChild();
+    void openNextProgram();
+    static bool tellIfUnreadable(const QString& path);
+    void setBlocked(bool blocked);
     void openMenu(int index);
     void menuClickedElsewhere(const QPoint& place);
     static bool isUndocked(qsizetype mcIndex);
@@ -110,7 +119,9 @@ private:
     std::unique_ptr<MachineList> list_;
     QPointer<frmDncMenu> modalMenu;
     QTimer tmrMoveIconPanelToY;
-    double fPanelTargetY = 0; // scroll position that the panel is moving to, in pixels
+    double fPanelTargetY = 0;     // scroll position that the panel is moving to, in pixels
+    QStringList pendingPrograms_; // given to the program, and not asked about yet
+    bool isBlocked_ = false;      // by a dialog
     bool menuIsExpanded = true;
     double scnLeft = 0, scnBottom = 0; // where the whole window stood before it shrank
     QSize expandedSize_;

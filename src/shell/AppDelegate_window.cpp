@@ -63,6 +63,7 @@ void AppDelegate::setUpWindow()
     list_ = std::make_unique<MachineList>(*ui);
     connect(list_.get(), &MachineList::moveWanted, this, &AppDelegate::moveMachine);
     connect(list_.get(), &MachineList::duplicateWanted, this, &AppDelegate::duplicateMachine);
+    connect(list_.get(), &MachineList::programWanted, this, &AppDelegate::openProgram);
     window_.installEventFilter(this);
     ui->scrIcons->installEventFilter(this);
     ui->pnlIcons->installEventFilter(this);

@@ -30,6 +30,12 @@ void MachineButton::setActive(bool active)
     update();
 }
 
+void MachineButton::setDropTarget(bool isTarget)
+{
+    isDropTarget_ = isTarget;
+    update();
+}
+
 void MachineButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -40,14 +46,14 @@ void MachineButton::paintEvent(QPaintEvent*)
 
     const QColor accent = palette().color(QPalette::Highlight);
     QColor tint = accent;
-    tint.setAlpha(isDown() ? pressedTint : isActive_ ? activeTint : underMouse() ? hoverTint : 0);
+    tint.setAlpha(isDown() || isDropTarget_ ? pressedTint : isActive_ ? activeTint : underMouse() ? hoverTint : 0);
     painter.fillPath(shape, tint);
     if (isActive_) {
         painter.setClipPath(shape);
         painter.fillRect(QRectF(card.left(), card.top(), barWidth, card.height()), accent);
         painter.setClipping(false);
     }
-    if (hasFocus()) {
+    if (hasFocus() || isDropTarget_) {
         painter.setPen(QPen(accent, outlineWidth));
         painter.drawPath(shape);
     }

@@ -12,6 +12,8 @@ public:
     explicit MachineButton(QWidget* parent = nullptr);
 
     void setActive(bool active);
+    /// Shows that what is held over the card can be dropped there.
+    void setDropTarget(bool isTarget);
 
 Q_SIGNALS:
     /// This button got the keyboard focus.
@@ -45,6 +47,7 @@ private:
     void cancelDrag();
 
     bool isActive_ = false;
+    bool isDropTarget_ = false;
     bool isDragged_ = false;
     QPoint pressedAt_;
 };

@@ -6,6 +6,7 @@
 #include "shell/AppDelegate.h"
 #include "shell/MachineButton.h"
 #include "shell/viewMC.h"
+#include "transfer/RecentMenu.h"
 
 #include <QKeyEvent>
 #include <QMenu>
@@ -40,6 +41,10 @@ void MachineList::add(viewMC& icon)
     ui_.iconsLayout->insertWidget(static_cast<int>(icon.MCINDEX) - 1, &icon);
     icon.refresh();
     icon.show();
+    const auto openProgram = [this, &icon](const QString& path) {
+        Q_EMIT programWanted(static_cast<int>(icon.MCINDEX), path);
+    };
+    connect(&icon, &viewMC::programDropped, this, openProgram, Qt::QueuedConnection); // the drag has to end first
     const auto* button = icon.button();
     connect(button, &MachineButton::gotFocus, this, [this, &icon] { makeTabStop(icon); });
     connect(button, &MachineButton::moveWanted, this, [this, &icon](int cards) { step(icon, cards); });
@@ -147,6 +152,11 @@ void MachineList::showMenu(viewMC& icon, const QPoint& place)
     auto* menu = new QMenu(&icon);
     menu->setObjectName(QStringLiteral("cardMenu"));
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    auto* recent = new RecentMenu(menu, [&icon] { return icon.recentPrograms; });
+    connect(recent, &RecentMenu::chosen, this,
+            [this, &icon](const QString& path) { Q_EMIT programWanted(static_cast<int>(icon.MCINDEX), path); });
+    menu->addMenu(recent);
+    menu->addSeparator();
     const auto icons = shown();
     auto* up = menu->addAction(QStringLiteral("Move &up\tAlt+Up"), this, [this, &icon] { moveAmongShown(icon, -1); });
     auto* down =

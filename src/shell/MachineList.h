@@ -35,6 +35,8 @@ Q_SIGNALS:
     /// The machine is to be at that place of the machine list.
     void moveWanted(int from, int to);
     void duplicateWanted(int index);
+    /// The program is to be sent by that machine.
+    void programWanted(int index, const QString& path);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -70,10 +70,11 @@ void viewChild::configurePort()
     sp->Parity = format == DataFormat::SevenBitsEven ? 1 : 0;
 }
 
-void viewChild::startMode(int mode, int mcIndex)
+void viewChild::startMode(int mode, int mcIndex, const QString& program)
 {
     isLoaded_ = true;
     mode_ = mode;
+    program_ = program;
     machineChanged(mcIndex);
     configurePort();
     const bool isOpen = sp->Open(g::mcIcons[mcIndex]->MCPORT) >= 0;
@@ -122,7 +123,9 @@ void viewChild::loadTransfer(bool send)
     ui->rootLayout->addWidget(vtx);
     vtx->initialize(send, iMcIndex);
     vtx->show();
-    if (send) vtx->btnFolder_Click(); // choosing Send goes straight to picking the file
+    if (!send) return;
+    if (program_.isEmpty()) return vtx->btnFolder_Click(); // choosing Send goes straight to picking the file
+    vtx->openFile(program_);
 }
 
 void viewChild::machineChanged(int mcIndex)
@@ -223,7 +226,7 @@ void viewChild::btnCancel_Click()
 
 void viewChild::btnTryAgain_Click()
 {
-    startMode(mode_, iMcIndex);
+    startMode(mode_, iMcIndex, program_);
     if (ui->boxStartupError->isHidden()) return;
     // The page looks as before; it has to show that something was done.
     const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss"));

@@ -33,8 +33,9 @@ public:
     const std::unique_ptr<serialPort> sp = std::make_unique<serialPort>();
     serialPort& machinePort() override { return *sp; }
 
-    /// Opens the machine's port and loads the working view; a port that cannot be opened shows why and what to do.
-    void startMode(int mode, int mcIndex);
+    /// Opens the machine's port and loads the working view; a port that cannot be opened shows why and what to do. A
+    /// send view then opens `program` or, if that is empty, asks for one.
+    void startMode(int mode, int mcIndex, const QString& program = {});
     /// Loads the setup form without trying the port: a new machine has none yet.
     void startSetup(int mcIndex);
     /// Follows a machine whose record has changed.
@@ -78,6 +79,7 @@ private:
     viewSetup* vSet = nullptr;
     bool isLoaded_ = false; // between startMode and end
     int mode_ = SetupMode;
+    QString program_; // what startMode was given
 };
 
 /// The child view of that machine; null for an index outside the list.

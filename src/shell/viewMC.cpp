@@ -6,6 +6,7 @@
 #include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
 #include "shell/MachineButton.h"
+#include "transfer/ProgramDrop.h"
 #include "widgets/Images.h"
 #include "widgets/TextLook.h"
 
@@ -56,6 +57,10 @@ viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewM
     connect(ui->btnMC, &MachineButton::clicked, this, &viewMC::btnMC_Click);
     connect(ui->btnMC, &MachineButton::deleteWanted, this, &viewMC::btnDeleteIcon_click);
     connect(ui->btnDeleteIcon, &QToolButton::clicked, this, &viewMC::btnDeleteIcon_click);
+    auto* drop = new ProgramDrop(this, ui->btnMC);
+    setAcceptDrops(true);
+    connect(drop, &ProgramDrop::hovering, ui->btnMC, &MachineButton::setDropTarget);
+    connect(drop, &ProgramDrop::dropped, this, &viewMC::programDropped);
     ui->pBar->hide();
     isActive(false);
 }

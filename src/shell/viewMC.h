@@ -44,6 +44,9 @@ public:
     /// What the transfer does, in the icon's words.
     QString stateText() const;
 
+Q_SIGNALS:
+    void programDropped(const QString& path);
+
 protected:
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;

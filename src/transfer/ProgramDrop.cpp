@@ -15,13 +15,17 @@ ProgramDrop::ProgramDrop(QWidget* target, const QWidget* openButton) : QObject(t
 bool ProgramDrop::eventFilter(QObject* watched, QEvent* event)
 {
     const bool isDrop = event->type() == QEvent::Drop;
+    if (isDrop || event->type() == QEvent::DragLeave) Q_EMIT hovering(false);
     if (!isDrop && event->type() != QEvent::DragEnter) return QObject::eventFilter(watched, event);
     auto* drop = static_cast<QDropEvent*>(event); // a drag that enters is one, too
     const QString path = droppedFile(*drop);      // asked again on the drop: a transfer may have started since
     if (path.isEmpty()) return true;
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
-    if (isDrop) Q_EMIT dropped(path);
+    if (isDrop)
+        Q_EMIT dropped(path);
+    else
+        Q_EMIT hovering(true);
     return true;
 }
 

@@ -16,6 +16,8 @@ public:
 
 Q_SIGNALS:
     void dropped(const QString& path);
+    /// A file that is accepted is held over the widget, or not any more.
+    void hovering(bool isHeld);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

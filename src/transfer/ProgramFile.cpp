@@ -27,6 +27,11 @@ bool ProgramFile::isReadable(const QString& path)
     return QFileInfo(path).isFile() && QFileInfo(path).isReadable();
 }
 
+QString ProgramFile::unreadable(const QString& path)
+{
+    return QStringLiteral("There is no program file to read at\r\r%1").arg(path);
+}
+
 bool ProgramFile::isTooLarge(const QString& path)
 {
     return QFileInfo(path).size() > largestFile;

@@ -11,6 +11,8 @@ namespace ProgramFile
 {
 /// Only a regular file: a pipe or a device has no end that a read could come to.
 bool isReadable(const QString& path);
+/// Tells the operator that it is not.
+QString unreadable(const QString& path);
 /// More bytes than the editor can hold.
 bool isTooLarge(const QString& path);
 /// All bytes of the file; nothing when a part of it can't be read.

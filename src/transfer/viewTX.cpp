@@ -11,6 +11,8 @@
 #include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramDrop.h"
+#include "transfer/ProgramFile.h"
+#include "transfer/RecentMenu.h"
 #include "transfer/TransferHost.h"
 
 namespace
@@ -59,6 +61,13 @@ viewTX::viewTX(QWidget* parent)
     connect(ui->cbo1, &QComboBox::activated, this, &viewTX::readyAgain);
     connect(&tmrStatus_, &QTimer::timeout, this, &viewTX::refreshStatus);
     connect(new ProgramDrop(this, ui->btnFolder), &ProgramDrop::dropped, this, &viewTX::openFile);
+    auto* recent = new RecentMenu(this, [this] { return mc->recentPrograms; });
+    connect(recent, &RecentMenu::chosen, this, [this](const QString& path) {
+        if (ProgramFile::isReadable(path)) return openFile(path);
+        g::msgBox(ProgramFile::unreadable(path), QStringLiteral("OK"), {});
+    });
+    ui->btnFolder->setMenu(recent);
+    ui->btnFolder->setPopupMode(QToolButton::MenuButtonPopup);
     tmrStatus_.setSingleShot(true);
     clock_.start();
     new EditorActions(this, ui->rt1, ui->findBar);

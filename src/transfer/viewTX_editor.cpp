@@ -3,6 +3,7 @@
 #include "ui_viewTX.h"
 
 #include "config/g.h"
+#include "config/RecentPrograms.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramFile.h"
 #include "widgets/FileDialogs.h"
@@ -54,6 +55,8 @@ void viewTX::openFile(const QString& path)
     if (!isOpen) return;
     panel_.showProgramPath(path);
     lastFolder_ = QFileInfo(path).absolutePath();
+    RecentPrograms::add(*mc, path);
+    g::saveRecentPrograms();
     btnRewind_Click();
     setTextLocked(true);
     if (booModeTX) ui->btnSend->setFocus(); // Enter starts it

@@ -24,7 +24,7 @@ public:
     /// Starts the program as main() does, with the stored settings.
     Operator() { restart(); }
     QMainWindow& window() { return *app_->window(); }
-    int iCurrentMcIcon() const { return app_->iCurrentMcIcon; }
+    AppDelegate& delegate() { return *app_; }
 
     /// Ends the program and starts it again.
     void restart()

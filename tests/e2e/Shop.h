@@ -25,6 +25,7 @@ inline void store(const std::vector<std::shared_ptr<MachineRecord>>& machines)
     for (const auto& machine : machines)
         records.push_back(machine.get());
     Preferences::setString("Varnock", SettingsText::write(records));
+    Preferences::setString("VarnockRecentPrograms", {});
 }
 
 /// A program of that many numbered blocks, with LF line ends.

@@ -117,13 +117,14 @@ private Q_SLOTS:
         drag(op, 1, 3, true);
         QCOMPARE(names(), "B,C,A");
         QCOMPARE(stored(), names());
-        QVERIFY(undocked()->iIndex == 3 && childViewAt(2)->iMcIndex == 2 && op.iCurrentMcIcon() == 2);
+        QVERIFY(undocked()->iIndex == 3 && childViewAt(2)->iMcIndex == 2 && op.delegate().iCurrentMcIcon == 2);
         drag(op, 2, 1, false);
         QCOMPARE(names(), "C,B,A");
         op.press(Qt::Key_Down, Qt::AltModifier);
         QVERIFY(names() == "B,C,A" && focused() == "C");
         chooseInCardMenu(3, "Move up");
-        QVERIFY(names() == "B,A,C" && stored() == names() && undocked()->iIndex == 2 && op.iCurrentMcIcon() == 3);
+        QVERIFY(names() == "B,A,C" && stored() == names() && undocked()->iIndex == 2 &&
+                op.delegate().iCurrentMcIcon == 3);
         op.answerNextMessage("Cancel");
         undocked()->close();
         QVERIFY2(op.lastMessage.startsWith("A is"), qPrintable(op.lastMessage));

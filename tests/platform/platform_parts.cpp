@@ -7,7 +7,9 @@
 
 #include <QDir>
 #include <QEventLoop>
+#include <QLocalSocket>
 #include <QProcess>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -65,6 +67,9 @@ private Q_SLOTS:
     void programEndsDuringWrites();
     void exactlyOneOfManyStartsBecomesTheOwner();
     void laterStartIsRefusedAndTheOwnerIsTold();
+    void filesOfALaterStartAreHandedOver();
+    void nonsenseOnTheSocketIsIgnored_data();
+    void nonsenseOnTheSocketIsIgnored();
     void startsWhereNoSocketCanBeMade();
 };
 
@@ -194,6 +199,56 @@ void PartsTest::laterStartIsRefusedAndTheOwnerIsTold()
     }
     SingleInstance other("/proc/one"), another("/proc/other"); // other settings, whose folders cannot even be made
     QVERIFY(other.claim() && another.claim());
+}
+
+void PartsTest::filesOfALaterStartAreHandedOver()
+{
+    const QTemporaryDir settings;
+    SingleInstance owner(settings.path());
+    QSignalSpy asked(&owner, &SingleInstance::activationRequested), given(&owner, &SingleInstance::programsHandedOver);
+    QVERIFY(owner.claim({"/its/own.nc"}));
+    const QStringList paths = {QString::fromUtf8("/srv/Fr\u00E4se 5/O1.nc"), "/srv/two\nlines.nc"};
+    QVERIFY(!SingleInstance(settings.path()).claim(paths));
+    QTRY_COMPARE(given.count(), 1);
+    QCOMPARE(given[0][0].toStringList(), paths);
+    QCOMPARE(asked.count(), 0);
+}
+
+void PartsTest::nonsenseOnTheSocketIsIgnored_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    const QByteArray mark("varnock open\n");
+    QTest::newRow("another protocol") << QByteArray("GET / HTTP/1.1\r\n\r\n");
+    QTest::newRow("no files") << mark + '\0';
+    QTest::newRow("cut off") << mark + "/srv/O1.nc" + '\0';
+    QTest::newRow("relative path") << mark + "O1.nc" + '\0' + '\0';
+    QTest::newRow("no text") << mark + "/srv/\xFF" + '\0' + '\0';
+    QTest::newRow("more after the end") << mark + "/srv/O1.nc" + '\0' + '\0' + "x";
+    QTest::newRow("too long") << mark + '/' + QByteArray(3 << 20, 'x') + '\0' + '\0';
+}
+
+void PartsTest::nonsenseOnTheSocketIsIgnored()
+{
+    QFETCH(QByteArray, message);
+    const auto sockets = [] {
+        const auto names = QDir::temp().entryList({"varnock-*"}, QDir::System);
+        return QSet<QString>(names.begin(), names.end());
+    };
+    const auto before = sockets();
+    const QTemporaryDir settings;
+    SingleInstance owner(settings.path());
+    QSignalSpy asked(&owner, &SingleInstance::activationRequested), given(&owner, &SingleInstance::programsHandedOver);
+    QVERIFY(owner.claim());
+    const auto own = (sockets() - before).values();
+    QVERIFY(!own.isEmpty());
+    QLocalSocket socket;
+    socket.connectToServer(QDir::temp().filePath(own.first()));
+    socket.write(message);
+    QTRY_VERIFY(socket.bytesToWrite() == 0 || socket.state() == QLocalSocket::UnconnectedState);
+    socket.abort();
+    QVERIFY(!SingleInstance(settings.path()).claim()); // it still listens, and answers in the order of the calls
+    QTRY_COMPARE(asked.count(), 1);
+    QCOMPARE(given.count(), 0);
 }
 
 void PartsTest::startsWhereNoSocketCanBeMade()
