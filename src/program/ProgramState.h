@@ -54,3 +54,11 @@ struct ProgramState {
     QList<Remark> remarks; ///< by their first line
     std::array<qsizetype, remarkKindCount> remarkCounts{};
 };
+
+/// A thread is being cut, or the tool still stands at its end: not to be gone to again out of step with the spindle.
+inline bool isThreading(const ProgramState& state)
+{
+    const QByteArray& motion = state.in(ModalGroup::Motion).text;
+    const int code = motion.isEmpty() ? -1 : Codes::number(QByteArrayView(motion).sliced(1));
+    return code == 320 || code == 330 || code == 340;
+}

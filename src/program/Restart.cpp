@@ -29,7 +29,7 @@ public:
         } else {
             addMillClearance();
             addMillApproach();
-            addDepth();
+            addMillDepth();
         }
         addEnding();
         return blocks_;
@@ -41,14 +41,14 @@ private:
     void addSpindle();
     void addMillClearance();
     void addMillApproach();
-    void addDepth();
+    void addMillDepth();
+    void addDepth(char letter, const AxisPosition& depth);
     void addLatheApproach();
     void addEnding();
 
     void add(QByteArray text, QList<qsizetype> lines, Moves moves = Moves::Nothing, bool isSure = true);
     void add(const InForce& word, Moves moves = Moves::Nothing);
     void addMove(QByteArrayView code, QByteArrayView letters, const InForce& with = {});
-    QByteArray feed() const;
     const InForce& in(ModalGroup group) const { return state_.in(group); }
     bool isCompensated() const { return in(ModalGroup::CutterComp).isSaid() && !isCompOff(); }
     bool isCompOff() const { return numberOf(in(ModalGroup::CutterComp)) == 400; }
@@ -214,21 +214,20 @@ bool Proposal::isFeeding() const
     return motion >= 10 && motion <= 30 && !isTimed && state_.feed.isSaid() && state_.feed.isPlain;
 }
 
-QByteArray Proposal::feed() const
+void Proposal::addMillDepth()
 {
-    return isFeeding() ? ' ' + state_.feed.text : QByteArray();
+    const AxisPosition& depth = state_.cycle.isSaid() ? state_.cycleStart : state_.axis('Z');
+    if (depth.isKnown() && !(state_.clearZ.isKnown() && state_.clearZ.text == depth.text)) addDepth('Z', depth);
 }
 
-// With the feed where one is known: the tool goes down into the work.
-void Proposal::addDepth()
+// With the feed where one is known: the tool goes into the work.
+void Proposal::addDepth(char letter, const AxisPosition& depth)
 {
-    const bool isInCycle = state_.cycle.isSaid();
-    const AxisPosition& depth = isInCycle ? state_.cycleStart : state_.axis('Z');
-    if (!depth.isKnown() || (state_.clearZ.isKnown() && state_.clearZ.text == depth.text)) return;
-    const bool feeds = isFeeding() && !isInCycle;
+    const bool feeds = isFeeding() && !state_.cycle.isSaid();
     QList<qsizetype> lines{depth.line};
     if (feeds) lines.append(state_.feed.line);
-    add((feeds ? "G1 Z" : "G0 Z") + depth.text + (feeds ? feed() : QByteArray()), lines, Moves::Axes);
+    const QByteArray feed = feeds ? ' ' + state_.feed.text : QByteArray();
+    add((feeds ? "G1 " : "G0 ") + (letter + depth.text) + feed, lines, Moves::Axes);
 }
 
 // To where the program itself went first with this tool, along the work there, and in last: that holds outside and
@@ -247,11 +246,13 @@ void Proposal::addLatheApproach()
         add(comp);
     }
     const auto &x = state_.axis('X'), &z = state_.axis('Z');
-    if (z.isKnown() && (!state_.clearZ.isKnown() || z.text != state_.clearZ.text)) addMove("G0", "Z");
-    if (!x.isKnown() || (state_.clearX.isKnown() && x.text == state_.clearX.text)) return;
-    QList<qsizetype> lines{x.line};
-    if (isFeeding()) lines.append(state_.feed.line);
-    add((isFeeding() ? "G1 X" : "G0 X") + x.text + feed(), lines, Moves::Axes);
+    const bool goesIn = x.isKnown() && !(state_.clearX.isKnown() && x.text == state_.clearX.text);
+    const bool goesAlong = z.isKnown() && !(state_.clearZ.isKnown() && z.text == state_.clearZ.text);
+    if (goesAlong && goesIn)
+        addMove("G0", "Z");
+    else if (goesAlong) // a drill in its hole
+        addDepth('Z', z);
+    if (goesIn) addDepth('X', x);
 }
 
 void Proposal::addEnding()

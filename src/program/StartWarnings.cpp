@@ -49,6 +49,13 @@ void Warnings::warnOfPlace()
                 .arg(state_.contourLine),
             state_.contourLine);
     }
+    const auto& motion = state_.in(ModalGroup::Motion);
+    if (isThreading(state_))
+        add(QStringLiteral("The tool stands in the thread that %1 of line %2 cuts. No start is possible here: start "
+                           "before it.")
+                .arg(shown(motion.text))
+                .arg(motion.line),
+            motion.line);
     const auto& cycle = state_.cycle;
     if (!cycle.isSaid()) return;
     const QString start =
@@ -125,6 +132,16 @@ void Warnings::warnOfAxes()
 void Warnings::warnOfGaps()
 {
     const bool hasPlace = state_.axis('X').isKnown() || state_.axis('Z').isKnown();
+    const auto& length = state_.in(ModalGroup::ToolLength);
+    const bool hasLength = length.isSaid() && number(ModalGroup::ToolLength) != (isOkuma(state_.control) ? 530 : 490);
+    if (hasLength && length.line < state_.tool.line)
+        add(QStringLiteral("%1 was said before the tool change of line %2: it is the length of another tool.")
+                .arg(shown(length.text + ' ' + state_.lengthNumber.text).trimmed())
+                .arg(state_.tool.line),
+            length.line);
+    if (!state_.tool.isSure && state_.tool.isSaid())
+        add(QStringLiteral("Which tool is in the spindle is not sure since line %1.").arg(state_.tool.line),
+            state_.tool.line);
     if (!hasPlace) return; // the start moves nothing that could go wrong
     if (state_.control != Control::FanucLathe && !state_.in(ModalGroup::Distance).isSaid())
         add(QStringLiteral("Neither G90 nor G91 is said above this line: its positions are read as absolute."));
@@ -187,7 +204,7 @@ bool canStart(const ProgramState& state)
     const bool hasCycle = !state.cycle.isSaid() || (state.control == Control::FanucMill && state.cycle.isPlain);
     const auto& offset = state.in(ModalGroup::WorkOffset);
     const bool hasZero = (!state.localZero.isSaid() || state.localZero.isPlain) && (!offset.isSaid() || offset.isPlain);
-    return hasCycle && hasZero && state.contourLine == 0 && !state.transform.isSaid();
+    return hasCycle && hasZero && !isThreading(state) && state.contourLine == 0 && !state.transform.isSaid();
 }
 
 QList<StartWarning> startWarnings(const ProgramState& state)

@@ -40,8 +40,8 @@ void StateReader::take(QByteArrayView line)
     if (isInContour()) return;
     const Asked asked = readCodes();
     readValues(asked);
-    changeTool(asked);
     readAxes(asked);
+    changeTool(asked);
     endBlock(asked);
 }
 
@@ -160,8 +160,9 @@ void StateReader::endBlock(const Asked& asked)
     const auto& comp = modal(ModalGroup::CutterComp);
     const bool isCompensated = comp.isSaid() && Codes::number(QByteArrayView(comp.text).sliced(1)) != 400;
     const auto knows = [this](char letter) { return axes_.isKnown(Axes::indexOf(letter)); };
-    if (!isCompensated && !state_.cycle.isSaid() && !isIncremental_ && !state_.transform.isSaid() && knows('X') &&
-        knows('Z') && (isLathe(state_.control) || knows('Y')) && contourFirst_ < 0 && !isInContour_)
+    if (!isCompensated && !state_.cycle.isSaid() && !isIncremental_ && !isThreading(state_) &&
+        !state_.transform.isSaid() && knows('X') && knows('Z') && (isLathe(state_.control) || knows('Y')) &&
+        contourFirst_ < 0 && !isInContour_)
         state_.clearLine = line_ + 1;
 }
 

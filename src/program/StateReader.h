@@ -63,6 +63,7 @@ private:
     void moveAxis(int axis, const Block::Word& word, bool isIncremental, const Asked& asked);
     void runCycle(const Asked& asked);
     void returnFromCycle();
+    void prepareTool(const Block::Word& word, const Asked& asked);
     void changeTool(const Asked& asked);
     void noteClearPlace(const Asked& asked);
     InForce said(const Block::Word& word) const;
@@ -78,6 +79,7 @@ private:
     bool isRapid_ = false;
     bool hasEnded_ = false;
     bool isTurningCycle_ = false;
+    bool isToolDoubtful_ = false;
     qsizetype disturbedLine_ = 0;   // of the last call, jump or landing: what was said before is not sure
     QSet<QByteArray> landings_;     // numbers that jumps further up lead to
     bool hasWorkedOutJump_ = false; // one that may lead to any number

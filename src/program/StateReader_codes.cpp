@@ -40,7 +40,11 @@ StateReader::Asked StateReader::readCodes()
         remark(RemarkKind::Call, call);
         disturb(call);
     }
-    if (asked.has(Action::Stores)) remark(RemarkKind::StoresData, asked.cause);
+    if (asked.has(Action::Stores)) {
+        remark(RemarkKind::StoresData, asked.cause);
+        axes_.loseAll(asked.cause, line_); // with another offset the same place has other numbers
+        state_.clearX = state_.clearZ = {};
+    }
     if (asked.has(Action::LocalZero) || asked.has(Action::ZeroOrLimit)) setZero(asked);
     if (asked.has(Action::TransformOn) || asked.has(Action::TransformOff)) setTransform(asked);
     if (asked.has(Action::CycleEnd)) endCycle();

@@ -49,7 +49,7 @@ void StateReader::readValue(const Block::Word& word, const Asked& asked)
     case 'T':
         if (isData) return;
         if (isMill)
-            say(state_.nextTool, word);
+            prepareTool(word, asked);
         else if (say(state_.tool, word)) {
             axes_.loseAll(word.text, line_); // another tool's offset: the same place has other numbers
             state_.clearX = state_.clearZ = {};
@@ -73,7 +73,8 @@ void StateReader::readValue(const Block::Word& word, const Asked& asked)
 void StateReader::readAxes(const Asked& asked)
 {
     if (!asked.hasPositions()) return;
-    if (state_.cycle.isSaid()) return runCycle(asked);
+    const bool leavesCycle = asked.has(Action::Reference) || asked.has(Action::Lost);
+    if (state_.cycle.isSaid() && !leavesCycle) return runCycle(asked);
     for (const auto& word : block_.words()) {
         if (word.afterComma) continue;
         const bool isFanucLathe = state_.control == Control::FanucLathe;
@@ -148,13 +149,26 @@ void StateReader::returnFromCycle()
     axes_.lose(z, state_.cycle.text, line_);
 }
 
+// "T2 M6" after a T1: some machines put in the tool that was prepared, and prepare the other.
+void StateReader::prepareTool(const Block::Word& word, const Asked& asked)
+{
+    const bool isPrepared = state_.nextTool.isSaid();
+    const bool isAnother = say(state_.nextTool, word);
+    isToolDoubtful_ = isPrepared && isAnother && asked.has(Action::ToolChange);
+}
+
 void StateReader::changeTool(const Asked& asked)
 {
     if (!asked.has(Action::ToolChange)) return;
-    state_.tool = {state_.nextTool.text, line_, state_.nextTool.isPlain, !block_.isSkippable()};
+    const InForce& next = state_.nextTool;
+    state_.tool = {next.text, line_, next.isPlain, !isToolDoubtful_ && !block_.isSkippable()};
     state_.nextTool = {};
+    isToolDoubtful_ = false;
     state_.clearX = state_.clearZ = {};
-    axes_.loseAll(asked.cause, line_); // the changer has its own place
+    axes_.loseAll(asked.cause, line_);       // the changer has its own place
+    modal(ModalGroup::Spindle) = {};         // and stops the spindle
+    modal(ModalGroup::Flood).isSure = false; // and the coolant, on many machines
+    modal(ModalGroup::Mist).isSure = false;
 }
 
 void StateReader::noteClearPlace(const Asked& asked)

@@ -55,6 +55,7 @@ private:
         }
         if (changes) {
             words['T'] = words.take('t');
+            modes["spindle"] = 5;
             place = {{'X', 11'000'000}, {'Y', 22'000'000}, {'Z', 333'000'000}, {'B', 0}};
         }
         for (const auto& [letter, value] : block) {

@@ -105,6 +105,8 @@ void ProgramRestartTest::warnsOf_data()
     row("no clear height", FM, "G90 X1.", "No clear height is known");
     row("no distance mode", FM, "X1.", "read as absolute");
     row("no length", FM, "X1.", "No tool length is said");
+    row("the length of another tool", FM, "G43 H1\nT2 M6", "G43 H1 was said before the tool change of line 2");
+    row("a doubtful tool", FM, "T1\nT2 M6", "Which tool is in the spindle is not sure");
     row("time as feed", FM, "G93", "G93");
     row("cutting speed without a limit", FL, "G96 S180 M3", "without a highest spindle speed");
     row("no way in", FL, "G1 X5. Z5.", "went to no place in rapid");
@@ -153,7 +155,7 @@ void ProgramRestartTest::everyBlockKnowsItsLines()
 
 void ProgramRestartTest::whatIsNotPlainIsLeftOut()
 {
-    const auto restart = proposeRestart(stateAtEnd("G90 G1 X#1 Y2. F#2 S#3 M3\nT#5 M6\nM98 P1\nG0 Z5. M8"));
+    const auto restart = proposeRestart(stateAtEnd("T#5 M6\nG90 G1 X#1 Y2. F#2 S#3 M3\nM98 P1\nG0 Z5. M8"));
     QByteArrayList blocks;
     for (const auto& block : restart.blocks)
         blocks.append(block.text + (block.isSure ? "" : "~"));
@@ -166,6 +168,7 @@ void ProgramRestartTest::noStartWhereTheNextBlockWouldGoAstray_data()
     QTest::addColumn<Control>("control");
     QTest::addColumn<QByteArray>("program");
     QTest::newRow("thread cycle: X27.7 would be rapid") << FL << QByteArray("G0 X34. Z6.\nG92 X29. Z-36. F2.");
+    QTest::newRow("in a thread") << FL << QByteArray("G0 X30. Z5.\nG32 Z-20. F2.");
     QTest::newRow("contour of a cycle") << FL << QByteArray("G0 X50. Z2.\nG71 P1 Q9 F.2\nN1 G0 X20.\nG1 Z-5.");
     QTest::newRow("turned coordinates") << FM << QByteArray("G0 X1. Y1. Z5.\nG68 X0 Y0 R45.");
     QTest::newRow("zero point in the other unit") << FM << QByteArray("G21\nG52 X5.\nG20");

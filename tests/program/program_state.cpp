@@ -2,7 +2,7 @@
 // What is in force above a line, by control type. What is not certain must never read as certain.
 #include "program/StateInWords.h"
 
-#include "program/Block.h"
+#include "program/StateRows.h"
 
 namespace
 {
@@ -21,6 +21,7 @@ private Q_SLOTS:
     void stateInASample();
     void aLineIsReadLikeTheEditorCountsIt();
     void knowsTheLineBehindEveryWord();
+    void showsAllThatIsSaid();
     void endsWhenCancelled();
 };
 
@@ -48,7 +49,10 @@ void ProgramStateTest::stateAtTheEnd_data()
     row("tool prepared and changed", FM, "T1\nM6\nT2", "tool T1 next T2");
     row("tool and change in one block, in any order", FM, "M06 T12", "tool T12");
     row("change without a tool", FM, "M6", "tool ");
-    row("the changer moves the axes", FM, "X1. Z2.\nT1 M6", "tool T1 X? Z?");
+    row("the changer moves the axes", FM, "X1.\nT1 M6 Z2.", "tool T1 X? Z?");
+    row("the changer stops spindle and coolant", FM, "M3 M8\nT1 M6", "M8~ tool T1");
+    row("another tool than the prepared one", FM, "T1\nT2 M6", "tool T2~");
+    row("offsets written by the program", FM, "X1.\nG10 L2 P1 X5.", "X?");
     row("tool length and radius", FM, "G43 H7 Z50.\nG41 D17 X1.", "G41 G43 D17 H7 X1. Z50.");
     row("coolant off ends both kinds", FM, "M8\nM7\nM9", "M9");
     row("extended work offset", FM, "G54.1 P12", "G54.1 P12");
@@ -205,6 +209,17 @@ void ProgramStateTest::knowsTheLineBehindEveryWord()
     QCOMPARE(state.speed.line, 7);
     QCOMPARE(state.axis('X').line, 5); // the tool change moved it
     QCOMPARE(state.axis('X').cause, "M6");
+}
+
+void ProgramStateTest::showsAllThatIsSaid()
+{
+    QStringList shown;
+    const auto state = stateAtEnd("G54 G90\nM6\nG99 G81 X1. Z-5. R2. F#1\nG28 Y0\nG53 B5.");
+    for (const StateRow& row : stateRows(state))
+        shown.append(QStringLiteral("%1: %2 %3%4").arg(row.name, row.text).arg(row.line).arg(row.isSure ? "" : "~"));
+    QCOMPARE(shown, (QStringList{"Distance mode: G90 1", "Return level: G99 3", "Work offset: G54 1",
+                                 "Cycle: G81 R2. Z-5. 3", "Tool: not said 2", "Feed: F#1 3~", "X: X1. 3",
+                                 "Y: at the reference point (G28) 4~", "Z: Z2. 3", "B: not known (G53) 5~"}));
 }
 
 void ProgramStateTest::endsWhenCancelled()
