@@ -13,7 +13,7 @@ inline constexpr QLatin1String RxOnComm("RxOnComm"); ///< bytes have arrived
 // Posted by a machine icon, with the machine's index
 inline constexpr QLatin1String MCIcon_Click("MCIcon_Click");
 inline constexpr QLatin1String btnDeleteIcon_Click("btnDeleteIcon_Click");
-inline constexpr QLatin1String transferEnded_Event("transferEnded_Event"); ///< however it ended
+inline constexpr QLatin1String activityChanged_Event("activityChanged_Event"); ///< of its transfer
 
 // Posted by the menu, for the active machine
 inline constexpr QLatin1String sendButton_Clicked("sendButton_Clicked");

@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "config/NotificationNames.h"
+#include "shell/AwakeKeeper.h"
 #include "shell/MachineList.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"

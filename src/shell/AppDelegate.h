@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class AwakeKeeper;
 class frmDncMenu;
 class MachineList;
 struct MachineRecord;
@@ -117,6 +118,7 @@ private:
     TransferNotice notice_{window_};
     std::unique_ptr<Ui::mainWindow> ui;
     std::unique_ptr<MachineList> list_;
+    std::unique_ptr<AwakeKeeper> awake_;
     QPointer<frmDncMenu> modalMenu;
     QTimer tmrMoveIconPanelToY;
     double fPanelTargetY = 0;     // scroll position that the panel is moving to, in pixels

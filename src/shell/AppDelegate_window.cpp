@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "shell/AboutWindow.h"
+#include "shell/AwakeKeeper.h"
 #include "shell/KeysWindow.h"
 #include "shell/MachineList.h"
 #include "shell/UserGuide.h"
@@ -92,6 +93,8 @@ void AppDelegate::setUpWindow()
     tmrMoveIconPanelToY.setSingleShot(true);
     connect(&tmrMoveIconPanelToY, &QTimer::timeout, this, &AppDelegate::tmrMoveIconPanelToY_Tick);
     connect(&tmrResize, &QTimer::timeout, this, &AppDelegate::tmrResize_Tick);
+    TextLook::dim(*ui->lblAwake);
+    awake_ = std::make_unique<AwakeKeeper>(*ui->lblAwake);
     addKeys();
     showExpandButton();
     placeWindow();

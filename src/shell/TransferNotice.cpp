@@ -13,12 +13,14 @@ namespace
 {
 const QString key = QStringLiteral("Notices");
 const QString on = QStringLiteral("true");
+const QList<TransferActivity> endings{TransferActivity::Stopped, TransferActivity::Sent, TransferActivity::Unconfirmed,
+                                      TransferActivity::Received, TransferActivity::PortLost};
 } // namespace
 
 TransferNotice::TransferNotice(QWidget& window) : window_(window)
 {
-    NotificationCenter::defaultCenter().addObserver(this, Notifications::transferEnded_Event, nullptr,
-                                                    [this](const Notification& n) { transferEnded(n); });
+    NotificationCenter::defaultCenter().addObserver(this, Notifications::activityChanged_Event, nullptr,
+                                                    [this](const Notification& n) { activityChanged(n); });
 }
 
 bool TransferNotice::isWanted()
@@ -31,10 +33,11 @@ void TransferNotice::setWanted(bool wanted)
     Preferences::setString(key, wanted ? on : QStringLiteral("false"));
 }
 
-void TransferNotice::transferEnded(const Notification& notification) const
+void TransferNotice::activityChanged(const Notification& notification) const
 {
     const auto* icon = dynamic_cast<viewMC*>(notification.object);
-    if (!icon || QApplication::activeWindow() || !isWanted()) return;
+    if (!icon || !endings.contains(icon->activity())) return;
+    if (QApplication::activeWindow() || !isWanted()) return;
     DesktopNotice::show(icon->MCNAME, icon->stateText());
     QApplication::alert(&window_);
     QApplication::beep();

@@ -20,7 +20,7 @@ public:
     static void setWanted(bool wanted);
 
 private:
-    void transferEnded(const Notification& notification) const;
+    void activityChanged(const Notification& notification) const;
 
     QWidget& window_;
 };

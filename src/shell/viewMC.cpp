@@ -39,8 +39,6 @@ constexpr Look looks[] = {
     {TransferActivity::Received, "Received", "machine", "state-done"},
     {TransferActivity::PortLost, "Port lost", "machine-lost", "state-lost"},
 };
-const QList<TransferActivity> endings{TransferActivity::Stopped, TransferActivity::Sent, TransferActivity::Unconfirmed,
-                                      TransferActivity::Received, TransferActivity::PortLost};
 } // namespace
 
 viewMC::viewMC(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewMC>())
@@ -140,8 +138,8 @@ void viewMC::showActivity(TransferActivity activity)
 {
     const bool isNew = std::exchange(activity_, activity) != activity;
     showState();
-    if (isNew && endings.contains(activity))
-        NotificationCenter::defaultCenter().post(Notifications::transferEnded_Event, this,
+    if (isNew)
+        NotificationCenter::defaultCenter().post(Notifications::activityChanged_Event, this,
                                                  {{Notifications::machineIndex, MCINDEX}});
 }
 

@@ -41,7 +41,8 @@ public:
     void setPBarValue(double value) override;
     void setPBarHidden(bool hidden) override;
     void showActivity(TransferActivity activity) override;
-    /// What the transfer does, in the icon's words.
+    TransferActivity activity() const { return activity_; }
+    /// The activity in the icon's words.
     QString stateText() const;
 
 Q_SIGNALS:

@@ -7,6 +7,7 @@
 #include "shell/KeysWindow.h"
 #include "shell/TransferNotice.h"
 #include "shell/viewMC.h"
+#include "support/PrivateBus.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -14,7 +15,6 @@
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QLabel>
-#include <QProcess>
 #include <QTest>
 #include <QTreeWidget>
 #include <QUrl>
@@ -136,20 +136,9 @@ void HelpTest::noticeIsShownOnlyIfWantedAndNotInFront()
 
 int main(int argc, char* argv[])
 {
-    // Before there is an application, which may connect at once.
-    QProcess bus;
-    bus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--print-address")});
-    if (!bus.waitForReadyRead()) qFatal("no bus");
-    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().trimmed());
-    int result = 0;
-    {
-        const QApplication application(argc, argv);
-        HelpTest test;
-        result = QTest::qExec(&test, argc, argv);
-    }
-    bus.terminate();
-    bus.waitForFinished();
-    return result;
+    const PrivateBus bus("DBUS_SESSION_BUS_ADDRESS");
+    const QApplication application(argc, argv);
+    HelpTest test;
+    return QTest::qExec(&test, argc, argv);
 }
-
 #include "shell_help.moc"
