@@ -7,6 +7,40 @@
 namespace
 {
 constexpr auto FM = Control::FanucMill, FL = Control::FanucLathe, OM = Control::OkumaMill, OL = Control::OkumaLathe;
+
+void addRow(const char* name, Control control, const char* program, const char* state)
+{
+    QTest::newRow(name) << control << QByteArray(program) << QByteArray(state);
+}
+
+void addLathesAndOkumas()
+{
+    const auto row = addRow;
+    row("lathe: U and W are steps", FL, "G0 X50. Z2.\nU-1.5 W-10.", "G0 X48.5 Z-8.");
+    row("lathe: a T word changes the tool", FL, "G0 X50. Z2.\nT0303", "G0 tool T0303 X? Z?");
+    row("lathe: limit and cutting speed", FL, "G50 S2500\nG96 S180 M3", "G96 M3 S180 G50 S2500");
+    row("lathe: G98 and G99 are feeds", FL, "G99 F.2", "G99 F.2");
+    row("lathe: a turning cycle comes back", FL, "G0 X50. Z2.\nG90 X45. Z-20. F.2\nX42.",
+        "G0 cycle G90 X42. Z-20. F.2 X50. Z2.");
+    row("lathe: G90 alone is of another code system", FL, "G90\nX5.", "X5.");
+    row("lathe: the contour of a cycle is not driven", FL,
+        "G0 X50. Z2.\nG71 U2. R1.\nG71 P10 Q20 U.4 W.1 F.3\nN10 G0 X20.\nG1 Z-30. F.1\nN20 X50.\nM8",
+        "G0 M8 F.3 X50. Z2.");
+    row("lathe: G28 by steps", FL, "X5. Z5.\nG28 U0 W0", "X@ Z@");
+
+    row("Okuma mill: G15 H is the offset, G56 H the length", OM, "G15 H3\nG56 H12 Z50.", "G15 H3 G56 H12 Z50.");
+    row("Okuma mill: G54 is no work offset", OM, "X1.\nG54 H2", "G54 H2 X1.");
+    row("Okuma mill: home position", OM, "X1. Z1.\nG30 P1", "X? Z?");
+    row("Okuma mill: return level by M code", OM, "G90 M54 G0 Z50.\nG81 X1. Z-5. R2.",
+        "G90 M54 G0 cycle G81 R2. Z-5. X1. Z2.");
+    row("Okuma mill: call", OM, "X1. F5.\nCALL O100", "F5.~ X?");
+    row("Okuma mill: set by a variable", OM, "X=VC1+2 Y=5. F=VC2", "FVC2~ X? Y5.");
+    row("Okuma: the head of a file", OM, "$PART.MIN%\nX1.", "X1.");
+    row("Okuma lathe: the six figures of T", OL, "T010101\nX50 Z2", "tool T010101 X50 Z2");
+    row("Okuma lathe: shape and the cycle over it", OL,
+        "G0 X48 Z2\nG85 NLAP1 D3 U0.4 W0.1 F0.28\nNLAP1 G81\nG0 X18\nG80", "G0 F0.28 X? Z?");
+    row("Okuma lathe: incremental", OL, "G90 X50 Z2\nG91 X-2 Z-5", "G91 X48 Z-3");
+}
 } // namespace
 
 class ProgramStateTest : public QObject
@@ -30,9 +64,7 @@ void ProgramStateTest::stateAtTheEnd_data()
     QTest::addColumn<Control>("control");
     QTest::addColumn<QByteArray>("program");
     QTest::addColumn<QByteArray>("state");
-    const auto row = [](const char* name, Control control, const char* program, const char* state) {
-        QTest::newRow(name) << control << QByteArray(program) << QByteArray(state);
-    };
+    const auto row = addRow;
     row("nothing", FM, "", "");
     row("modal codes", FM, "G21G17G40G49G80G90G94G98\nG64 G54", "G21 G17 G90 G94 G98 G64 G54 G40 G49");
     row("lower case, no blanks, block numbers", FM, "n10g1x10.y-5.z.5f200", "G1 F200 X10. Y-5. Z.5");
@@ -86,31 +118,7 @@ void ProgramStateTest::stateAtTheEnd_data()
     row("a loop's end", FM, "F1.\nWHILE[#1LT5]DO1\nF2.\nEND1\nX3.", "F2.~ X3.");
     row("what a jump lands on", FM, "IF[#1EQ1]GOTO 20\nG90 X1.\nN20 Y2.\nF5.", "G90~ F5. X? Y2.");
     row("after the end, a subprogram", FM, "G90 X1. F5.\nM30\nO2 (HOLES)\nY2.", "Y2.");
-
-    row("lathe: U and W are steps", FL, "G0 X50. Z2.\nU-1.5 W-10.", "G0 X48.5 Z-8.");
-    row("lathe: a T word changes the tool", FL, "G0 X50. Z2.\nT0303", "G0 tool T0303 X? Z?");
-    row("lathe: limit and cutting speed", FL, "G50 S2500\nG96 S180 M3", "G96 M3 S180 G50 S2500");
-    row("lathe: G98 and G99 are feeds", FL, "G99 F.2", "G99 F.2");
-    row("lathe: a turning cycle comes back", FL, "G0 X50. Z2.\nG90 X45. Z-20. F.2\nX42.",
-        "G0 cycle G90 X42. Z-20. F.2 X50. Z2.");
-    row("lathe: G90 alone is of another code system", FL, "G90\nX5.", "X5.");
-    row("lathe: the contour of a cycle is not driven", FL,
-        "G0 X50. Z2.\nG71 U2. R1.\nG71 P10 Q20 U.4 W.1 F.3\nN10 G0 X20.\nG1 Z-30. F.1\nN20 X50.\nM8",
-        "G0 M8 F.3 X50. Z2.");
-    row("lathe: G28 by steps", FL, "X5. Z5.\nG28 U0 W0", "X@ Z@");
-
-    row("Okuma mill: G15 H is the offset, G56 H the length", OM, "G15 H3\nG56 H12 Z50.", "G15 H3 G56 H12 Z50.");
-    row("Okuma mill: G54 is no work offset", OM, "X1.\nG54 H2", "G54 H2 X1.");
-    row("Okuma mill: home position", OM, "X1. Z1.\nG30 P1", "X? Z?");
-    row("Okuma mill: return level by M code", OM, "G90 M54 G0 Z50.\nG81 X1. Z-5. R2.",
-        "G90 M54 G0 cycle G81 R2. Z-5. X1. Z2.");
-    row("Okuma mill: call", OM, "X1. F5.\nCALL O100", "F5.~ X?");
-    row("Okuma mill: set by a variable", OM, "X=VC1+2 Y=5. F=VC2", "FVC2~ X? Y5.");
-    row("Okuma: the head of a file", OM, "$PART.MIN%\nX1.", "X1.");
-    row("Okuma lathe: the six figures of T", OL, "T010101\nX50 Z2", "tool T010101 X50 Z2");
-    row("Okuma lathe: shape and the cycle over it", OL,
-        "G0 X48 Z2\nG85 NLAP1 D3 U0.4 W0.1 F0.28\nNLAP1 G81\nG0 X18\nG80", "G0 F0.28 X? Z?");
-    row("Okuma lathe: incremental", OL, "G90 X50 Z2\nG91 X-2 Z-5", "G91 X48 Z-3");
+    addLathesAndOkumas();
 }
 
 void ProgramStateTest::stateAtTheEnd()
