@@ -59,7 +59,8 @@ wait. `build/release/benchmarks/bench_scale`:
 ## Reading a program
 
 Processor time for what stands in force above a line, and for the check before a send. Both run beside the window; a
-change of the text looks at the changed lines and puts up to 1000 findings into words.
+change of the text looks at the changed lines and puts up to 1000 findings into words. In the second table, what it
+takes to compare a program with another one.
 `build/release/benchmarks/bench_program`:
 {program}
 ## Start
