@@ -31,6 +31,7 @@ constexpr Look looks[] = {
     {TransferActivity::Waiting, "Waiting", "machine-waiting", "state-waiting"},
     {TransferActivity::Sending, "Sending %1 %", "machine-transferring", "state-sending"},
     {TransferActivity::Held, "Held at %1 %", "machine-held", "state-held"},
+    {TransferActivity::Still, "Not moving at %1 %", "machine-waiting", "state-waiting"},
     {TransferActivity::Stopped, "Stopped at %1 %", "machine", "stop"},
     {TransferActivity::Sent, "Sent", "machine", "state-done"},
     {TransferActivity::Unconfirmed, "Sent, not confirmed", "machine", "warning"},

@@ -7,6 +7,7 @@ enum class TransferActivity {
     Waiting,
     Sending,
     Held,
+    Still, ///< under way, but the line does not move
     Stopped,
     Sent,
     Unconfirmed,

@@ -28,7 +28,8 @@ constexpr Look looks[] = {
     {TransferState::WaitingForXModem, TransferActivity::Waiting, "state-waiting",
      "Waiting for the control's first request"},
     {TransferState::Sending, TransferActivity::Sending, "send", "Sending"},
-    {TransferState::Held, TransferActivity::Held, "state-held", nullptr},
+    {TransferState::Held, TransferActivity::Held, "state-held", "Held by the control"},
+    {TransferState::Still, TransferActivity::Still, "state-waiting", nullptr},
     {TransferState::Stopped, TransferActivity::Stopped, "stop", nullptr},
     {TransferState::Sent, TransferActivity::Sent, "state-done", nullptr},
     {TransferState::Cancelled, TransferActivity::Stopped, "stop", nullptr},
@@ -79,7 +80,8 @@ void TransferStatus::putOffSendOn()
 
 TransferState TransferStatus::state(qint64 now) const
 {
-    if (entered_ == TransferState::Sending && (isHeldByControl() || clock.isHeld(now))) return TransferState::Held;
+    if (entered_ == TransferState::Sending && isHeldByControl()) return TransferState::Held;
+    if (entered_ == TransferState::Sending && clock.isHeld(now)) return TransferState::Still;
     if (entered_ == TransferState::Receiving && (!lastByteAt_ || now - *lastByteAt_ >= quietTime))
         return TransferState::Listening;
     return entered_;
@@ -90,10 +92,9 @@ QString TransferStatus::headline(qint64 now, const TransferFacts& facts) const
     const auto current = state(now);
     if (const char* text = lookOf(current).headline) return QString::fromLatin1(text);
     switch (current) {
-    case TransferState::Held:
-        if (facts.flow == FlowControl::XModem) return QStringLiteral("Waiting for the control's answer");
-        return isHeldByControl() ? QStringLiteral("Held by the control")
-                                 : QStringLiteral("Nothing moves: the line takes no bytes");
+    case TransferState::Still:
+        return facts.flow == FlowControl::XModem ? QStringLiteral("Waiting for the control's answer")
+                                                 : QStringLiteral("Nothing moves: the line takes no bytes");
     case TransferState::Stopped:
         return QStringLiteral("Stopped at line %1, Send %2")
             .arg(number(facts.line), facts.flow == FlowControl::XModem ? QStringLiteral("starts again from the top")
@@ -105,7 +106,7 @@ QString TransferStatus::headline(qint64 now, const TransferFacts& facts) const
     case TransferState::Cancelled:
         return QStringLiteral("Cancelled by the control at line %1").arg(number(facts.line));
     case TransferState::Received:
-        return QStringLiteral("Received: %1").arg(programSize(facts));
+        return QStringLiteral("Received: %1").arg(receivedSize(facts));
     default:
         return facts.bytes > 0 ? QStringLiteral("Ready to send") : QStringLiteral("No program yet");
     }
@@ -129,6 +130,7 @@ QString TransferStatus::details(qint64 now, const TransferFacts& facts)
         break;
     case TransferState::Sending:
     case TransferState::Held:
+    case TransferState::Still:
         text = sendingDetails(now, facts);
         break;
     case TransferState::Stopped:
@@ -139,6 +141,9 @@ QString TransferStatus::details(qint64 now, const TransferFacts& facts)
         break;
     case TransferState::Sent:
         text = QStringLiteral("Send starts it again from the top.");
+        if (!facts.added.isEmpty() && clock.bytesSent() > facts.bytes)
+            text.prepend(
+                QStringLiteral("The bytes are the program's %1 with %2.\n").arg(number(facts.bytes), facts.added));
         break;
     case TransferState::PortLost:
         text = QStringLiteral("The port no longer answers. Check the adapter, then choose Send or Receive again.");
@@ -156,11 +161,20 @@ QString TransferStatus::sendingDetails(qint64 now, const TransferFacts& facts)
                    TransferWords::clockTime(clock.elapsed(now)) + QStringLiteral(" elapsed");
     const auto left = clock.remaining(now);
     if (state(now) == TransferState::Held)
-        text += dot + (isHeldByControl() ? QStringLiteral("held for %1") : QStringLiteral("waiting for %1"))
-                          .arg(TransferWords::clockTime(isHeldByControl() ? *heldFor_ : clock.waitingFor(now)));
+        text += dot + QStringLiteral("held for %1").arg(TransferWords::clockTime(*heldFor_));
+    else if (state(now) == TransferState::Still)
+        text += dot + QStringLiteral("waiting for %1").arg(TransferWords::clockTime(clock.waitingFor(now)));
     else if (left)
         text += dot + TransferWords::about(static_cast<double>(*left)) + QStringLiteral(" left");
     return text;
+}
+
+// Several programs are one text in the editor.
+QString TransferStatus::receivedSize(const TransferFacts& facts) const
+{
+    const QString size = programSize(facts);
+    return programs_.count() > 1 ? TransferWords::count(programs_.count(), "program") + QStringLiteral(", ") + size
+                                 : size;
 }
 
 QString TransferStatus::receivingDetails(qint64 now, const TransferFacts& facts) const
@@ -172,7 +186,7 @@ QString TransferStatus::receivingDetails(qint64 now, const TransferFacts& facts)
         if (facts.repeats > 0) blocks += QStringLiteral(", %1 repeated").arg(number(facts.repeats));
     }
     if (state(now) == TransferState::Received) return blocks; // the headline has the rest
-    QString text = programSize(facts);
+    QString text = receivedSize(facts);
     if (!blocks.isEmpty()) text += dot + blocks;
     if (state(now) == TransferState::Listening && lastByteAt_)
         text += dot + QStringLiteral("last byte %1 ago").arg(TransferWords::ago(now - *lastByteAt_));
@@ -191,6 +205,6 @@ QString TransferStatus::image(TransferState state)
 
 bool TransferStatus::isLive(TransferState state)
 {
-    return state == TransferState::Sending || state == TransferState::Held || state == TransferState::Listening ||
-           state == TransferState::Receiving;
+    return state == TransferState::Sending || state == TransferState::Held || state == TransferState::Still ||
+           state == TransferState::Listening || state == TransferState::Receiving;
 }

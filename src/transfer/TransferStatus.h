@@ -2,6 +2,7 @@
 #pragma once
 
 #include "config/LineSettings.h"
+#include "protocol/ReceivedPrograms.h"
 #include "protocol/TransferClock.h"
 #include "transfer/MachineProgress.h"
 
@@ -16,6 +17,7 @@ enum class TransferState {
     WaitingForXModem,
     Sending,
     Held,
+    Still, ///< under way, but the line does not move and the control has not said why
     Stopped,
     Sent,
     Cancelled,
@@ -37,6 +39,7 @@ struct TransferFacts {
     double lineTime = 0; ///< ms that a send would take at the speed of the line
     int blocks = 0;      ///< received with XModem
     int repeats = 0;
+    QString added;  ///< what the line carries besides the program's text
     QString notice; ///< stands below the rest
 };
 
@@ -46,11 +49,12 @@ class TransferStatus
 public:
     TransferClock clock;
 
-    /// The transfer is now in this state. Held and Listening are derived, from Sending and Receiving.
+    /// The transfer is now in this state. Held, Still and Listening are derived, from Sending and Receiving.
     void enter(TransferState state, qint64 now)
     {
         entered_ = state;
         enteredAt_ = now;
+        if (state == TransferState::Received) programs_.end();
     }
     TransferState entered() const { return entered_; }
     /// A send is under way or waits for the control.
@@ -64,10 +68,18 @@ public:
     bool offersSendOn() const { return isHoldDoubtful() && *heldFor_ >= offerAt_; }
     /// The operator has seen that the hold is doubtful. If it lasts another minute, it is to be told of again.
     void putOffSendOn();
-    /// Bytes have arrived.
-    void received(qint64 now) { lastByteAt_ = now; }
+    /// Bytes of a program have arrived.
+    void received(qint64 now, const QByteArray& bytes)
+    {
+        lastByteAt_ = now;
+        programs_.take(bytes);
+    }
     /// What was received is not in the editor any more.
-    void forgetReceived() { lastByteAt_.reset(); }
+    void forgetReceived()
+    {
+        lastByteAt_.reset();
+        programs_ = {};
+    }
 
     TransferState state(qint64 now) const;
     /// The state in a few words.
@@ -85,9 +97,11 @@ private:
     bool isHeldByControl() const;
     QString sendingDetails(qint64 now, const TransferFacts& facts);
     QString receivingDetails(qint64 now, const TransferFacts& facts) const;
+    QString receivedSize(const TransferFacts& facts) const;
 
     TransferState entered_ = TransferState::Ready;
     std::optional<qint64> lastByteAt_;
+    ReceivedPrograms programs_;
     qint64 enteredAt_ = 0;
     std::optional<qint64> heldFor_;
     qint64 offerAt_ = 0; // ms of this hold

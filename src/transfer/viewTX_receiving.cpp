@@ -49,7 +49,7 @@ void viewTX::actOnReplies(const QByteArray& bytes)
 void viewTX::appendReceived(const QByteArray& bytes)
 {
     ui->rt1->appendReceived(bytes);
-    status_.received(now());
+    status_.received(now(), bytes);
     if (status_.entered() != TransferState::Receiving) enter(TransferState::Receiving);
     refreshStatusLater();
 }

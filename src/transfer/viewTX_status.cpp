@@ -3,6 +3,7 @@
 #include "ui_viewTX.h"
 
 #include "protocol/XModemBlock.h"
+#include "protocol/Framing.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/XModemWords.h"
 
@@ -12,6 +13,14 @@
 namespace
 {
 constexpr int refreshInterval = 250; // ms
+
+// What goes out besides the program, for an operator who compares the bytes sent with the file's size.
+QString addedTo(const MachineRecord& mc, bool isXModem)
+{
+    if (isXModem) return QStringLiteral("block heads, checksums and padding");
+    return Framing::controlType(mc.MCMODE) == ControlType::General ? QStringLiteral("start, end and line ends")
+                                                                   : QStringLiteral("leader, header and line ends");
+}
 } // namespace
 
 qsizetype viewTX::iNumLines() const
@@ -51,7 +60,8 @@ TransferFacts viewTX::facts(TransferState state) const
         facts.notice = xmodemReceive_.notice();
         return facts;
     }
-    const bool isSending = state == TransferState::Sending || state == TransferState::Held;
+    const bool isSending =
+        state == TransferState::Sending || state == TransferState::Held || state == TransferState::Still;
     const bool isCutShort = state == TransferState::Cancelled || state == TransferState::Unconfirmed;
     if (isSending || isCutShort || state == TransferState::PortLost) facts.notice = notice_;
     if (isSending && sendsXModem_) facts.notice = XModemWords::waiting(xmodemSend_);
@@ -62,6 +72,7 @@ TransferFacts viewTX::facts(TransferState state) const
     facts.line = ui->rt1->lineNumber(isOut ? iIndexCurrentLine() : next);
     facts.line = std::min<qint64>(facts.line, std::max<qint64>(facts.lines, 1));
     if (state == TransferState::Sent) facts.lines -= firstLine_ - 1;
+    if (firstLine_ == 1 || sendsXModem_) facts.added = addedTo(*mc, sendsXModem_);
     facts.lineTime = TransferClock::atLineSpeed(plannedSend(facts.isFromTop ? 0 : next));
     return facts;
 }

@@ -199,7 +199,7 @@ private Q_SLOTS:
         rig.view->initialize(true, 1); // set up again, but must be told of each write once
         rig.sendUntilHeld(2);          // the second line does not go out
         QTRY_COMPARE(rig.headline(), QString("Nothing moves: the line takes no bytes"));
-        QCOMPARE(rig.machine->activity, TransferActivity::Held);
+        QCOMPARE(rig.machine->activity, TransferActivity::Still);
         QVERIFY2(rig.details().startsWith(QString::fromUtf8("Line 2 of 3 · 4 bytes")), qPrintable(rig.details()));
         for (int stops = 0; stops < 2; ++stops) {
             rig.click("btnStop");

@@ -37,6 +37,33 @@ private Q_SLOTS:
         }
         QTEST(status.offersSendOn(), "isOffered");
     }
+
+    void cardTellsAHoldFromALineThatDoesNotMove()
+    {
+        TransferStatus status;
+        status.enter(TransferState::Sending, 0);
+        status.clock.begin(0, {1.0, 1.0, 0, 100});
+        status.clock.wrote(0, 10);
+        const qint64 muchLater = 60'000;
+        QCOMPARE(TransferStatus::activity(status.state(muchLater)), TransferActivity::Still);
+        status.setHold(2000, muchLater);
+        QCOMPARE(TransferStatus::activity(status.state(muchLater)), TransferActivity::Held);
+    }
+
+    void programsReceivedOneAfterTheOtherAreCounted()
+    {
+        TransferStatus status;
+        TransferFacts facts;
+        facts.lines = 5, facts.bytes = 21;
+        status.enter(TransferState::Receiving, 0);
+        status.received(0, "%\nO1\nM30\n%\n");
+        QCOMPARE(status.details(1, facts), QString("5 lines, 21 bytes"));
+        status.received(1, "%\nO2\nM30\n%\n");
+        QCOMPARE(status.details(2, facts), QString("2 programs, 5 lines, 21 bytes"));
+        status.forgetReceived();
+        status.received(3, "O3\nM30\n");
+        QCOMPARE(status.details(4, facts), QString("5 lines, 21 bytes"));
+    }
 };
 
 QTEST_APPLESS_MAIN(StatusTest)

@@ -128,8 +128,8 @@ private Q_SLOTS:
         rig.deliver(NAK);
         QCOMPARE(rig.editor->caret(), 201); // line one is under way
         rig.deliver(ACK);
-        QTRY_COMPARE(rig.text("txtPCent"), QStringLiteral("68%"));   // line three holds the last byte sent
-        QTRY_COMPARE(rig.machine->activity, TransferActivity::Held); // no answer comes
+        QTRY_COMPARE(rig.text("txtPCent"), QStringLiteral("68%"));    // line three holds the last byte sent
+        QTRY_COMPARE(rig.machine->activity, TransferActivity::Still); // no answer comes
         rig.deliver(CAN);
         QVERIFY(rig.headline().startsWith("Cancelled by the control"));
         QVERIFY(rig.details().endsWith("2 of 3 blocks sent"));
