@@ -52,13 +52,15 @@ class Desk:
     scale: float = 1
     dark: bool = False
     text: int = 10  # points
+    dpi: int = 96
     scenes: tuple = ("empty", "day", "many")
 
     def environment(self, profile):
         (profile / "kdeglobals").write_text(SETTINGS.format(font=FONT.format(size=self.text)) +
                                             colours(self.dark))
         return os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_DATA_HOME": str(profile), "XDG_CURRENT_DESKTOP": "KDE",
-                             "KDE_SESSION_VERSION": "5", "QT_SCALE_FACTOR": str(self.scale)}
+                             "KDE_SESSION_VERSION": "5", "QT_SCALE_FACTOR": str(self.scale),
+                             "QT_FONT_DPI": str(self.dpi)}
 
 
 DESKS = [
@@ -69,8 +71,11 @@ DESKS = [
     Desk("dark-150", screen="1920x1290", scale=1.5, dark=True),
     Desk("small-1280x720", screen="1280x720", scenes=("setup", "many")),
     Desk("large-2560x1440", screen="2560x1440", scenes=("empty", "setup", "many")),
-    Desk("large-text", text=16, scenes=("empty", "setup", "many")),
-    Desk("tiny-640x480", screen="640x480", scenes=("setup",)),
+    Desk("large-text", text=16, scenes=("empty", "setup", "many", "transfer")),
+    Desk("large-text-1366x768", screen="1366x768", dpi=144, scenes=("setup", "transfer", "many")),
+    Desk("large-text-dark", screen="1366x768", dpi=144, dark=True, scenes=("setup", "transfer")),
+    Desk("small-800x600", screen="800x600", scenes=("setup", "transfer", "many")),
+    Desk("tiny-640x480", screen="640x480", scenes=("setup", "transfer", "many")),
 ]
 
 
@@ -97,6 +102,22 @@ class Photographer:
         self._choose(CONTROLS[0], "Setup")
         self._window.wait_for("Save setup")
         self._take("setup")
+
+    def transfer(self, _simulators):
+        self._window.wait_for(f"{CONTROLS[0].name} *")
+        self._wait_box(CONTROLS[2])
+        self._open_program(CONTROLS[0])
+        self._take("send-idle")
+        self._send()
+        processes.wait_until(lambda: self._window.share("Transfer progress", "Varnock") >= 0.2, "some of the program")
+        self._take("sending")
+        self._window.click("Stop", "Varnock")
+        self._window.wait_for("Rewind", "Varnock")
+        self._take("stopped")
+        self._choose(CONTROLS[0], "Receive")
+        self._window.wait_for("Program text")
+        self._take("receive")
+        self._failed_port()
 
     def day(self, simulators):
         self._window.wait_for(f"{CONTROLS[0].name} *")
@@ -148,6 +169,9 @@ class Photographer:
         self._window.press("ctrl+u")
         self._window.wait_for("Stop", control.name)
         self._take("sending-undocked")
+        self._window.press("ctrl+w")
+        self._window.wait_for("Cancel")
+        self._take("question")
 
     def _open_menu(self, control):
         self._window.click(f"{control.name} *", "Varnock")
@@ -177,7 +201,8 @@ class Photographer:
         desktop.screenshot(self._folder / f"{self._desk.name}-{name}.png")
 
 
-MACHINES = {"empty": [], "many": MANY, "setup": [*CONTROLS, *LONG_NAMES], "day": [*CONTROLS, UNPLUGGED, *LONG_NAMES]}
+MACHINES = {"empty": [], "many": MANY, "setup": [*CONTROLS, *LONG_NAMES], "transfer": [CONTROLS[0], CONTROLS[2], UNPLUGGED],
+            "day": [*CONTROLS, UNPLUGGED, *LONG_NAMES]}
 
 
 @contextmanager

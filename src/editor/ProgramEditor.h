@@ -59,6 +59,7 @@ public:
     /// While a transfer owns the caret, finding and going to a line only show the place.
     void setCaretHeld(bool held);
     bool isCaretHeld() const { return caretHeld_; }
+    QSize sizeHint() const override;
     /// Selects the place; with the caret held, scrolls there and marks it, and stays there while lines go out.
     void showPlace(Line place);
     /// The place that is marked, empty without one.

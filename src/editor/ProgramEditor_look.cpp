@@ -9,6 +9,7 @@
 
 #include <QEvent>
 #include <QFontDatabase>
+#include <QGuiApplication>
 #include <QLocale>
 #include <QPainter>
 
@@ -57,7 +58,6 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring
     keepCaretInSight();
     setMarginType(lineNumberMargin, NumberMargin);
     setMarginType(lineOutMargin, SymbolMargin);
-    setMarginWidth(lineOutMargin, 16);
     setMarginMarkerMask(lineOutMargin, 1 << lineOutArrow);
     markerDefine(RightArrow, lineOutArrow);
     markerDefine(Background, lineOutBackground);
@@ -101,7 +101,10 @@ void ProgramEditor::setUpKeys()
 void ProgramEditor::setUpLook()
 {
     const EditorColours colours(palette());
-    setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    // Desktops with large text often leave the fixed font as it was.
+    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    fixed.setPointSizeF(std::max(fixed.pointSizeF(), QGuiApplication::font().pointSizeF()));
+    setFont(fixed);
     setMarginsFont(font());
     setPaper(colours.paper);
     setColor(colours.ink);
@@ -121,6 +124,7 @@ void ProgramEditor::setUpLook()
 
 void ProgramEditor::fitLineNumbers()
 {
+    setMarginWidth(lineOutMargin, fontMetrics().height()); // its arrow is as high as a line
     setMarginWidth(lineNumberMargin, QString(QStringLiteral("0%1")).arg(std::max(lines(), 1000)));
 }
 
@@ -135,6 +139,11 @@ void ProgramEditor::paintEvent(QPaintEvent* event)
     if (!isShown()) return paintNotice();
     colouring_->beforePaint();
     QsciScintilla::paintEvent(event);
+}
+
+QSize ProgramEditor::sizeHint() const
+{
+    return minimumSize(); // a view gives it all that is left
 }
 
 void ProgramEditor::paintNotice()

@@ -9,6 +9,7 @@
 #include "shell/MachineList.h"
 #include "shell/UserGuide.h"
 #include "widgets/Images.h"
+#include "widgets/Reasons.h"
 #include "widgets/TextLook.h"
 
 #include <QApplication>
@@ -183,8 +184,8 @@ void AppDelegate::showScrollButtons()
     const bool overflows = ui->iconsLayout->sizeHint().height() > room;
     ui->btnUp->setHidden(!overflows);
     ui->btnDn->setHidden(!overflows);
-    ui->btnUp->setEnabled(bar->value() > bar->minimum());
-    ui->btnDn->setEnabled(bar->value() < bar->maximum());
+    Reasons::enable(*ui->btnUp, bar->value() > bar->minimum(), QStringLiteral("The first machine is shown"));
+    Reasons::enable(*ui->btnDn, bar->value() < bar->maximum(), QStringLiteral("The last machine is shown"));
 }
 
 // The small logo stands over a docked view, the large one where there is none.

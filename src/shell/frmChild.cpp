@@ -43,6 +43,12 @@ void frmChild::takeIn(QWidget* childView)
 void frmChild::showTitle(const QString& title)
 {
     ui->lblTitle->setText(title);
+    ui->lblTitle->setHidden(title.isEmpty());
+}
+
+QBoxLayout& frmChild::strip()
+{
+    return *ui->windowControlsLayout;
 }
 
 void frmChild::bringUp()

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+class QBoxLayout;
 namespace Ui
 {
 class frmChild;
@@ -23,7 +24,10 @@ public:
     /// Takes the machine's name as the title.
     void initialize(int index);
     void takeIn(QWidget* childView);
+    /// What stands before the view's heading; may be empty.
     void showTitle(const QString& title);
+    /// Of the window's button, where a view puts its heading.
+    QBoxLayout& strip();
     /// Above other windows, also from where it was minimised. The keyboard stays where it is.
     void bringUp();
 

@@ -10,6 +10,7 @@
 #include "shell/PortProblem.h"
 #include "shell/viewSetup.h"
 #include "transfer/viewTX.h"
+#include "widgets/CompactRow.h"
 #include "widgets/Images.h"
 #include "widgets/TextLook.h"
 
@@ -24,6 +25,7 @@ namespace
 {
 constexpr int warningSize = 48;
 constexpr QPoint undockedOffset(40, 40);
+constexpr int headingCharacters = 40; // beside the buttons of the strip
 } // namespace
 
 viewChild* childViewAt(qsizetype mcIndex)
@@ -50,6 +52,7 @@ viewChild::viewChild(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
     connect(ui->btnCancel, &QPushButton::clicked, this, &viewChild::btnCancel_Click);
     connect(ui->btnTryAgain, &QPushButton::clicked, this, &viewChild::btnTryAgain_Click);
     connect(ui->btnSetupFailed, &QPushButton::clicked, this, [this] { startSetup(iMcIndex); });
+    CompactRow::ofTools(*ui->boxControls, headingCharacters);
     showStartupError(false);
 }
 
@@ -122,10 +125,17 @@ void viewChild::loadTransfer(bool send)
     vtx = new viewTX(ui->rootView);
     ui->rootLayout->addWidget(vtx);
     vtx->initialize(send, iMcIndex);
+    placeHeading();
     vtx->show();
     if (!send) return;
     if (program_.isEmpty()) return vtx->btnFolder_Click(); // choosing Send goes straight to picking the file
     vtx->openFile(program_);
+}
+
+// In one line with the buttons of the strip, it leaves the program more room.
+void viewChild::placeHeading()
+{
+    if (vtx) vtx->moveHeading(frm ? frm->strip() : *ui->controlsLayout);
 }
 
 void viewChild::machineChanged(int mcIndex)
@@ -144,10 +154,10 @@ void viewChild::machineMoved(int mcIndex)
 
 void viewChild::showTitle()
 {
-    static const QStringList modes = {QStringLiteral("Setup"), QStringLiteral("Send"), QStringLiteral("Receive")};
-    const QString title = QStringLiteral("%1 \u2013 %2").arg(g::mcIcons[iMcIndex]->MCNAME, modes.value(mode_));
-    ui->lblTitle->setText(title);
-    if (frm) frm->showTitle(title);
+    const QString name = g::mcIcons[iMcIndex]->MCNAME;
+    const bool isSetup = mode_ == SetupMode; // a transfer's heading, beside it, says the rest
+    ui->lblTitle->setText(isSetup ? QStringLiteral("%1 \u2013 Setup").arg(name) : name);
+    if (frm) frm->showTitle(isSetup ? QStringLiteral("Setup") : QString());
 }
 
 void viewChild::keyPressEvent(QKeyEvent* event)
@@ -176,6 +186,7 @@ void viewChild::btnUnDock_Click()
     showTitle();
     ui->boxControls->hide(); // the window has its own frame and title
     ui->lineControls->hide();
+    placeHeading();
     frm->resize(size().expandedTo(frm->minimumSizeHint()));
     // A little to the side, so that it visibly comes loose.
     const QRect area = screen()->availableGeometry();
@@ -206,9 +217,11 @@ void viewChild::docked()
     // A file dialog belongs to the window that goes away.
     for (auto* dialog : findChildren<QDialog*>())
         dialog->reject();
-    frm->hide();
-    frm->deleteLater();
+    auto* window = frm.data();
     frm = nullptr;
+    placeHeading();
+    window->hide();
+    window->deleteLater();
     g::mcIcons[iMcIndex]->MCISDOCKED = true;
     ui->boxControls->show();
     ui->lineControls->show();

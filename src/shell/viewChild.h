@@ -71,6 +71,7 @@ private:
     void loadTransfer(bool send);
     void configurePort();
     void showTitle();
+    void placeHeading();
     void showStartupError(bool shown);
 
     std::unique_ptr<Ui::viewChild> ui;

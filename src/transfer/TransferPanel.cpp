@@ -2,10 +2,12 @@
 #include "transfer/TransferPanel.h"
 #include "ui_viewTX.h"
 
+#include "widgets/CompactRow.h"
 #include "widgets/Images.h"
+#include "widgets/Reasons.h"
+#include "widgets/TextLook.h"
 
 #include <QEvent>
-#include <QFileInfo>
 #include <QKeyEvent>
 
 #include <algorithm>
@@ -20,10 +22,9 @@ QString waitForStartText()
         "disable it in DNC Setup.");
 }
 
-void showImage(QLabel& label, const QString& image)
-{
-    Images::showIn(label, image, label.minimumWidth());
-}
+constexpr int headingImage = 24, stateImage = 32; // pixels, as in the form
+constexpr int nameCharacters = 24;                // of a file name that the path field has room for
+constexpr int noticeCharacters = 60;              // of the wait box when its buttons stand beside the text
 } // namespace
 
 TransferPanel::TransferPanel(QWidget& view, Ui::viewTX& ui) : view_(view), ui_(ui) {}
@@ -40,14 +41,16 @@ void TransferPanel::setUp()
     ui_.btnRewind->setIcon(Images::icon(QStringLiteral("rewind")));
     ui_.btnHideWaitBox->setIcon(Images::icon(QStringLiteral("close")));
     ui_.btnSendNow->setIcon(Images::icon(QStringLiteral("sendnow")));
-    showImage(*ui_.imgWait, QStringLiteral("state-waiting"));
+    Images::showIn(*ui_.imgWait, QStringLiteral("state-waiting"), stateImage);
     ui_.lblWaitForMC->setText(waitForStartText());
     ui_.boxWaitForCNC->hide();
     ui_.btnSend->installEventFilter(this);
     ui_.btnRewind->installEventFilter(this);
     ui_.boxPBOuter->installEventFilter(this);
     view_.installEventFilter(this);
+    TextLook::dim(*ui_.lblMcParas);
     setUpFonts();
+    setUpRows();
     showProgramPath({});
 }
 
@@ -60,31 +63,49 @@ void TransferPanel::setUpFonts()
         font.setBold(true);
         return font;
     };
-    ui_.lblMachine->setFont(scaled(1.6));
+    ui_.txtTXorRX->setFont(scaled(1));
     ui_.lblTransferState->setFont(scaled(1.2));
-    ui_.lblProgram->setFont(scaled(1));
+}
+
+// None of them asks for more room than a small screen or large text leaves.
+void TransferPanel::setUpRows()
+{
+    CompactRow::ofTools(*ui_.boxFile, nameCharacters);
+    const auto sendRow = [this] {
+        const bool hasProgress = !ui_.boxPBOuter->isHidden();
+        return ui_.buttonLayout->sizeHint().width() +
+               (hasProgress ? ui_.txLayout->spacing() + ui_.progressLayout->minimumSize().width() : 0);
+    };
+    new CompactRow(*ui_.boxTxButtons, sendRow, [this](bool isCompact) {
+        ui_.txLayout->setDirection(isCompact ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+        ui_.txLayout->setStretch(1, isCompact ? 0 : 1);
+        ui_.boxTxButtons->setMinimumWidth(ui_.buttonLayout->minimumSize().width());
+    });
+    const auto waitBox = [this] { return noticeCharacters * view_.fontMetrics().averageCharWidth(); };
+    new CompactRow(*ui_.boxWaitForCNC, waitBox, [this](bool isCompact) {
+        ui_.waitLayout->setDirection(isCompact ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+        ui_.waitLayout->setSpacing(isCompact ? 8 : 16);
+        ui_.waitButtonLayout->setDirection(isCompact ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+        ui_.imgWait->setHidden(isCompact);
+    });
 }
 
 void TransferPanel::showMode(bool sends)
 {
     ui_.txtTXorRX->setText(sends ? QStringLiteral("Send to CNC") : QStringLiteral("Receive"));
-    showImage(*ui_.imgCell, sends ? QStringLiteral("send") : QStringLiteral("receive"));
+    Images::showIn(*ui_.imgCell, sends ? QStringLiteral("send") : QStringLiteral("receive"), headingImage);
     ui_.boxTxButtons->setHidden(!sends); // a receive view cannot send
 }
 
-void TransferPanel::showMachine(const QString& name, const QString& line, const QString& summary)
+void TransferPanel::showLine(const QString& summary, const QString& line)
 {
-    ui_.lblMachine->setText(name);
-    ui_.lblLine->setText(line);
     ui_.lblMcParas->setText(QString(summary).replace(QLatin1String("\r\n"), QStringLiteral("  \u00B7  ")));
+    ui_.lblMcParas->setToolTip(line);
 }
 
 void TransferPanel::showProgramPath(const QString& path)
 {
-    const QString name = QFileInfo(path).fileName();
-    ui_.lblProgram->setText(name);
-    ui_.lblProgram->setHidden(name.isEmpty());
-    ui_.txtPath->setText(path);
+    ui_.txtPath->setText(path); // its end, the file's name, is what shows
     ui_.txtPath->setToolTip(path);
 }
 
@@ -96,7 +117,7 @@ void TransferPanel::showState(const QString& headline, const QString& details)
 
 void TransferPanel::showStateImage(const QString& image)
 {
-    showImage(*ui_.imgTransferState, image);
+    Images::showIn(*ui_.imgTransferState, image, stateImage);
 }
 
 void TransferPanel::showRunning(bool isRunning)
@@ -123,11 +144,13 @@ void TransferPanel::showLock(bool isLocked, bool isRunning)
 
     // A running transfer owns the text: an edit would shift the lines that have not gone out yet.
     const bool isOpen = !isLocked && !isRunning;
-    ui_.btnNew->setEnabled(isOpen);
-    ui_.btnFolder->setEnabled(isOpen);
+    const QString reason =
+        isRunning ? QStringLiteral("Stop the transfer first") : QStringLiteral("Unlock the program first (Ctrl+L)");
+    Reasons::enable(*ui_.btnNew, isOpen, reason);
+    Reasons::enable(*ui_.btnFolder, isOpen, reason);
     ui_.rt1->setReadOnly(!isOpen);
     ui_.rt1->setCaretHeld(isRunning);
-    ui_.cbo1->setEnabled(!isRunning);
+    Reasons::enable(*ui_.cbo1, !isRunning, reason);
 }
 
 void TransferPanel::showWaitBox(TransferState state, bool canSendNow)

@@ -26,8 +26,8 @@ public:
     void setUp();
 
     void showMode(bool sends);
-    /// The line in words, and as a short summary.
-    void showMachine(const QString& name, const QString& line, const QString& summary);
+    /// The line as a short summary, and in words.
+    void showLine(const QString& summary, const QString& line);
     void showProgramPath(const QString& path);
     void showState(const QString& headline, const QString& details);
     void showStateImage(const QString& image);
@@ -55,6 +55,7 @@ protected:
 
 private:
     void setUpFonts();
+    void setUpRows();
     bool sendsByEnter(const QEvent& event) const;
 
     QWidget& view_;

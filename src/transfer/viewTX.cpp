@@ -120,11 +120,18 @@ void viewTX::initialize(bool send, int mcIndex)
 
 void viewTX::machineChanged()
 {
-    panel_.showMachine(mc->MCNAME, LineWords::line(*mc), LineWords::shortLine(*mc));
+    panel_.showLine(LineWords::shortLine(*mc), LineWords::line(*mc));
     setEOB();
     setSOT();
     setEOT();
     enter(status_.entered()); // what the view shows depends on the flow control, too
+}
+
+void viewTX::moveHeading(QBoxLayout& strip)
+{
+    strip.insertWidget(1, ui->boxHeading);
+    const int gap = ui->mainLayout->spacing();
+    ui->headLayout->setContentsMargins(2 * gap, 0, gap, 0);
 }
 
 MachineProgress& viewTX::progress() const

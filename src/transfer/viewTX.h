@@ -21,6 +21,7 @@
 #include <memory>
 
 class MachineProgress;
+class QBoxLayout;
 
 /// The transfer view of one machine: sends the program in its editor to the control, or takes in what the control
 /// sends. Hands bytes and time to the machines of protocol/ and carries out what they answer. Lives in a child view,
@@ -38,6 +39,8 @@ public:
     void initialize(bool send, int mcIndex);
     /// Follows a changed machine record: framing texts and the machine's line in words. Not while a transfer runs.
     void machineChanged();
+    /// The heading stands second in `strip` from now on, and not at the top of the view.
+    void moveHeading(QBoxLayout& strip);
     /// A transfer is running: Stop is shown in the place of Send and Rewind.
     bool dncRunning() const;
     void setDncRunning(bool running) { panel_.showRunning(running); }
@@ -45,7 +48,6 @@ public:
     void setEOB();
     void setSOT();
     void setEOT();
-
     void btnSend_Click();
     void btnStop_Click();
     void btnRewind_Click();
@@ -88,7 +90,6 @@ public:
     bool txEOF() const { return plain_.isLastLineOut(); } ///< the last line has been sent
     bool booSentXModemEOF() const { return xmodemSend_.isAllSent(); }
     int iXModemTimeoutCounter() const { return xmodemReceive_.silence(); } ///< ticks since the last received byte
-
     // Names that a transfer has had from the start; the program itself needs none of them.
     void btnFont_Click() {}
     void sendLine() { TxOnComm(); }
@@ -147,7 +148,6 @@ private:
     XModemSend xmodemSend_;
     XModemReceive xmodemReceive_;
     QString lastFolder_; // of the file opened or saved last in this view
-    // What the operator is told.
     TransferStatus status_;
     TransferRecord record_{*this};
     std::optional<TransferState> shownState_;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "widgets/Images.h"
 
+#include "widgets/TextLook.h"
+
 #include <QEvent>
 #include <QFile>
 #include <QGuiApplication>
@@ -78,7 +80,7 @@ private:
     QByteArray svg_;
 };
 
-// A label never updates its pixmap; this repaints it when the theme or the screen's scale changes.
+// A label never updates its pixmap; this repaints it when the theme, the font or the screen's scale changes.
 class LabelImage : public QObject
 {
 public:
@@ -91,7 +93,7 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        const bool repaint = event->type() == QEvent::PaletteChange ||
+        const bool repaint = event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange ||
                              (event->type() == QEvent::Paint && shownScale_ != label_.devicePixelRatioF());
         if (repaint) show();
         return QObject::eventFilter(watched, event);
@@ -101,7 +103,10 @@ private:
     void show()
     {
         shownScale_ = label_.devicePixelRatioF();
-        label_.setPixmap(icon_.pixmap(QSize(size_, size_), shownScale_));
+        const int size = TextLook::scaled(label_, size_);
+        const bool isFixed = label_.maximumWidth() < QWIDGETSIZE_MAX;
+        if (isFixed) label_.setFixedSize(size, size);
+        label_.setPixmap(icon_.pixmap(QSize(size, size), shownScale_));
     }
 
     QLabel& label_;

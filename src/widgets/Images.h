@@ -17,7 +17,8 @@ QIcon icon(const QString& name);
 /// The program's icon for windows, in the sizes that window managers ask for.
 QIcon applicationIcon();
 
-/// Shows an image in a label, `size` pixels high and wide, and repaints it whenever the theme or the scale changes.
-/// May be called again with another image.
+/// Shows an image in a label, `size` pixels high and wide or larger beside large text, and repaints it whenever the
+/// theme, the font or the scale changes. A label of a fixed size gets that of the image. May be called again with
+/// another image.
 void showIn(QLabel& label, const QString& name, int size);
 } // namespace Images

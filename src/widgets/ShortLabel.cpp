@@ -13,7 +13,8 @@ QSize ShortLabel::minimumSizeHint() const
 
 QString ShortLabel::shownText() const
 {
-    return fontMetrics().elidedText(text(), elideMode_, contentsRect().width());
+    const QString shown = fontMetrics().elidedText(text(), elideMode_, contentsRect().width());
+    return shown != text() && shown.size() < least_ ? QString() : shown;
 }
 
 void ShortLabel::paintEvent(QPaintEvent*)
@@ -25,7 +26,8 @@ void ShortLabel::paintEvent(QPaintEvent*)
 
 bool ShortLabel::event(QEvent* event)
 {
-    if (event->type() != QEvent::ToolTip || shownText() == text()) return QLabel::event(event);
+    const bool isCut = shownText() != text();
+    if (event->type() != QEvent::ToolTip || !isCut || !toolTip().isEmpty()) return QLabel::event(event);
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text(), this);
     return true;
 }

@@ -3,12 +3,13 @@
 
 #include <QLabel>
 
-/// One line of text that is shortened when it does not fit; its tool tip then has the whole text. text() is always the
-/// whole, for screen readers too.
+/// One line of text that is shortened when it does not fit; its tool tip then has the whole text, unless it has been
+/// given another. text() is always the whole, for screen readers too.
 class ShortLabel : public QLabel
 {
     Q_OBJECT
     Q_PROPERTY(Qt::TextElideMode elideMode MEMBER elideMode_)
+    Q_PROPERTY(int leastCharacters MEMBER least_) // with room for fewer of a longer text, it shows none
 public:
     using QLabel::QLabel;
     QSize minimumSizeHint() const override;
@@ -21,4 +22,5 @@ private:
     QString shownText() const;
 
     Qt::TextElideMode elideMode_ = Qt::ElideRight;
+    int least_ = 0;
 };

@@ -2,13 +2,17 @@
 #include "widgets/TextLook.h"
 
 #include <QEvent>
+#include <QFontInfo>
 #include <QGuiApplication>
 #include <QPalette>
 #include <QWidget>
 
+#include <algorithm>
+
 namespace
 {
 constexpr double textShare = 0.7; // of the text colour over the background
+constexpr int usualText = 13;     // pixels: 10 points on most screens
 
 void applyDim(QWidget& widget)
 {
@@ -40,6 +44,11 @@ private:
     QWidget& widget_;
 };
 } // namespace
+
+int TextLook::scaled(const QWidget& widget, int pixels)
+{
+    return pixels * std::max(QFontInfo(widget.font()).pixelSize(), usualText) / usualText;
+}
 
 void TextLook::enlarge(QWidget& widget, double factor)
 {

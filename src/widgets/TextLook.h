@@ -3,9 +3,12 @@
 
 class QWidget;
 
-/// How headings and side notes differ from other text, on every theme and with every text size.
+/// How headings, side notes and pictures stand beside other text, on every theme and with every text size.
 namespace TextLook
 {
+/// A length in pixels that suits text of the usual size, made larger where the widget's text is.
+int scaled(const QWidget& widget, int pixels);
+
 /// Bold and larger than the user's own size by that factor.
 void enlarge(QWidget& widget, double factor);
 
