@@ -100,10 +100,21 @@ void integerWithin(Record& record, const QString& value)
 constexpr qint64 noLimit = std::numeric_limits<qint64>::max();
 constexpr std::array<qint64, 11> rates{150, 300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
 
+bool isUsual(qint64 rate)
+{
+    return std::find(rates.begin(), rates.end(), rate) != rates.end();
+}
+
 void baud(Record& record, const QString& value)
 {
     const auto number = parseInteger(value);
-    record.MCBAUD = number && std::find(rates.begin(), rates.end(), *number) != rates.end() ? *number : 1200;
+    record.MCBAUD = number && isUsual(*number) ? *number : 1200;
+}
+
+void unusualBaud(Record& record, const QString& value)
+{
+    const auto number = parseInteger(value);
+    if (number && *number > 0) record.MCBAUD = *number;
 }
 
 void endOfBlock(Record& record, const QString& value)
@@ -153,6 +164,7 @@ const std::array readKeys{
     ReadKey{"MCREMOPFX=", anyText<&Record::MCREMOPFX>},
     ReadKey{"MCSAVEPFX=", flag<&Record::MCSAVEPFX>},
     ReadKey{"MCXMODEM0=", flag<&Record::MCXMODEM0>},
+    ReadKey{"MCSPEED=", unusualBaud},
 };
 
 void readLine(Record& record, const QString& line)
@@ -177,8 +189,11 @@ QString SettingsText::write(const std::vector<const MachineRecord*>& machines)
         text += QStringLiteral("[CNC%1]\n").arg(++position);
         for (const auto& written : writtenKeys)
             text += QLatin1String(written.key) + encoded(*machine, written.field) + QLatin1Char('\n');
-        // Only when set: without it the text stays what it has always been, byte for byte.
+        // Only when set: without them the text stays what it has always been, byte for byte.
         if (machine->MCXMODEM0) text += QStringLiteral("MCXMODEM0=true\n");
+        // MCBAUD brings back none but the usual rates.
+        if (!isUsual(machine->MCBAUD) && machine->MCBAUD > 0)
+            text += QStringLiteral("MCSPEED=%1\n").arg(machine->MCBAUD);
     }
     return text + QStringLiteral("[END]\n");
 }

@@ -121,6 +121,11 @@ PortFailure systemFailure()
 }
 } // namespace
 
+bool SerialLine::hasSpeed(unsigned long baud)
+{
+    return std::any_of(rates.begin(), rates.end(), [baud](const Rate& r) { return r.baud == baud; });
+}
+
 bool SerialLine::readerStripsParity(bool evenParity)
 {
     return evenParity && SerialPlatform::stripHidesMarkedStop();

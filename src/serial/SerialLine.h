@@ -34,6 +34,9 @@ PortError notTaken(const termios& asked, const termios& taken);
 /// Changes the flow control alone, and reads it back as setUp does.
 PortFailure setFlow(int descriptor, int flow);
 
+/// Whether the system knows that speed, in baud. An adapter may still not do it.
+bool hasSpeed(unsigned long baud);
+
 /// Whether whoever reads has to clear bit 7 of received bytes because the line cannot be told to.
 bool readerStripsParity(bool evenParity);
 } // namespace SerialLine

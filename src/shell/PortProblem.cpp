@@ -18,6 +18,8 @@ QString PortProblem::likelyCause(const Attempt& attempt)
     case PortError::NotASerialPort:
         return QStringLiteral("This is not a serial port.");
     case PortError::NoSuchSpeed:
+        return QStringLiteral("No port can do %1 baud. Choose another speed, here in Setup and at the control.")
+            .arg(attempt.speed);
     case PortError::SettingsRefused:
         return QStringLiteral("The port does not take these line settings, most likely the speed.");
     case PortError::SpeedNotTaken:

@@ -5,6 +5,7 @@
 #include "config/g.h"
 #include "config/LineSettings.h"
 #include "config/NotificationNames.h"
+#include "serial/SerialLine.h"
 #include "widgets/FileDialogs.h"
 
 #include <QComboBox>
@@ -40,6 +41,7 @@ viewSetup::viewSetup(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
         if (box->isEditable()) box->setCompleter(nullptr);
     connect(ui->btnTXBrowse, &QPushButton::clicked, this, &viewSetup::btnTXBrowse);
     connect(ui->btnSave, &QPushButton::clicked, this, &viewSetup::btnSave_Click);
+    connect(ui->btnRevert, &QPushButton::clicked, this, &viewSetup::btnRevert_Click);
     setFocusProxy(ui->txtMCName);
     watchFields();
 }
@@ -51,10 +53,29 @@ void viewSetup::initialize(int mcIndex)
     mc = g::mcIcons[mcIndex];
     populateModeCombo();
     populatePortsCombo();
+    btnRevert_Click();
+}
+
+void viewSetup::btnRevert_Click()
+{
+    ui->cboBaud->setCurrentIndex(-1); // what it shows for a speed that no port can do
+    offerStoredSpeed();
     selectCurrentValues();
     storedValues_ = shownValues();
+    ui->lblSaved->clear();
     showPort();
     showLive();
+}
+
+// One that a port may do, although it is not usual: it was typed, and the form has to show it again.
+void viewSetup::offerStoredSpeed()
+{
+    if (mc->MCBAUD <= 0 || !SerialLine::hasSpeed(static_cast<unsigned long>(mc->MCBAUD))) return;
+    int at = 0;
+    while (at < ui->cboBaud->count() && g::iVal(ui->cboBaud->itemText(at)) < mc->MCBAUD)
+        ++at;
+    if (g::iVal(ui->cboBaud->itemText(at)) != mc->MCBAUD)
+        ui->cboBaud->insertItem(at, QString::number(mc->MCBAUD), true);
 }
 
 void viewSetup::populateModeCombo()
@@ -83,7 +104,7 @@ void viewSetup::selectCurrentValues()
     ui->chkWaitXOn->setChecked(mc->MCWAIT);
     ui->chkAutoRepeat->setChecked(mc->MCREPEAT);
     if (!showListed(*ui->cboBlockDelay, QString::number(mc->MCBLKTIC))) ui->cboBlockDelay->setCurrentIndex(2);
-    // An unlisted rate shows in the block delay, not here: an oddity that users are used to, so it stays.
+    // A rate that is no port's shows in the block delay, not here: an oddity that users are used to, so it stays.
     if (!showListed(*ui->cboBaud, QString::number(mc->MCBAUD)))
         ui->cboBlockDelay->setCurrentText(QStringLiteral("1200"));
     ui->cboEIA->setCurrentIndex(mc->MCEIA ? 1 : 0);

@@ -15,7 +15,8 @@ namespace Ui
 class viewSetup;
 }
 
-/// The form in which one machine's record is edited. Nothing is checked: what is typed is stored as typed.
+/// The form in which one machine's record is edited. What is typed is stored as typed; the form says what will not
+/// work.
 class viewSetup : public QWidget
 {
     Q_OBJECT
@@ -31,17 +32,24 @@ public:
     void selectCurrentValues();
     void btnTXBrowse();
     void btnSave_Click();
+    /// Shows the stored values again.
+    void btnRevert_Click();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void offerStoredSpeed();
+    void alignLabels();
+    void fitHeight();
+    void setSpace(bool isTight);
     // --- As the operator types (viewSetup_live.cpp) ------------------------------------------------------------------
     void watchFields();
     void refreshPorts();
     void showLive();
     void showLine();
+    void showSpeed();
     void showPort();
     void showFraming();
     QStringList shownValues() const;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the form shows as the operator types. Nothing here changes what is stored.
+// What the form shows as the operator types, and how it is laid out. Nothing here changes what is stored.
 #include "shell/viewSetup.h"
 #include "ui_viewSetup.h"
 
@@ -8,7 +8,9 @@
 #include "config/LineWords.h"
 #include "platform/DeviceList.h"
 #include "protocol/Framing.h"
+#include "serial/SerialLine.h"
 #include "shell/LineSummary.h"
+#include "widgets/Reasons.h"
 #include "widgets/TextLook.h"
 
 #include <QEvent>
@@ -18,15 +20,6 @@
 namespace
 {
 constexpr int columnCharacters = 75; // width beyond which a column's fields would only get longer
-
-// A disabled field tells the reason in its tool tip; an enabled one has the tool tip that the form gives it.
-void enable(QWidget& field, bool enabled, const QString& reason)
-{
-    static const char usualTip[] = "usualToolTip";
-    if (!field.property(usualTip).isValid()) field.setProperty(usualTip, field.toolTip());
-    field.setEnabled(enabled);
-    field.setToolTip(enabled ? field.property(usualTip).toString() : reason);
-}
 
 QString sends(const QByteArray& bytes)
 {
@@ -58,13 +51,29 @@ void viewSetup::watchFields()
         connect(check, &QCheckBox::toggled, this, &viewSetup::showLive);
     connect(ui->cboPorts, &PortBox::aboutToShowList, this, &viewSetup::refreshPorts);
     connect(ui->cboPorts, &PortBox::currentTextChanged, this, &viewSetup::showPort);
-    for (auto* hint : {ui->lblPortHint, ui->lblFlowHint, ui->lblRepeatHint, ui->lblEOBBytes, ui->lblSOTBytes,
-                       ui->lblEOTBytes, ui->lblKept})
+    for (auto* hint :
+         {ui->lblPortHint, ui->lblSpeedHint, ui->lblFlowHint, ui->lblRepeatHint, ui->lblEOBBytes, ui->lblSOTBytes,
+          ui->lblEOTBytes, ui->lblKept, ui->lblEIAHint, ui->lblDelayHint, ui->lblTimeoutHint})
         TextLook::dim(*hint);
     QFont bold = ui->lblSummary->font();
     bold.setBold(true);
     ui->lblSummary->setFont(bold);
     ui->boxColumns->setMaximumWidth(2 * columnCharacters * fontMetrics().averageCharWidth());
+    alignLabels();
+}
+
+// The fields of all groups begin at the same place.
+void viewSetup::alignLabels()
+{
+    int width = 0;
+    QWidgetList labels;
+    for (const auto* form : findChildren<QFormLayout*>())
+        for (int row = 0; row < form->rowCount(); ++row)
+            if (const auto* item = form->itemAt(row, QFormLayout::LabelRole)) labels << item->widget();
+    for (const auto* label : labels)
+        width = std::max(width, label->sizeHint().width());
+    for (auto* label : labels)
+        label->setMinimumWidth(width);
 }
 
 void viewSetup::refreshPorts()
@@ -84,8 +93,11 @@ void viewSetup::showLive()
 {
     if (!mc) return;
     showLine();
+    showSpeed();
     showFraming();
+    fitHeight(); // a hint may have come or gone
     const bool changed = shownValues() != storedValues_;
+    Reasons::enable(*ui->btnRevert, changed, QStringLiteral("Nothing has been changed"));
     if (changed || ui->lblSaved->text() != QLatin1String("Saved"))
         ui->lblSaved->setText(changed ? QStringLiteral("Unsaved changes") : QString());
 }
@@ -94,16 +106,15 @@ void viewSetup::showLine()
 {
     const auto flow = flowControl(ui->cboFlow->currentIndex());
     const qint64 baud = g::iVal(ui->cboBaud->currentText());
-    QString summary = LineWords::openedLine(
+    const QString summary = LineWords::openedLine(
         {baud, dataFormat(ui->cboDBPar->currentIndex()), g::iVal(ui->cboStopBits->currentText()), flow});
-    if (ui->cboBaud->findText(QString::number(baud)) < 0)
-        summary += QStringLiteral("\nThis speed is not in the list: the port may refuse it.");
     ui->lblSummary->setText(summary);
 
     const bool isXModem = flow == FlowControl::XModem;
-    enable(*ui->cboDBPar, !isXModem, QStringLiteral("XModem always has 8 data bits without parity"));
-    enable(*ui->cboXModemNumbers, isXModem, QStringLiteral("Only XModem numbers its blocks"));
-    enable(*ui->chkWaitXOn, !isXModem, QStringLiteral("With XModem the control always asks for the first block"));
+    Reasons::enable(*ui->cboDBPar, !isXModem, QStringLiteral("XModem always has 8 data bits without parity"));
+    Reasons::enable(*ui->cboXModemNumbers, isXModem, QStringLiteral("Only XModem numbers its blocks"));
+    Reasons::enable(*ui->chkWaitXOn, !isXModem,
+                    QStringLiteral("With XModem the control always asks for the first block"));
     QString hint;
     if (isXModem) {
         hint = QStringLiteral("8 data bits without parity. The control asks for each block; start and end of program "
@@ -121,6 +132,22 @@ void viewSetup::showLine()
         QStringLiteral("A control that holds the line near the end of a copy starts the next one "
                        "by itself as soon as its buffer has room again."));
     ui->lblRepeatHint->setVisible(startsByItself);
+}
+
+void viewSetup::showSpeed()
+{
+    const qint64 baud = g::iVal(ui->cboBaud->currentText());
+    const bool isPossible = baud > 0 && SerialLine::hasSpeed(static_cast<unsigned long>(baud));
+    const int listed = ui->cboBaud->findText(QString::number(baud));
+    QString hint;
+    if (ui->cboBaud->currentText().isEmpty() && mc->MCBAUD > 0)
+        hint = QStringLiteral("No port can do the stored %1 baud. Choose a speed.").arg(mc->MCBAUD);
+    else if (!isPossible)
+        hint = QStringLiteral("No port can do this speed. Choose one of the list.");
+    else if (listed < 0 || ui->cboBaud->itemData(listed).toBool()) // offered because it is stored
+        hint = QStringLiteral("Not every adapter can do this speed.");
+    ui->lblSpeedHint->setText(hint);
+    ui->lblSpeedHint->setHidden(hint.isEmpty());
 }
 
 void viewSetup::showPort()
@@ -145,8 +172,8 @@ void viewSetup::showFraming()
     ui->lblEOBBytes->setText(sends(g::getBytes(eob)));
 
     const QString reason = QStringLiteral("XModem sends only the program, in blocks");
-    enable(*ui->txtSOT, !isXModem, reason);
-    enable(*ui->txtEOT, !isXModem, reason);
+    Reasons::enable(*ui->txtSOT, !isXModem, reason);
+    Reasons::enable(*ui->txtEOT, !isXModem, reason);
     if (isXModem) {
         ui->lblSOTBytes->setText(QStringLiteral("Not sent with XModem"));
         ui->lblEOTBytes->setText(QStringLiteral("Not sent with XModem"));
@@ -179,6 +206,35 @@ void viewSetup::resizeEvent(QResizeEvent* event)
     const int wide = ui->leftColumn->minimumSize().width() + ui->rightColumn->minimumSize().width() + gap;
     const bool isNarrow = event->size().width() < std::max(wide, 84 * fontMetrics().averageCharWidth());
     ui->columns->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    fitHeight();
+}
+
+// Nobody wants to scroll for a few pixels: the groups move together if that saves the scroll bar.
+void viewSetup::fitHeight()
+{
+    const auto fits = [this] {
+        for (auto* group : findChildren<QGroupBox*>())
+            group->layout()->activate();
+        ui->columns->activate();
+        ui->pageLayout->activate();
+        return ui->pageLayout->totalHeightForWidth(ui->scrSetup->width()) <= ui->scrSetup->height();
+    };
+    setSpace(false);
+    if (fits()) return;
+    setSpace(true);
+    if (!fits()) setSpace(false);
+}
+
+void viewSetup::setSpace(bool isTight)
+{
+    const int edge = isTight ? 6 : 12, gap = isTight ? 6 : 14, page = isTight ? 6 : 16;
+    for (auto* group : findChildren<QGroupBox*>()) {
+        group->layout()->setContentsMargins(12, edge, 12, edge);
+        if (auto* form = qobject_cast<QFormLayout*>(group->layout())) form->setVerticalSpacing(isTight ? 3 : 7);
+    }
+    ui->leftColumn->setSpacing(gap);
+    ui->rightColumn->setSpacing(gap);
+    ui->pageLayout->setContentsMargins(16, page, 16, page);
 }
 
 bool viewSetup::eventFilter(QObject* watched, QEvent* event)

@@ -68,6 +68,8 @@ void SettingsTest::valueOfAKey_data()
         row(rate, rate);
     row("MCBAUD=9600\nMCBAUD=300", "MCBAUD=300"); // the last one counts, even a bad one
     row("MCBAUD=9600\nMCBAUD=110", "MCBAUD=1200");
+    row("MCBAUD=110\nMCSPEED=110", "MCSPEED=110"); // one that is not usual
+    row("MCBAUD=9600\nMCSPEED=x", "MCBAUD=9600");
     row("MCDBPAR=2", "MCDBPAR=2");
     row("MCDBPAR=3", "MCDBPAR=0");
     row("MCSBITS=1", "MCSBITS=1");

@@ -37,6 +37,9 @@ private Q_SLOTS:
     void typedTextIsStoredAsTyped();
     void pastedLineBreaksAreRemoved();
     void summaryFollowsTheFieldsUntilTheyAreSaved();
+    void revertBringsBackWhatIsStored();
+    void speedThatIsNotInTheListIsKeptOrExplained_data();
+    void speedThatIsNotInTheListIsKeptOrExplained();
     void framingShowsTheBytesThatAreSent_data();
     void framingShowsTheBytesThatAreSent();
     void portThatCannotBeOpenedSaysWhatToDo_data();
@@ -87,7 +90,7 @@ void SetupTest::savedAsItWasShown_data()
     for (const int at : {0, 1, 2})
         row(QStringLiteral("flow and data format %1").arg(at),
             [at](MachineRecord& m) { m.MCFLOW = at, m.MCDBPAR = 2 - at; });
-    for (const int baud : {150, 300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200})
+    for (const int baud : {110, 150, 300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200, 230400})
         row(QStringLiteral("%1 baud").arg(baud), [baud](MachineRecord& m) { m.MCBAUD = baud; });
     row("numbers", [](MachineRecord& m) { m.MCSBITS = 2, m.MCBLKTIC = 500, m.MCTXTOUT = 17; });
     row("EIA", [](MachineRecord& m) { m.MCEIA = true; });
@@ -100,8 +103,8 @@ void SetupTest::savedAsItWasShown_data()
         "XModem has no parity", [](MachineRecord& m) { m.MCFLOW = 3, m.MCDBPAR = 2; },
         [](MachineRecord& m) { m.MCDBPAR = 1; });
     row(
-        "unlisted baud shows in the block delay", [](MachineRecord& m) { m.MCBAUD = 14400; },
-        [](MachineRecord& m) { m.MCBAUD = 150, m.MCBLKTIC = 1200; });
+        "no port's speed shows in the block delay", [](MachineRecord& m) { m.MCBAUD = 14400; },
+        [](MachineRecord& m) { m.MCBAUD = 0, m.MCBLKTIC = 1200; });
     row(
         "unlisted choices", [](MachineRecord& m) { m.MCDBPAR = 9, m.MCSBITS = 3, m.MCMODE.clear(), m.MCTXEOB = "x"; },
         [](MachineRecord& m) { m.MCDBPAR = 0, m.MCSBITS = 1, m.MCMODE = "Auto", m.MCTXEOB = "CRLF"; });
@@ -186,6 +189,62 @@ void SetupTest::summaryFollowsTheFieldsUntilTheyAreSaved()
     QCOMPARE(says("lblSaved"), QStringLiteral("Saved"));
 }
 
+void SetupTest::revertBringsBackWhatIsStored()
+{
+    open([](MachineRecord& m) { m.MCBAUD = 110, m.MCSBITS = 2, m.MCTXSOT = "37"; });
+    auto* revert = find<QPushButton>("btnRevert");
+    QVERIFY(!revert->isEnabled());
+    const QString stored = SettingsText::write({machine_.get()});
+    for (const char* name : {"cboMode", "cboPorts", "cboBaud", "cboStopBits", "cboEIA", "cboBlockDelay", "cboEOB"})
+        type(name, "7");
+    for (const char* name : {"txtMCName", "txtTXDataFolder", "txtSOT", "txtEOT"})
+        find<QLineEdit>(name)->setText("7");
+    for (const char* name : {"chkWaitXOn", "chkAutoRepeat", "chkStripEmptyLines", "chkStripComments"})
+        find<QCheckBox>(name)->toggle();
+    for (const char* name : {"cboFlow", "cboDBPar", "cboXModemNumbers"})
+        find<QComboBox>(name)->setCurrentIndex(1 - find<QComboBox>(name)->currentIndex());
+    QTest::mouseClick(revert, Qt::LeftButton);
+    QVERIFY(!revert->isEnabled() && says("lblSaved").isEmpty());
+    const auto expected = record([](MachineRecord& m) { m.MCBAUD = 110, m.MCSBITS = 2, m.MCTXSOT = "37"; });
+    QCOMPARE(SettingsText::write({machine_.get()}), stored); // nothing has been saved
+    expected->MCDELAY = 0;
+    expected->MCRXEOBCHAR = "CR";
+    save();
+    QCOMPARE(SettingsText::write({machine_.get()}), SettingsText::write({expected.get()}));
+}
+
+void SetupTest::speedThatIsNotInTheListIsKeptOrExplained_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("shownAgain");
+    QTest::addColumn<QString>("hint");
+    QTest::newRow("usual") << "9600"
+                           << "9600"
+                           << "";
+    QTest::newRow("a port may do it") << "110"
+                                      << "110"
+                                      << "Not every adapter can do this speed.";
+    QTest::newRow("no port does it") << "5760"
+                                     << ""
+                                     << "No port can do the stored 5760 baud. Choose a speed.";
+}
+
+void SetupTest::speedThatIsNotInTheListIsKeptOrExplained()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, hint);
+    open();
+    type("cboBaud", typed);
+    QCOMPARE(says("lblSpeedHint").isEmpty(), hint.isEmpty());
+    save();
+    const auto stored =
+        SettingsText::read(SettingsText::write({machine_.get()}), [] { return std::make_shared<MachineRecord>(); });
+    const qint64 baud = stored[1]->MCBAUD; // as it is at the next start
+    open([baud](MachineRecord& m) { m.MCBAUD = baud; });
+    QTEST(find<QComboBox>("cboBaud")->currentText(), "shownAgain");
+    QCOMPARE(says("lblSpeedHint"), hint);
+}
+
 void SetupTest::framingShowsTheBytesThatAreSent_data()
 {
     QTest::addColumn<QString>("mode");
@@ -219,6 +278,7 @@ void SetupTest::portThatCannotBeOpenedSaysWhatToDo_data()
     QTest::addColumn<QString>("words"); // among others
     QTest::newRow("no permission") << PortFailure{PortError::NoPermission} << "(usually \"dialout\")";
     QTest::newRow("slow to close") << PortFailure{PortError::Closing} << "still closing this port.";
+    QTest::newRow("no such speed") << PortFailure{PortError::NoSuchSpeed} << "No port can do 150 baud.";
     QTest::newRow("speed") << PortFailure{PortError::SpeedNotTaken} << "The adapter cannot do 150 baud.";
     QTest::newRow("stop bits") << PortFailure{PortError::StopBitsNotTaken} << "cannot do this number of stop bits.";
     QTest::newRow("RTS/CTS") << PortFailure{PortError::RtsCtsNotTaken} << "cannot switch RTS/CTS";
