@@ -229,7 +229,7 @@ def photograph(desk, build, output):
             cncsim = build / "simulator" / "cncsim"
             simulators = [Simulator(cncsim, control, folder, *SLOWLY) for control in CONTROLS]
             with program_at(desk, scene, build, scratch, simulators, log) as program:
-                photographer = Photographer(GalleryWindow(program, desk.scale), desk, output)
+                photographer = Photographer(GalleryWindow(program, desk.scale * desk.dpi / 96), desk, output)
                 try:
                     getattr(photographer, scene)(simulators)
                 except Exception:

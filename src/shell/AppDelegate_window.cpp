@@ -27,6 +27,7 @@ constexpr int smallLogoSize = 28;
 constexpr int largeLogoSize = 160;
 constexpr int stripCharacters = 20; // of average width, beside an icon's picture
 constexpr int frameAllowance = 48;  // pixels of the screen that a window's frame may need
+constexpr int leastHeight = 700;    // pixels of a window that does not fill its screen
 constexpr int resizeSteps = 8;
 constexpr int resizeTick = 15; // ms
 
@@ -105,6 +106,7 @@ void AppDelegate::placeWindow()
 {
     const QRect area = screenArea(window_);
     const QSize size = fullSize(area);
+    if (size.height() < leastHeight) window_.setWindowState(Qt::WindowMaximized); // a small screen: all of it
     window_.resize(size);
     window_.move(area.left() + (area.width() - size.width()) / 2,
                  area.top() + (area.height() - frameAllowance - size.height()) / 2);

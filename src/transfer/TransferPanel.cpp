@@ -23,8 +23,9 @@ QString waitForStartText()
 }
 
 constexpr int headingImage = 24, stateImage = 32; // pixels, as in the form
-constexpr int nameCharacters = 24;                // of a file name that the path field has room for
-constexpr int noticeCharacters = 60;              // of the wait box when its buttons stand beside the text
+constexpr int lowWindowLines = 32;
+constexpr int nameCharacters = 24;   // of a file name that the path field has room for
+constexpr int noticeCharacters = 60; // of the wait box when its buttons stand beside the text
 } // namespace
 
 TransferPanel::TransferPanel(QWidget& view, Ui::viewTX& ui) : view_(view), ui_(ui) {}
@@ -88,6 +89,18 @@ void TransferPanel::setUpRows()
         ui_.waitButtonLayout->setDirection(isCompact ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
         ui_.imgWait->setHidden(isCompact);
     });
+}
+
+// In a low window, lines of the program are worth more than space between the rows.
+void TransferPanel::fitHeight()
+{
+    const bool isLow = view_.height() < lowWindowLines * view_.fontMetrics().height();
+    const int gap = isLow ? 4 : 8;
+    ui_.mainLayout->setSpacing(gap);
+    ui_.mainLayout->setContentsMargins(16, gap, 16, gap);
+    const int buttonHeight = isLow ? 32 : 36;
+    for (QWidget* control : std::initializer_list<QWidget*>{ui_.btnStop, ui_.btnRewind, ui_.btnSend, ui_.cbo1})
+        control->setMinimumHeight(buttonHeight);
 }
 
 void TransferPanel::showMode(bool sends)
@@ -225,6 +238,7 @@ bool TransferPanel::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == ui_.btnSend && sendsByEnter(*event)) return true;
     if (watched == &view_ && event->type() == QEvent::FontChange) setUpFonts();
+    if (watched == &view_ && event->type() == QEvent::Resize) fitHeight();
     if (watched == ui_.boxPBOuter && event->type() == QEvent::Resize) showPercent(percent_);
     // The second click of a double click on Stop lands on Rewind, which has just come up in its place, and would throw
     // away the place where the send continues. (It does not land on Send, which would go on sending.)

@@ -56,6 +56,7 @@ protected:
 private:
     void setUpFonts();
     void setUpRows();
+    void fitHeight();
     bool sendsByEnter(const QEvent& event) const;
 
     QWidget& view_;
