@@ -13,7 +13,7 @@
 namespace
 {
 const QList<TransferActivity> busy{TransferActivity::Waiting, TransferActivity::Sending, TransferActivity::Held,
-                                   TransferActivity::Receiving};
+                                   TransferActivity::Still, TransferActivity::Receiving};
 
 bool isBusy(const std::shared_ptr<MachineRecord>& machine)
 {
