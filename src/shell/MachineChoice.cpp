@@ -32,6 +32,8 @@ MachineChoice::MachineChoice(const QString& program, int active, QWidget* parent
     }
     ui->lstMachines->setCurrentRow(proposed - 1);
     ui->buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("Open"));
+    for (auto* button : ui->buttons->buttons())
+        button->setIcon({}); // a style's own pictures do not go with ours
     connect(ui->lstMachines, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
     connect(ui->buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(ui->buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
