@@ -82,17 +82,17 @@ qsizetype ProgramEditor::firstVisible() const
     return scintilla(SCI_POSITIONFROMLINE, scintilla(SCI_DOCLINEFROMVISIBLE, scintilla(SCI_GETFIRSTVISIBLELINE)));
 }
 
-template <typename Change> void ProgramEditor::changeText(Change change)
+template <typename Change> void ProgramEditor::changeText(Undo undo, Change change)
 {
     const bool wasReadOnly = isReadOnly();
     const qsizetype notices = scintilla(SCI_GETMODEVENTMASK);
     scintilla(SCI_SETREADONLY, 0);
-    scintilla(SCI_SETUNDOCOLLECTION, 0);
+    scintilla(SCI_SETUNDOCOLLECTION, undo == Undo::Records);
     // At each notice of a change the library counts all characters before it, for assistive technology.
     scintilla(SCI_SETMODEVENTMASK, 0);
     change();
     scintilla(SCI_SETMODEVENTMASK, notices);
-    scintilla(SCI_EMPTYUNDOBUFFER);
+    if (undo == Undo::StartsAnew) scintilla(SCI_EMPTYUNDOBUFFER); // what is there now counts as saved
     scintilla(SCI_SETUNDOCOLLECTION, 1);
     scintilla(SCI_SETREADONLY, wasReadOnly);
     Q_EMIT linesChanged();
@@ -101,10 +101,12 @@ template <typename Change> void ProgramEditor::changeText(Change change)
 
 void ProgramEditor::setProgram(const QByteArray& fileBytes)
 {
-    clearProgram();
+    clearLineOut();
+    hasUnsavedBytes_ = false;
     QByteArrayView program(fileBytes);
     if (program.startsWith(byteOrderMark)) program = program.sliced(byteOrderMark.size());
-    changeText([&] {
+    changeText(Undo::StartsAnew, [&] {
+        scintilla(SCI_CLEARALL);
         scintilla(SCI_ALLOCATE, program.size() + 1);
         FileText fileText;
         for (qsizetype at = 0; at < program.size(); at += pieceSize) {
@@ -118,7 +120,7 @@ void ProgramEditor::setProgram(const QByteArray& fileBytes)
 void ProgramEditor::clearProgram()
 {
     clearLineOut();
-    changeText([this] { scintilla(SCI_CLEARALL); });
+    changeText(Undo::Records, [this] { scintilla(SCI_CLEARALL); });
 }
 
 void ProgramEditor::appendReceived(const QByteArray& bytes)
@@ -127,10 +129,24 @@ void ProgramEditor::appendReceived(const QByteArray& bytes)
     const bool atEnd =
         scintilla(SCI_GETFIRSTVISIBLELINE) + scintilla(SCI_LINESONSCREEN) + 1 >= scintilla(SCI_GETLINECOUNT);
     const QByteArray text = QString::fromLatin1(bytes).toUtf8();
-    changeText([&] { SendScintilla(SCI_APPENDTEXT, static_cast<uintptr_t>(text.size()), text.constData()); });
+    hasUnsavedBytes_ = true;
+    // At the end, where it moves nothing that undo knows the place of.
+    changeText(Undo::Ignores,
+               [&] { SendScintilla(SCI_APPENDTEXT, static_cast<uintptr_t>(text.size()), text.constData()); });
     if (!atEnd) return;
     scintilla(SCI_SETEMPTYSELECTION, textSize());
     scintilla(SCI_SCROLLTOEND);
+}
+
+bool ProgramEditor::isUnsaved() const
+{
+    return textSize() > 0 && (hasUnsavedBytes_ || isModified());
+}
+
+void ProgramEditor::setSaved()
+{
+    hasUnsavedBytes_ = false;
+    scintilla(SCI_SETSAVEPOINT);
 }
 
 void ProgramEditor::moveCaretTo(qsizetype position)

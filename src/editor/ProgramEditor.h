@@ -43,9 +43,17 @@ public:
     /// Replaces the text with a program file's bytes, line ends converted and without a byte order mark. The caret goes
     /// to the top.
     void setProgram(const QByteArray& fileBytes);
+    /// Empties the text; undo brings it back.
     void clearProgram();
-    /// Adds received bytes at the end, one character each; the view follows unless the operator scrolled away.
+    /// Adds received bytes at the end, one character each; the view follows unless the operator scrolled away. Undo
+    /// leaves them alone.
     void appendReceived(const QByteArray& bytes);
+
+    /// There is text that exists only here: typed, changed or received since setProgram or setSaved. Changes that were
+    /// undone do not count.
+    bool isUnsaved() const;
+    /// The text is now kept elsewhere, as it is.
+    void setSaved();
 
     void moveCaretTo(qsizetype position);
     /// Marks the line as the one going out and puts the caret after it, where the next line begins. When lines follow
@@ -106,12 +114,14 @@ private:
     qsizetype scintilla(unsigned message, qsizetype first = 0, qsizetype second = 0) const;
     // Lets Scintilla handle an operator's event; emits operatorTouched if that moved the caret or changed the text.
     template <typename Handle> void watch(Handle handle);
-    // Changes the text even when it is locked; the change can't be undone.
-    template <typename Change> void changeText(Change change);
+    enum class Undo { Records, Ignores, StartsAnew };
+    // Changes the text even when it is locked; says what the change means to undo.
+    template <typename Change> void changeText(Undo undo, Change change);
 
     GCodeColouring* colouring_;
     int lineOut_ = -1;
     bool caretHeld_ = false;
+    bool hasUnsavedBytes_ = false; // received; the library knows only of what it records for undo
     Line shownPlace_;
     std::optional<Line> lineToMark_;
     QTimer markPause_;

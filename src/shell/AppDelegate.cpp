@@ -5,6 +5,7 @@
 #include "config/g.h"
 #include "config/NotificationNames.h"
 #include "shell/AwakeKeeper.h"
+#include "shell/Leaving.h"
 #include "shell/MachineList.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
@@ -84,9 +85,10 @@ bool AppDelegate::applicationShouldHandleReopen()
 
 bool AppDelegate::mayQuit()
 {
+    QList<viewChild*> views;
     for (qsizetype index = 1; index < g::mcChildViews.size(); ++index)
-        if (auto* child = childViewAt(index); child && !child->mayEnd()) return false;
-    return true;
+        if (auto* child = childViewAt(index)) views << child;
+    return Leaving::isAllowed(views);
 }
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event)

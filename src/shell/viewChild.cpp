@@ -7,6 +7,7 @@
 #include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
 #include "shell/frmChild.h"
+#include "shell/Leaving.h"
 #include "shell/PortProblem.h"
 #include "shell/viewSetup.h"
 #include "transfer/viewTX.h"
@@ -247,12 +248,23 @@ void viewChild::btnTryAgain_Click()
     ui->btnTryAgain->setFocus();
 }
 
+OpenWork viewChild::openWork() const
+{
+    OpenWork work;
+    if (vtx) work = vtx->openWork();
+    if (vSet && vSet->isChanged()) work.unsaved = OpenWork::Unsaved::Setup;
+    return work;
+}
+
+bool viewChild::save()
+{
+    if (vSet) vSet->btnSave_Click();
+    return !vtx || vtx->save();
+}
+
 bool viewChild::mayEnd()
 {
-    if (!vtx || !vtx->dncRunning()) return true;
-    return g::msgBox(
-        QStringLiteral("%1 is transferring a program\r\rStop the transfer?").arg(g::mcIcons[iMcIndex]->MCNAME),
-        QStringLiteral("Stop"), QStringLiteral("Cancel"));
+    return Leaving::isAllowed({this});
 }
 
 void viewChild::end()

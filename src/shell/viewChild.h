@@ -3,6 +3,7 @@
 
 #include "config/ChildView.h"
 #include "serial/serialPort.h"
+#include "transfer/OpenWork.h"
 #include "transfer/TransferHost.h"
 
 #include <QPointer>
@@ -48,7 +49,11 @@ public:
     void btnCancel_Click();
     void btnTryAgain_Click();
 
-    /// Whether the view may end; asks the operator if a transfer is running.
+    /// What would be lost if the view ended now.
+    OpenWork openWork() const;
+    /// Saves what can be saved: a program to its file, the setup to the record. False if it failed or was cancelled.
+    bool save();
+    /// Whether the view may end. Asks the operator if that would lose something, and saves it if he wants that.
     bool mayEnd();
     /// Ends the view without asking: transfer, port, window.
     void end();

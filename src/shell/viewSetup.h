@@ -34,6 +34,8 @@ public:
     void btnSave_Click();
     /// Shows the stored values again.
     void btnRevert_Click();
+    /// The form shows something else than is stored.
+    bool isChanged() const { return shownValues() != storedValues_; }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

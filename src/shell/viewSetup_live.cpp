@@ -96,7 +96,7 @@ void viewSetup::showLive()
     showSpeed();
     showFraming();
     fitHeight(); // a hint may have come or gone
-    const bool changed = shownValues() != storedValues_;
+    const bool changed = isChanged();
     Reasons::enable(*ui->btnRevert, changed, QStringLiteral("Nothing has been changed"));
     if (changed || ui->lblSaved->text() != QLatin1String("Saved"))
         ui->lblSaved->setText(changed ? QStringLiteral("Unsaved changes") : QString());

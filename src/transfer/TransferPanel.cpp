@@ -52,7 +52,9 @@ void TransferPanel::setUp()
     TextLook::dim(*ui_.lblMcParas);
     setUpFonts();
     setUpRows();
+    TextLook::dim(*ui_.lblSaved);
     showProgramPath({});
+    showSaved({});
 }
 
 // Relative to the desktop's font, whatever its size.
@@ -120,6 +122,11 @@ void TransferPanel::showProgramPath(const QString& path)
 {
     ui_.txtPath->setText(path); // its end, the file's name, is what shows
     ui_.txtPath->setToolTip(path);
+}
+
+void TransferPanel::showSaved(const QString& note)
+{
+    ui_.lblSaved->setText(note);
 }
 
 void TransferPanel::showState(const QString& headline, const QString& details)

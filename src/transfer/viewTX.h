@@ -8,7 +8,9 @@
 #include "protocol/XModemReceive.h"
 #include "protocol/XModemSend.h"
 #include "serial/serialPort.h"
+#include "transfer/CurrentFile.h"
 #include "transfer/EditorProgram.h"
+#include "transfer/OpenWork.h"
 #include "transfer/TransferConstants.h"
 #include "transfer/TransferPanel.h"
 #include "transfer/TransferRecord.h"
@@ -26,7 +28,6 @@ class QBoxLayout;
 /// The transfer view of one machine: sends the program in its editor to the control, or takes in what the control
 /// sends. Hands bytes and time to the machines of protocol/ and carries out what they answer. Lives in a child view,
 /// which owns the port. Main thread only.
-/// viewTX.cpp binds it and enters every state.
 class viewTX : public QWidget, public TransferConstants
 {
     Q_OBJECT
@@ -70,7 +71,9 @@ public:
     /// Reads the program file into the editor, locked and rewound. A missing or unreadable file changes nothing.
     void openFile(const QString& path);
     /// Writes the whole text as UTF-8, atomically. A failure is told to the operator and leaves the text alone.
-    void saveFile(const QString& path);
+    bool saveFile(const QString& path);
+    bool save();               ///< to its file, without one to one that is asked for; false if it was not saved
+    OpenWork openWork() const; ///< what would be lost if this view ended now
     bool textLocked() const { return vTextLocked; }
     void setTextLocked(bool locked);
     void setComboHidden(bool hidden);
@@ -131,7 +134,6 @@ private:
     void showBlockOut();
     void carryOut(const XModemReceive::Step& step);
     void appendReceived(const QByteArray& bytes);
-    QString programFolder() const;
     qint64 now() const { return clock_.elapsed(); }
     TransferClock::Send plannedSend(qsizetype from) const;
     TransferFacts facts(TransferState state) const;
@@ -147,7 +149,7 @@ private:
     XModemProgram xmodemProgram_;
     XModemSend xmodemSend_;
     XModemReceive xmodemReceive_;
-    QString lastFolder_; // of the file opened or saved last in this view
+    CurrentFile file_{*this};
     TransferStatus status_;
     TransferRecord record_{*this};
     std::optional<TransferState> shownState_;

@@ -4,19 +4,29 @@
 
 #include "config/g.h"
 #include "config/RecentPrograms.h"
+#include "program/ProgramName.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramFile.h"
-#include "widgets/FileDialogs.h"
 
 #include <QFileDialog>
-#include <QFileInfo>
+#include <QUrl>
 
 #include <algorithm>
+
+namespace
+{
+// As much of the program as its name is looked for in.
+std::string_view headOf(const ProgramEditor& editor)
+{
+    return editor.view({0, std::min<qsizetype>(editor.textSize(), ProgramName::searchedText)});
+}
+} // namespace
 
 void viewTX::btnNew_Click()
 {
     record();
     ui->rt1->clearProgram();
+    file_.forget();
     panel_.showProgramPath({});
     xmodemReceive_.forgetProgram();
     btnRewind_Click(); // no rest of the old program may go out before the next one
@@ -24,18 +34,9 @@ void viewTX::btnNew_Click()
 
 void viewTX::btnFolder_Click()
 {
-    auto* dialog = FileDialogs::make(this, QStringLiteral("Open program"), programFolder());
-    dialog->setObjectName(QStringLiteral("openDialog"));
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setOption(QFileDialog::ReadOnly);
-    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("SelectFile"));
+    auto* dialog = file_.openDialog(*mc);
     connect(dialog, &QFileDialog::fileSelected, this, &viewTX::openFile);
     dialog->open();
-}
-
-QString viewTX::programFolder() const
-{
-    return mc->MCOUTDIR.isEmpty() ? lastFolder_ : mc->MCOUTDIR;
 }
 
 void viewTX::openFile(const QString& path)
@@ -53,13 +54,64 @@ void viewTX::openFile(const QString& path)
     };
     panel_.whileConverting(convert, !isXModem());
     if (!isOpen) return;
+    file_.opened(*mc, path);
     panel_.showProgramPath(path);
-    lastFolder_ = QFileInfo(path).absolutePath();
     RecentPrograms::add(*mc, path);
     g::saveRecentPrograms();
     btnRewind_Click();
     setTextLocked(true);
     if (booModeTX) ui->btnSend->setFocus(); // Enter starts it
+}
+
+void viewTX::btnSave_Click()
+{
+    auto* dialog = file_.saveDialog(*mc, headOf(*ui->rt1));
+    connect(dialog, &QFileDialog::fileSelected, this, &viewTX::saveFile);
+    dialog->open();
+}
+
+bool viewTX::save()
+{
+    if (!file_.path().isEmpty()) return saveFile(file_.path());
+    QString chosen;
+    auto* dialog = file_.saveDialog(*mc, headOf(*ui->rt1));
+    connect(dialog, &QFileDialog::fileSelected, this, [&chosen](const QString& path) { chosen = path; });
+    dialog->exec();
+    // Only now: what arrived while the dialog was open is saved, too.
+    return !chosen.isEmpty() && saveFile(chosen);
+}
+
+bool viewTX::saveFile(const QString& path)
+{
+    const QString error = ProgramFile::write(path, ui->rt1->wholeText());
+    if (!error.isEmpty()) {
+        // The file is named in this printed form because operators' notes and calls for help quote it so.
+        g::msgBox(
+            QStringLiteral("Could not save file Optional(%1)\r\r%2").arg(QUrl::fromLocalFile(path).toString(), error),
+            QStringLiteral("OK"), {});
+        return false;
+    }
+    ui->rt1->setSaved();
+    file_.saved(*mc, path);
+    panel_.showProgramPath(path);
+    refreshStatus();
+    return true;
+}
+
+OpenWork viewTX::openWork() const
+{
+    OpenWork work;
+    work.program = file_.name();
+    if (ui->rt1->isUnsaved()) work.unsaved = OpenWork::Unsaved::Program;
+    if (status_.isRunning()) {
+        work.transfer = OpenWork::Transfer::Running;
+    } else if (!booModeTX && status_.state(now()) == TransferState::Receiving) {
+        work.transfer = OpenWork::Transfer::Arriving;
+    } else if (booModeTX && !isXModem() && plain_.willContinue()) {
+        work.transfer = OpenWork::Transfer::Stopped;
+        work.line = ui->rt1->lineNumber(plain_.next());
+    }
+    return work;
 }
 
 void viewTX::btnLock_Click()

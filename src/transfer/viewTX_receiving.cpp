@@ -2,15 +2,8 @@
 #include "transfer/viewTX.h"
 #include "ui_viewTX.h"
 
-#include "config/g.h"
 #include "protocol/LineEnds.h"
 #include "protocol/XModemCodes.h"
-#include "transfer/ProgramFile.h"
-#include "widgets/FileDialogs.h"
-
-#include <QFileDialog>
-#include <QFileInfo>
-#include <QUrl>
 
 namespace
 {
@@ -52,26 +45,4 @@ void viewTX::appendReceived(const QByteArray& bytes)
     status_.received(now(), bytes);
     if (status_.entered() != TransferState::Receiving) enter(TransferState::Receiving);
     refreshStatusLater();
-}
-
-void viewTX::btnSave_Click()
-{
-    auto* dialog = FileDialogs::make(this, QStringLiteral("Save program"), programFolder());
-    dialog->setObjectName(QStringLiteral("saveDialog"));
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Save File"));
-    connect(dialog, &QFileDialog::fileSelected, this, &viewTX::saveFile);
-    dialog->open();
-}
-
-void viewTX::saveFile(const QString& path)
-{
-    const QString error = ProgramFile::write(path, ui->rt1->wholeText());
-    if (error.isEmpty()) {
-        lastFolder_ = QFileInfo(path).absolutePath();
-        return;
-    }
-    // The file is named in this printed form because operators' notes and calls for help quote it so.
-    g::msgBox(QStringLiteral("Could not save file Optional(%1)\r\r%2").arg(QUrl::fromLocalFile(path).toString(), error),
-              QStringLiteral("OK"), {});
 }

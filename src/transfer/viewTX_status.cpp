@@ -87,6 +87,7 @@ void viewTX::refreshStatus()
     const auto state = status_.state(at);
     const auto current = facts(state);
     panel_.showState(status_.headline(at, current), status_.details(at, current));
+    panel_.showSaved(file_.note(ui->rt1->isUnsaved()));
     if (shownState_ != state) {
         shownState_ = state;
         panel_.showStateImage(TransferStatus::image(state));

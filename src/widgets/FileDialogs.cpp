@@ -2,6 +2,7 @@
 #include "widgets/FileDialogs.h"
 
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QScreen>
 #include <QTreeView>
 #include <QUrl>
@@ -15,5 +16,16 @@ QFileDialog* FileDialogs::make(QWidget* parent, const QString& title, const QStr
     dialog->resize(QSize(880, 560).boundedTo(parent->screen()->availableSize() * 0.9));
     if (auto* files = dialog->findChild<QTreeView*>(QStringLiteral("treeView")))
         files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    return dialog;
+}
+
+QFileDialog* FileDialogs::makeSave(QWidget* parent, const QString& title, const QString& folder, const QString& name)
+{
+    auto* dialog = make(parent, title, folder);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setLabelText(QFileDialog::LookIn, QStringLiteral("Save in:"));
+    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Save File"));
+    dialog->selectFile(name);
+    if (auto* edit = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) edit->selectAll();
     return dialog;
 }

@@ -6,6 +6,9 @@
 namespace FileDialogs
 {
 /// A file dialog over `parent` that starts in the machine's program folder, a plain path or a URL. Open it with open(),
-/// not exec(): it must be destroyed with its view when the machine's view is replaced. It deletes itself when closed.
+/// or with exec() only where nothing can replace the machine's view meanwhile: the dialog is destroyed with its view.
+/// It deletes itself when closed.
 QFileDialog* make(QWidget* parent, const QString& title, const QString& folder);
+/// The same for saving, with `name` proposed: the operator types over it.
+QFileDialog* makeSave(QWidget* parent, const QString& title, const QString& folder, const QString& name);
 } // namespace FileDialogs

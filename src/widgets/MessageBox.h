@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class QWidget;
 
@@ -11,4 +12,13 @@ namespace MessageBox
 /// button. With two, Enter chooses the second: a slip must not delete or send anything. Carriage returns in the text
 /// show as line breaks.
 bool ask(QWidget* parent, const QString& text, const QString& firstButton, const QString& secondButton);
+
+struct Question {
+    QString heading;     ///< what it is about
+    QString detail;      ///< what follows
+    QStringList answers; ///< the last one leaves everything as it is
+    qsizetype last() const { return answers.size() - 1; }
+};
+/// Asks over `parent`, modally, and returns the index of the answer chosen. Enter and Escape choose the last one.
+qsizetype choose(QWidget* parent, const Question& question);
 } // namespace MessageBox

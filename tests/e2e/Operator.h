@@ -77,10 +77,13 @@ public:
         click(choice);
     }
 
+    /// Where the programs to open are.
+    QString programPath() const { return files_.filePath("program.nc"); }
+
     /// The path of a file that holds this program.
     QString write(const QByteArray& program) const
     {
-        QFile file(files_.filePath("program.nc"));
+        QFile file(programPath());
         if (!file.open(QIODevice::WriteOnly) || file.write(program) != program.size()) qFatal("cannot write a program");
         return file.fileName();
     }
