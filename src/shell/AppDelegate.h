@@ -42,6 +42,8 @@ public:
     void showAllMcIcons();
     void btnAddMC_Click();
     void btnDeleteIcon_Click(const Notification& notification);
+    /// Brings the machine deleted last back, with its settings and to its place.
+    void btnUndo_Click();
     /// Removes the machine, its child view and its port. An index below 1 is ignored.
     void removeMcIcon(int index);
     /// Puts the machine at another place of the list. Its view, its port and a transfer under way go with it.
@@ -98,6 +100,7 @@ private:
 
     void insertMachine(int index, const std::shared_ptr<MachineRecord>& machine);
     void setUpActiveMachine();
+    void offerUndo();
     void renumberMachines();
     double panelY() const;
     void movePanelTo(double y);
@@ -119,6 +122,7 @@ private:
     std::unique_ptr<Ui::mainWindow> ui;
     std::unique_ptr<MachineList> list_;
     std::unique_ptr<AwakeKeeper> awake_;
+    QList<std::shared_ptr<MachineRecord>> deleted_; // the last one comes back first; MCINDEX is its place
     QPointer<frmDncMenu> modalMenu;
     QTimer tmrMoveIconPanelToY;
     double fPanelTargetY = 0;     // scroll position that the panel is moving to, in pixels

@@ -7,6 +7,7 @@
 #include "shell/frmDncMenu.h"
 #include "shell/MachineButton.h"
 #include "shell/MachineList.h"
+#include "shell/UndoBar.h"
 #include "shell/viewChild.h"
 #include "shell/viewMC.h"
 
@@ -127,6 +128,12 @@ void AppDelegate::removeMcIcon(int index)
     icon->setParent(nullptr);
     // The click that brought us here may still be running inside the icon.
     QTimer::singleShot(0, this, [icon = g::mcIcons[index], child = g::mcChildViews[index]] {});
+    const auto kept = std::make_shared<MachineRecord>();
+    kept->takeSettings(*g::mcIcons[index]);
+    kept->recentPrograms = g::mcIcons[index]->recentPrograms; // a duplicate has none
+    kept->MCINDEX = index;
+    deleted_.append(kept);
+    offerUndo();
     g::mcIcons.removeAt(index);
     g::mcChildViews.removeAt(index);
     if (iCurrentMcIcon == index) {
@@ -139,6 +146,24 @@ void AppDelegate::removeMcIcon(int index)
     list_->goNear(index);
     g::saveAllMcSettings();
     showLogos();
+}
+
+void AppDelegate::offerUndo()
+{
+    ui->undoBar->setHidden(deleted_.isEmpty());
+    if (!deleted_.isEmpty()) ui->undoBar->offer(deleted_.last()->MCNAME);
+}
+
+void AppDelegate::btnUndo_Click()
+{
+    if (deleted_.isEmpty()) return;
+    const auto kept = deleted_.takeLast();
+    const auto machine = g::makeMcIcon();
+    machine->takeSettings(*kept);
+    machine->recentPrograms = kept->recentPrograms;
+    insertMachine(static_cast<int>(std::min<qint64>(kept->MCINDEX, g::mcIcons.size())), machine);
+    showDockedChild();
+    offerUndo();
 }
 
 void AppDelegate::renumberMachines()

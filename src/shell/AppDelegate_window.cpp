@@ -7,6 +7,7 @@
 #include "shell/AwakeKeeper.h"
 #include "shell/KeysWindow.h"
 #include "shell/MachineList.h"
+#include "shell/UndoBar.h"
 #include "shell/UserGuide.h"
 #include "widgets/Images.h"
 #include "widgets/Reasons.h"
@@ -64,6 +65,11 @@ void AppDelegate::setUpWindow()
     ui->setupUi(&window_);
     QApplication::setWindowIcon(Images::applicationIcon());
     list_ = std::make_unique<MachineList>(*ui);
+    connect(ui->undoBar, &UndoBar::undoWanted, this, &AppDelegate::btnUndo_Click);
+    connect(ui->undoBar, &UndoBar::dismissed, this, [this] {
+        deleted_.clear();
+        offerUndo();
+    });
     connect(list_.get(), &MachineList::moveWanted, this, &AppDelegate::moveMachine);
     connect(list_.get(), &MachineList::duplicateWanted, this, &AppDelegate::duplicateMachine);
     connect(list_.get(), &MachineList::programWanted, this, &AppDelegate::openProgram);

@@ -45,8 +45,7 @@ public:
     /// A transfer is running: Stop is shown in the place of Send and Rewind.
     bool dncRunning() const;
     void setDncRunning(bool running) { panel_.showRunning(running); }
-    // Framing texts from the machine record, in characters.
-    void setEOB();
+    void setEOB(); ///< like the next two, a framing text from the machine record, in characters
     void setSOT();
     void setEOT();
     void btnSend_Click();

@@ -6,6 +6,7 @@
 
 #include "editor/ProgramEditor.h"
 #include "shell/frmChild.h"
+#include "shell/MachineButton.h"
 #include "shell/viewChild.h"
 
 #include <QLabel>
@@ -230,6 +231,52 @@ private Q_SLOTS:
         Answers answers({"Save", folder_.filePath("gone/O7.nc"), "OK"});
         QVERIFY(!leave("close") && answers.areAllGiven());
         QVERIFY(answers.said.last().startsWith("Could not save file"));
+    }
+
+    void enterAloneStopsAndDeletesNothing()
+    {
+        start();
+        op_->send(1, program_);
+        mcIconAt(1)->button()->setFocus();
+        for (int times = 0; times < 3; ++times)
+            op_->press(Qt::Key_Return);
+        op_->toFront();
+        mcIconAt(1)->button()->setFocus();
+        Answers answers({"Enter"});
+        op_->press(Qt::Key_Delete);
+        QVERIFY(answers.areAllGiven() && g::mcIcons.size() == 2 && op_->isShown("btnStop"));
+    }
+
+    void deletedMachinesComeBackInTheirPlaces()
+    {
+        line_ = std::make_unique<PtyPair>();
+        QList<QString> names;
+        std::vector<std::shared_ptr<MachineRecord>> machines;
+        for (const char* name : {"A", "B", "C"}) {
+            machines.push_back(Shop::machineOn(line_->devicePath(), "Okuma"));
+            machines.back()->MCNAME = name;
+        }
+        machines[1]->MCXMODEM0 = true;
+        Shop::store(machines);
+        op_.reset();
+        op_ = std::make_unique<Operator>();
+        g::saveAllMcSettings();
+        const auto before = Preferences::string("Varnock");
+        QVERIFY(!op_->isShown("undoBar"));
+        for (const int index : {2, 1}) {
+            Answers answers({"Delete"});
+            op_->click("btnDeleteIcon", mcIconAt(index));
+        }
+        op_->choose(1, "btnSetup"); // it is at another place when they come back
+        QVERIFY(g::mcIcons.size() == 2 && g::mcIcons[1]->MCNAME == "C");
+        op_->click("btnUndo");
+        op_->click("btnUndo");
+        QCOMPARE(Preferences::string("Varnock"), before);
+        QVERIFY(!op_->isShown("undoBar") && childViewAt(3)->iMcIndex == 3);
+        Answers answers({"Delete"});
+        op_->click("btnDeleteIcon", mcIconAt(2));
+        op_->click("btnDismiss");
+        QVERIFY(!op_->isShown("undoBar") && g::mcIcons.size() == 3);
     }
 
     void newIsTakenBackByUndo()
