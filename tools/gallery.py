@@ -132,7 +132,7 @@ class Photographer:
         self._sending(CONTROLS[0])
 
     def _about(self):
-        self._window.press("F1")
+        self._window.click("About Varnock", "Varnock")
         self._window.wait_for("About Varnock", inside="About Varnock")
         self._take("about")
         self._window.press("Escape")

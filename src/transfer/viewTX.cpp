@@ -131,7 +131,8 @@ void viewTX::moveHeading(QBoxLayout& strip)
 {
     strip.insertWidget(1, ui->boxHeading);
     const int gap = ui->mainLayout->spacing();
-    ui->headLayout->setContentsMargins(2 * gap, 0, gap, 0);
+    const bool isFirst = strip.itemAt(0)->isEmpty(); // nothing stands before it
+    ui->headLayout->setContentsMargins(isFirst ? 0 : 2 * gap, 0, gap, 0);
 }
 
 MachineProgress& viewTX::progress() const
