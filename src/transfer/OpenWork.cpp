@@ -49,7 +49,7 @@ QString unsavedDetail(const OpenWork& work)
     if (work.unsaved == Unsaved::Setup) return QStringLiteral("Without Save the setup stays as it was.");
     if (work.unsaved == Unsaved::Nothing) return {};
     return work.program.isEmpty()
-               ? QStringLiteral("The program exists only in this window.")
+               ? QStringLiteral("It exists only in this window. Without Save it is lost.")
                : QStringLiteral("What has changed in %1 exists only in this window.").arg(work.program);
 }
 

@@ -127,6 +127,7 @@ void TransferPanel::showProgramPath(const QString& path)
 void TransferPanel::showSaved(const QString& note)
 {
     ui_.lblSaved->setText(note);
+    ui_.lblSaved->setHidden(note.isEmpty());
 }
 
 void TransferPanel::showState(const QString& headline, const QString& details)

@@ -29,7 +29,7 @@ public:
     /// The line as a short summary, and in words.
     void showLine(const QString& summary, const QString& line);
     void showProgramPath(const QString& path);
-    /// Whether the program is saved, beside its path.
+    /// Whether the program is saved, beside its state.
     void showSaved(const QString& note);
     void showState(const QString& headline, const QString& details);
     void showStateImage(const QString& image);

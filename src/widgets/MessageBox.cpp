@@ -10,7 +10,8 @@
 
 namespace
 {
-constexpr int pictureSize = 32; // pixels
+constexpr int pictureSize = 32;      // pixels
+constexpr int detailCharacters = 50; // a line of details; by itself the box would be as narrow as its buttons
 
 // What messages and questions have in common.
 void setUp(QMessageBox& box, const QString& text)
@@ -45,8 +46,10 @@ qsizetype MessageBox::choose(QWidget* parent, const Question& question)
         bold.setBold(true);
         label->setFont(bold);
     }
-    if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
+    if (auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel"))) {
         label->setTextFormat(Qt::PlainText); // the box sets only its heading's
+        label->setMinimumWidth(detailCharacters * label->fontMetrics().averageCharWidth());
+    }
 
     QList<QAbstractButton*> buttons;
     for (qsizetype index = 0; index <= question.last(); ++index) {

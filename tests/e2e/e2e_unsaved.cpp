@@ -9,6 +9,7 @@
 #include "shell/MachineButton.h"
 #include "shell/viewChild.h"
 
+#include <QDir>
 #include <QLabel>
 
 #include <functional>
@@ -277,6 +278,28 @@ private Q_SLOTS:
         op_->click("btnDeleteIcon", mcIconAt(2));
         op_->click("btnDismiss");
         QVERIFY(!op_->isShown("undoBar") && g::mcIcons.size() == 3);
+    }
+
+    void savedProgramShowsItsPlaceAndTheFolderIsRemembered()
+    {
+        start();
+        receive();
+        QCOMPARE(Operator::find<QLabel>("lblSaved")->text(), "Not saved");
+        const QDir folder(folder_.path());
+        QVERIFY(folder.mkpath("programs"));
+        const QString path = folder.filePath("programs/other.nc");
+        Answers answers({path});
+        op_->click("btnSave");
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(answers.proposed, QStringList{"O7.nc"});
+        QCOMPARE(Operator::find<QLineEdit>("txtPath")->text(), path);
+        QCOMPARE(Operator::find<QLabel>("lblSaved")->text(), "Saved");
+        op_->restart();
+        receive();
+        op_->click("btnSave");
+        const auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        QVERIFY(dialog && dialog->labelText(QFileDialog::LookIn) == "Save in:");
+        QCOMPARE(dialog->directory(), QDir(folder.filePath("programs")));
     }
 
     void newIsTakenBackByUndo()
