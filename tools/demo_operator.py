@@ -80,6 +80,7 @@ class Operator:
         self._picture(control.picture)
         simulator.wait_until_complete()
         self._wait_for_text(simulator, 1)
+        self._window.wait_until_gone("Receiving", MAIN_WINDOW)  # leaving would be asked about
         self._window.click("Save program", MAIN_WINDOW)
         self._window.choose_file(simulator.result, SAVE_DIALOG)
         processes.wait_until(simulator.result.exists, f"{simulator.result.name} to be saved")
