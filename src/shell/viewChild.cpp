@@ -177,7 +177,7 @@ void viewChild::keyPressEvent(QKeyEvent* event)
 
 void viewChild::takeFocus()
 {
-    if (vtx) vtx->setFocus();
+    if (vtx) vtx->takeFocus();
     if (vSet) vSet->setFocus();
 }
 

@@ -148,11 +148,15 @@ void TransferPanel::showRunning(bool isRunning)
     ui_.btnRewind->setHidden(isRunning);
     ui_.btnStop->setHidden(!isRunning);
     if (byKeyboard) ui_.btnStop->setFocus();
-    // Where the focus goes when the operator turns to this view: no stray key there ends anything or changes a text.
+}
+
+void TransferPanel::takeFocus()
+{
+    const bool isRunning = ui_.btnSend->isHidden();
     QWidget* first = ui_.btnSend;
     if (isRunning) first = ui_.rt1;
     if (ui_.boxTxButtons->isHidden()) first = ui_.btnSave;
-    view_.setFocusProxy(first);
+    first->setFocus();
 }
 
 void TransferPanel::showLock(bool isLocked, bool isRunning)

@@ -36,6 +36,8 @@ public:
 
     /// Stop in the place of Send and Rewind. From Send, the keyboard focus moves to Stop.
     void showRunning(bool isRunning);
+    /// Moves the focus to where the operator goes on: no stray key there ends anything or changes a text.
+    void takeFocus();
     /// Whether the text is locked by the operator; a running transfer locks it in any case.
     void showLock(bool isLocked, bool isRunning);
 

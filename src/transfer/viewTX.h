@@ -42,9 +42,9 @@ public:
     void machineChanged();
     /// The heading stands second in `strip` from now on, and not at the top of the view.
     void moveHeading(QBoxLayout& strip);
-    /// A transfer is running: Stop is shown in the place of Send and Rewind.
-    bool dncRunning() const;
+    bool dncRunning() const; ///< a transfer is running: Stop is shown in the place of Send and Rewind
     void setDncRunning(bool running) { panel_.showRunning(running); }
+    void takeFocus() { panel_.takeFocus(); }
     void setEOB(); ///< like the next two, a framing text from the machine record, in characters
     void setSOT();
     void setEOT();

@@ -67,6 +67,7 @@ private Q_SLOTS:
         QTRY_COMPARE(QApplication::focusWidget()->objectName(), "btnSend");
         op.press(Qt::Key_Return);
         QCOMPARE(second.readAtLeast(3), "M30");
+        QTRY_VERIFY(op.isShown("btnSend"));
         op.answerNextMessage("Stop"); // the other machine's
         QVERIFY(op.window().close());
 

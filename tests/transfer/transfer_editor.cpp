@@ -19,6 +19,7 @@ private Q_SLOTS:
     {
         TransferRig rig;
         rig.startWith(program);
+        rig.editor->setFocus();
         for (int lock = 0; lock < 2; ++lock) { // Tab always leaves the editor, Ctrl+L locks and unlocks
             QTest::keyClick(rig.editor, Qt::Key_Tab);
             QVERIFY(!rig.editor->hasFocus());
