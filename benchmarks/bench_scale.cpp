@@ -187,6 +187,7 @@ int main(int argc, char* argv[])
     QApplication application(argc, argv);
     const QTemporaryDir folder;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
+    qputenv("XDG_DATA_HOME", folder.path().toLocal8Bit()); // the history's
     if (argc < 2) manyMachines(folder);
     largePrograms(folder);
     return 0;

@@ -63,6 +63,11 @@ change of the text looks at the changed lines and puts up to 1000 findings into 
 takes to compare a program with another one.
 `build/release/benchmarks/bench_program`:
 {program}
+## History
+
+The history's window with its file in memory, from the click until the rows are there.
+`build/release/benchmarks/bench_history`:
+{history}
 ## Start
 
 From the start of the process to the main window on the display, with 50 machines and {starts} starts:
@@ -106,7 +111,8 @@ def main():
             starts = [start_time(folder) for _ in range(STARTS)]
             text = TEXT.format(date=datetime.date.today(), machine=machine(), fifo=16, wire=run("bench_wire"),
                                xmodem=run("bench_xmodem"), scale=run("bench_scale"),
-                               transfer=run("bench_transfer"), program=run("bench_program"), starts=STARTS,
+                               transfer=run("bench_transfer"), program=run("bench_program"),
+                               history=run("bench_history"), starts=STARTS,
                                median=statistics.median(starts), longest=max(starts))
     (SOURCE / "docs" / "performance.md").write_text(text)
     print(text)

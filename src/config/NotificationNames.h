@@ -19,6 +19,7 @@ inline constexpr QLatin1String activityChanged_Event("activityChanged_Event"); /
 inline constexpr QLatin1String sendButton_Clicked("sendButton_Clicked");
 inline constexpr QLatin1String receiveButton_Clicked("receiveButton_Clicked");
 inline constexpr QLatin1String setupButton_Clicked("setupButton_Clicked");
+inline constexpr QLatin1String historyButton_Clicked("historyButton_Clicked");
 inline constexpr QLatin1String showViewButton_Clicked("showViewButton_Clicked");
 inline constexpr QLatin1String dockButton_Clicked("dockButton_Clicked"); ///< by an undocked window with its index
 
@@ -28,7 +29,7 @@ inline constexpr QLatin1String childGotFocus_Event("childGotFocus_Event");      
 inline constexpr QLatin1String dockedChildLeaving_Event("dockedChildLeaving_Event"); ///< with the machine's index
 
 // Posted by a transfer view, with what the history keeps of the transfer
-inline constexpr QLatin1String transferEnded("transferEnded");
+inline constexpr QLatin1String transferRecorded_Event("transferRecorded_Event");
 /// The key of that entry in a notification's values.
 inline constexpr QLatin1String transferEntry("entry");
 

@@ -72,7 +72,7 @@ History::History(const QString& folder)
     };
     keeper_ = std::make_shared<HistoryKeeper>(QDir(folder).filePath(QStringLiteral("history.sqlite")), tell);
     NotificationCenter::defaultCenter().addObserver(
-        this, Notifications::transferEnded, nullptr, [this](const Notification& notification) {
+        this, Notifications::transferRecorded_Event, nullptr, [this](const Notification& notification) {
             add(notification.userInfo.value(Notifications::transferEntry).value<TransferEntry>());
         });
     connect(&daily_, &QTimer::timeout, this, &History::removeOld);

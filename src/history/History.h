@@ -13,9 +13,10 @@
 
 class HistoryKeeper;
 
-/// The history of all transfers: notes each one that views report with "transferEnded", and answers what a page asks.
-/// The application owns it. Main thread; all calls return at once, since the file is read and written on a thread of
-/// its own. Answers come on the main thread, in the order of the questions; after `asker` is gone they are dropped.
+/// The history of all transfers: notes each one that views report with "transferRecorded_Event", and answers what a
+/// page asks. The application owns it. Main thread; all calls return at once, since the file is read and written on a
+/// thread of its own. Answers come on the main thread, in the order of the questions; after `asker` is gone they are
+/// dropped.
 class History : public QObject
 {
     Q_OBJECT

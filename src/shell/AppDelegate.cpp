@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "config/NotificationNames.h"
+#include "history/HistoryPage.h"
 #include "shell/AwakeKeeper.h"
 #include "shell/Leaving.h"
 #include "shell/MachineList.h"
@@ -12,9 +13,13 @@
 #include "widgets/MessageBox.h"
 
 #include <QApplication>
+#include <QStandardPaths>
 
-AppDelegate::AppDelegate() : ui(std::make_unique<Ui::mainWindow>())
+AppDelegate::AppDelegate()
+    : history_(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)),
+      ui(std::make_unique<Ui::mainWindow>())
 {
+    connect(&history_, &History::problem, this, &AppDelegate::tellHistoryProblem);
     g::makeMcIcon = [] { return std::make_shared<viewMC>(); };
     g::makeMcChildView = [] { return std::make_shared<viewChild>(); };
     g::showMessage = [this](const QString& text, const QString& first, const QString& second) {
@@ -67,6 +72,7 @@ void AppDelegate::registerObservers()
     observePlain(Notifications::setupButton_Clicked, &AppDelegate::setupButton_Clicked);
     observePlain(Notifications::sendButton_Clicked, &AppDelegate::sendButton_Clicked);
     observePlain(Notifications::receiveButton_Clicked, &AppDelegate::receiveButton_Clicked);
+    observePlain(Notifications::historyButton_Clicked, &AppDelegate::historyButton_Clicked);
     observePlain(Notifications::showViewButton_Clicked, &AppDelegate::showViewButton_Clicked);
     observe(Notifications::dockButton_Clicked, &AppDelegate::dockButton_Clicked);
     observePlain(Notifications::childGotFocus_Event, &AppDelegate::childGotFocus_Event);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "history/History.h"
 #include "platform/NotificationCenter.h"
 #include "shell/TransferNotice.h"
 
@@ -12,6 +13,7 @@
 
 class AwakeKeeper;
 class frmDncMenu;
+class HistoryPage;
 class MachineList;
 struct MachineRecord;
 class viewChild;
@@ -77,6 +79,13 @@ public:
     /// Opens the machine's send view with that program. Ignored while a question is open.
     void openProgram(int index, const QString& path);
 
+    // --- History (AppDelegate_history.cpp) -------------------------------------------------------------------------
+    void historyButton_Clicked();
+    /// Of that machine; with no name that of all.
+    void showHistory(const QString& machine);
+    /// Opens a send view of the machine of that name with this program file; asks which machine, if there is none.
+    void openAgain(const QString& machine, const QString& program);
+
     // --- Window (AppDelegate_window.cpp) ---------------------------------------------------------------------------
     /// From the strip of machines to the whole window, and back, in steps.
     void expandMainMenu();
@@ -116,9 +125,12 @@ private:
     void showDockedChild();
     void showLogos();
     void showEmptyPane();
+    void tellHistoryProblem(const QString& text);
 
     QMainWindow window_;
     TransferNotice notice_{window_};
+    History history_; // outlives the views, which report to it when they end
+    std::unique_ptr<HistoryPage> historyPage_;
     std::unique_ptr<Ui::mainWindow> ui;
     std::unique_ptr<MachineList> list_;
     std::unique_ptr<AwakeKeeper> awake_;

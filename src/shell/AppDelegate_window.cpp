@@ -86,6 +86,8 @@ void AppDelegate::setUpWindow()
     ui->btnUp->setIcon(Images::icon(QStringLiteral("up")));
     ui->btnDn->setIcon(Images::icon(QStringLiteral("down")));
     ui->btnAbout->setIcon(Images::icon(QStringLiteral("about")));
+    ui->btnAllHistory->setIcon(Images::icon(QStringLiteral("history")));
+    connect(ui->btnAllHistory, &QPushButton::clicked, this, [this] { showHistory({}); });
     connect(ui->btnAddMC, &QPushButton::clicked, this, &AppDelegate::btnAddMC_Click);
     connect(ui->btnUp, &QToolButton::clicked, this, &AppDelegate::btnUp_Click);
     connect(ui->btnDn, &QToolButton::clicked, this, &AppDelegate::btnDown_Click);

@@ -27,12 +27,14 @@ frmDncMenu::frmDncMenu(const MachineRecord& machine, QWidget* parent)
     ui->btnTX->setIcon(Images::icon(QStringLiteral("send")));
     ui->btnRX->setIcon(Images::icon(QStringLiteral("receive")));
     ui->btnSetup->setIcon(Images::icon(QStringLiteral("setup")));
+    ui->btnHistory->setIcon(Images::icon(QStringLiteral("history")));
     ui->btnCloseMenu->setIcon(Images::icon(QStringLiteral("close")));
     connect(ui->btnShowView, &QPushButton::clicked, this, &frmDncMenu::btnShowView_Click);
     connect(ui->btnDockView, &QPushButton::clicked, this, &frmDncMenu::btnDockView_Click);
     connect(ui->btnTX, &QPushButton::clicked, this, &frmDncMenu::btnTX_Click);
     connect(ui->btnRX, &QPushButton::clicked, this, &frmDncMenu::btnRX_Click);
     connect(ui->btnSetup, &QPushButton::clicked, this, &frmDncMenu::btnSetup_Click);
+    connect(ui->btnHistory, &QPushButton::clicked, this, &frmDncMenu::btnHistory_Click);
     connect(ui->btnCloseMenu, &QToolButton::clicked, this, &frmDncMenu::btnCloseMenu_Click);
     offerView(OpenView::None);
 }
@@ -63,6 +65,7 @@ void frmDncMenu::keyPressEvent(QKeyEvent* event)
     const std::map<int, QAbstractButton*> letters = {{Qt::Key_S, ui->btnTX},
                                                      {Qt::Key_R, ui->btnRX},
                                                      {Qt::Key_U, ui->btnSetup},
+                                                     {Qt::Key_H, ui->btnHistory},
                                                      {Qt::Key_V, ui->btnShowView},
                                                      {Qt::Key_D, ui->btnDockView}};
     if (const auto letter = letters.find(event->key()); letter != letters.end() && letter->second->isVisible()) {
@@ -116,6 +119,11 @@ void frmDncMenu::btnTX_Click()
 void frmDncMenu::btnRX_Click()
 {
     choose(Notifications::receiveButton_Clicked);
+}
+
+void frmDncMenu::btnHistory_Click()
+{
+    choose(Notifications::historyButton_Clicked);
 }
 
 void frmDncMenu::btnCloseMenu_Click()

@@ -31,6 +31,7 @@ public:
     void btnSetup_Click();
     void btnTX_Click();
     void btnRX_Click();
+    void btnHistory_Click();
     void btnCloseMenu_Click();
 
 Q_SIGNALS:

@@ -4,6 +4,7 @@
 #include "config/LineSettings.h"
 #include "config/NotificationNames.h"
 #include "platform/NotificationCenter.h"
+#include "program/ProgramName.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -43,28 +44,38 @@ void TransferRecord::sent(const QByteArray& bytes)
     if (isUnderWay_) carry(bytes);
 }
 
+void TransferRecord::beginReception(const MachineRecord& machine, const QString& path)
+{
+    if (isUnderWay_) return;
+    begin(TransferEntry::Direction::Received, machine);
+    head_.clear();
+    pathBefore_ = path;
+}
+
 void TransferRecord::receivedText(const MachineRecord& machine, const QByteArray& bytes, const QString& path)
 {
     for (qsizetype from = 0; from < bytes.size();) {
-        if (!isUnderWay_) begin(TransferEntry::Direction::Received, machine);
+        beginReception(machine, path);
         const QByteArray rest = bytes.mid(from);
         const qsizetype own = end_.take(rest);
         carry(rest.first(own));
+        head_ += rest.first(std::min(own, static_cast<qsizetype>(ProgramName::searchedText) - head_.size()));
         entry_.count += rest.first(own).count('\n');
         from += own;
         if (from < bytes.size()) end({.path = path});
     }
 }
 
-void TransferRecord::receivedXModem(const MachineRecord& machine, const QByteArray& bytes)
+void TransferRecord::receivedXModem(const MachineRecord& machine, const QByteArray& bytes, const QString& path)
 {
-    if (!isUnderWay_) begin(TransferEntry::Direction::Received, machine);
+    beginReception(machine, path);
     carry(bytes);
 }
 
 bool TransferRecord::isCutShort(bool isArriving) const
 {
-    return isXModem_ || end_.isCutShort() || (isArriving && !end_.isClosed());
+    const bool isSent = entry_.direction == TransferEntry::Direction::Sent;
+    return isSent || isXModem_ || end_.isCutShort() || (isArriving && !end_.isClosed());
 }
 
 void TransferRecord::leaveLine(const HoldTimes::Sum& held, qsizetype unsent)
@@ -86,13 +97,15 @@ void TransferRecord::end(const Result& result)
     hash_.addData(last_);
     entry_.sha256 = hash_.result();
     entry_.ended = QDateTime::currentMSecsSinceEpoch();
-    entry_.path = result.path;
-    entry_.program = QFileInfo(result.path).fileName();
+    if (!isReceived || result.path != pathBefore_) entry_.path = result.path;
+    entry_.program = QFileInfo(entry_.path).fileName();
+    if (isReceived && entry_.path.isEmpty())
+        entry_.program = ProgramName::number({head_.constData(), static_cast<std::size_t>(head_.size())});
     entry_.outcome = end_.isClosed() ? Outcome::Finished : result.outcome;
     entry_.unit = isXModem_ ? TransferEntry::Unit::Blocks : TransferEntry::Unit::Lines;
     if (isXModem_) entry_.count = result.blocks;
     if (!isXModem_ && !isReceived) entry_.count = result.line - entry_.fromLine;
     if (entry_.outcome != Outcome::Finished) entry_.stoppedAt = isReceived ? entry_.count : result.line;
-    NotificationCenter::defaultCenter().post(Notifications::transferEnded, &view_,
+    NotificationCenter::defaultCenter().post(Notifications::transferRecorded_Event, &view_,
                                              {{Notifications::transferEntry, QVariant::fromValue(entry_)}});
 }

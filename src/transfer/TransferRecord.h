@@ -10,8 +10,8 @@
 
 class QObject;
 
-/// Gathers what the history keeps of one transfer at a time and reports it at its end, with "transferEnded". A transfer
-/// view owns it and tells it what goes over the line. Main thread.
+/// Gathers what the history keeps of one transfer at a time and reports it at its end, with "transferRecorded_Event". A
+/// transfer view owns it and tells it what goes over the line. Main thread.
 class TransferRecord
 {
 public:
@@ -33,13 +33,14 @@ public:
     void sent(const QByteArray& bytes);
 
     /// These bytes of a program as text have arrived; the first begin a reception. A program that was closed has ended
-    /// when the next one begins.
+    /// when the next one begins. `path` is the view's file, which belongs to the program only if it changes from now
+    /// on.
     void receivedText(const MachineRecord& machine, const QByteArray& bytes, const QString& path);
     /// These bytes have arrived by XModem.
-    void receivedXModem(const MachineRecord& machine, const QByteArray& bytes);
+    void receivedXModem(const MachineRecord& machine, const QByteArray& bytes, const QString& path);
     /// The control has closed the program that it sent as text.
     bool isClosed() const { return isUnderWay_ && end_.isClosed(); }
-    /// If nothing more can come of a reception: its end is missing.
+    /// If nothing more can come of it: the end is missing.
     bool isCutShort(bool isArriving) const;
 
     bool isUnderWay() const { return isUnderWay_; }
@@ -51,6 +52,7 @@ public:
 
 private:
     void begin(TransferEntry::Direction direction, const MachineRecord& machine);
+    void beginReception(const MachineRecord& machine, const QString& path);
     void carry(const QByteArray& bytes);
 
     QObject& view_;
@@ -61,4 +63,6 @@ private:
     QCryptographicHash hash_{QCryptographicHash::Sha256};
     QByteArray last_; // given last and not in the sum yet, since a stop may keep a part of it from the line
     ProgramEnd end_;
+    QByteArray head_; // of what has arrived: as much of it as its name is looked for in
+    QString pathBefore_;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "transfer/TransferStatus.h"
 
-#include "transfer/TransferWords.h"
+#include "config/TransferWords.h"
 
 #include <algorithm>
 #include <iterator>

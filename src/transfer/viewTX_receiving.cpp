@@ -16,10 +16,10 @@ void viewTX::RxOnComm()
     if (bytes.isEmpty()) return;
     if (booModeTX) return actOnReplies(bytes);
     if (isXModem()) {
-        record_.receivedXModem(*mc, bytes);
+        record_.receivedXModem(*mc, bytes, file_.path());
         return carryOut(xmodemReceive_.take(bytes));
     }
-    record_.receivedText(*mc, bytes, ui->txtPath->text());
+    record_.receivedText(*mc, bytes, file_.path());
     appendReceived(LineEnds::collapseDoubled(bytes));
 }
 

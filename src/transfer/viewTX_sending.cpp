@@ -4,8 +4,8 @@
 
 #include "config/g.h"
 #include "config/LineSettings.h"
+#include "config/TransferWords.h"
 #include "transfer/MachineProgress.h"
-#include "transfer/TransferWords.h"
 #include "transfer/XModemWords.h"
 
 #include <QTime>

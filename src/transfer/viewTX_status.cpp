@@ -2,8 +2,8 @@
 #include "transfer/viewTX.h"
 #include "ui_viewTX.h"
 
-#include "protocol/XModemBlock.h"
 #include "protocol/Framing.h"
+#include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/XModemWords.h"
 
@@ -115,7 +115,7 @@ void viewTX::record(std::optional<Ending> ending)
     result.line = *ending == Ending::Finished ? iNumLines() + 1 : facts(status_.entered()).line;
     const auto sent = xmodemSend_.acknowledged() + XModemBlock::dataSize - 1;
     result.blocks = booModeTX ? sent / XModemBlock::dataSize : xmodemReceive_.blocks();
-    result.path = ui->txtPath->text();
+    result.path = file_.path();
     record_.end(result);
 }
 

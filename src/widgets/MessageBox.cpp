@@ -64,3 +64,15 @@ qsizetype MessageBox::choose(QWidget* parent, const Question& question)
     const auto chosen = buttons.indexOf(box.clickedButton());
     return chosen < 0 ? question.last() : chosen;
 }
+
+void MessageBox::tell(QWidget* parent, const QString& text)
+{
+    auto* box = new QMessageBox(parent);
+    setUp(*box, text);
+    box->setObjectName(QStringLiteral("noticeBox"));
+    box->setWindowModality(Qt::NonModal);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setAttribute(Qt::WA_ShowWithoutActivating); // what is being typed is for another window
+    box->addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+    box->show();
+}

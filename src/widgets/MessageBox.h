@@ -12,6 +12,8 @@ namespace MessageBox
 /// button. With two, Enter chooses the second: a slip must not delete or send anything. Carriage returns in the text
 /// show as line breaks.
 bool ask(QWidget* parent, const QString& text, const QString& firstButton, const QString& secondButton);
+/// A message over `parent` that waits for nobody: all windows go on, and it stays until it is read.
+void tell(QWidget* parent, const QString& text);
 
 struct Question {
     QString heading;     ///< what it is about

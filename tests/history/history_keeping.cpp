@@ -221,7 +221,7 @@ void KeepingTest::notesWhatViewsReport()
     History history(folder_.filePath("data"));
     QSignalSpy added(&history, &History::added);
     NotificationCenter::defaultCenter().post(
-        Notifications::transferEnded, this,
+        Notifications::transferRecorded_Event, this,
         {{Notifications::transferEntry, QVariant::fromValue(Entries::make(3, QDateTime::currentMSecsSinceEpoch()))}});
     QCOMPARE(added.size(), 1);
     QStringList found;

@@ -21,7 +21,7 @@ public:
     Reported()
     {
         NotificationCenter::defaultCenter().addObserver(
-            &observer_, Notifications::transferEnded, nullptr, [this](const Notification& notification) {
+            &observer_, Notifications::transferRecorded_Event, nullptr, [this](const Notification& notification) {
                 append(notification.userInfo.value(Notifications::transferEntry).value<TransferEntry>());
             });
     }
@@ -265,10 +265,20 @@ void RecordTest::closedProgramIsReportedWhenTheLineIsQuiet()
     Reported reported;
     TransferRig rig;
     rig.start(false);
+    rig.open("O9\n");
     rig.deliver("%\nO1\nM30\n%\n");
     QCOMPARE(reported.size(), 0); // the trailer may still be coming
     QTRY_COMPARE(reported.size(), 1);
     QCOMPARE(reported[0].outcome, Outcome::Finished);
+    QCOMPARE(reported[0].path, ""); // not that of the program that was opened before
+    QCOMPARE(reported[0].program, "O1");
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("O2.nc");
+    rig.deliver("%\nO2\n");
+    QVERIFY(rig.view->saveFile(path));
+    rig.deliver("M30\n%\n");
+    rig.view.reset();
+    QCOMPARE(reported[1].path, path);
 }
 
 QTEST_MAIN(RecordTest)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "transfer/TransferWords.h"
+#include "config/TransferWords.h"
 
 #include <QLocale>
 
