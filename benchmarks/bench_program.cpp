@@ -58,7 +58,7 @@ QByteArray programByChance(unsigned kinds, int changed, unsigned seed)
 void compare(const char* name, const QByteArray& left, const QByteArray& right)
 {
     qsizetype differences = 0;
-    const double time = seconds([&] { differences = ProgramCompare::compare(left, right, {})->size(); });
+    const double time = seconds([&] { differences = ProgramCompare::compare(left, right, {})->differences().size(); });
     std::printf("| %d blocks, %s | %lld | %.2f s |\n", million, name, static_cast<long long>(differences), time);
     std::fflush(stdout);
 }

@@ -25,14 +25,14 @@ std::vector<int> kindsOf(const ComparedLines& lines, Kinds& kinds, const std::at
 }
 
 // The stretch of the text from one of the lines that are compared to another, with the empty lines between them.
-std::pair<qsizetype, qsizetype> stretch(const ComparedLines& lines, qsizetype begin, qsizetype end)
+Comparison::Stretch stretch(const ComparedLines& lines, qsizetype begin, qsizetype end)
 {
     return {lines.number(begin), begin == end ? 0 : lines.number(end - 1) - lines.number(begin) + 1};
 }
 } // namespace
 
-std::optional<QList<Difference>> ProgramCompare::compare(QByteArrayView left, QByteArrayView right,
-                                                         const CompareRules& rules, const std::atomic<bool>* cancelled)
+std::optional<Comparison> ProgramCompare::compare(QByteArrayView left, QByteArrayView right, const CompareRules& rules,
+                                                  const std::atomic<bool>* cancelled)
 {
     const ComparedLines leftLines(left, rules, cancelled), rightLines(right, rules, cancelled);
     Kinds kinds;
@@ -42,7 +42,7 @@ std::optional<QList<Difference>> ProgramCompare::compare(QByteArrayView left, QB
     LineMatch match(leftKinds, rightKinds, static_cast<int>(kinds.size()) + 1, cancelled);
     if (!match.run()) return {};
 
-    QList<Difference> differences;
+    Comparison comparison;
     const auto isLeftOnly = [&](qsizetype line) {
         return line < leftLines.count() && !match.isLeftMatched(static_cast<std::size_t>(line));
     };
@@ -57,13 +57,10 @@ std::optional<QList<Difference>> ProgramCompare::compare(QByteArrayView left, QB
         while (isRightOnly(atRight))
             ++atRight;
         if (atLeft == leftBegin && atRight == rightBegin) {
-            ++atLeft;
-            ++atRight;
+            comparison.addSame(leftLines.number(atLeft++), rightLines.number(atRight++));
             continue;
         }
-        const auto [leftFirst, leftCount] = stretch(leftLines, leftBegin, atLeft);
-        const auto [rightFirst, rightCount] = stretch(rightLines, rightBegin, atRight);
-        differences.append({leftFirst, leftCount, rightFirst, rightCount});
+        comparison.add({stretch(leftLines, leftBegin, atLeft), stretch(rightLines, rightBegin, atRight)});
     }
-    return differences;
+    return comparison;
 }

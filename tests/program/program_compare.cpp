@@ -8,31 +8,35 @@
 #include <numeric>
 #include <random>
 
+using Side = Comparison::Side;
+
 namespace
 {
-QList<Difference> differencesOf(const QByteArray& left, const QByteArray& right, const CompareRules& rules = {true})
+using Differences = QList<Comparison::Difference>;
+
+Differences differencesOf(const QByteArray& left, const QByteArray& right, const CompareRules& rules = {true})
 {
-    return *ProgramCompare::compare(left, right, rules);
+    return ProgramCompare::compare(left, right, rules)->differences();
 }
 
 // "2+1|3+0": line 2 on the left, nothing in front of line 3 on the right.
-QString inWords(const QList<Difference>& differences)
+QString inWords(const Differences& differences)
 {
     QStringList words;
-    for (const auto& [leftFirst, leftCount, rightFirst, rightCount] : differences)
-        words.append(QStringLiteral("%1+%2|%3+%4").arg(leftFirst).arg(leftCount).arg(rightFirst).arg(rightCount));
+    for (const auto& [left, right] : differences)
+        words.append(QStringLiteral("%1+%2|%3+%4").arg(left.first).arg(left.count).arg(right.first).arg(right.count));
     return words.join(u' ');
 }
 
 // The left lines with those of the right in the place of what differs.
-QByteArrayList applied(const QList<Difference>& differences, const QByteArrayList& left, const QByteArrayList& right)
+QByteArrayList applied(const Differences& differences, const QByteArrayList& left, const QByteArrayList& right)
 {
     QByteArrayList lines;
     qsizetype at = 0;
-    for (const auto& [leftFirst, leftCount, rightFirst, rightCount] : differences) {
-        lines += left.sliced(at, leftFirst - 1 - at);
-        lines += right.sliced(rightFirst - 1, rightCount);
-        at = leftFirst - 1 + leftCount;
+    for (const auto& [out, in] : differences) {
+        lines += left.sliced(at, out.first - 1 - at);
+        lines += right.sliced(in.first - 1, in.count);
+        at = out.first - 1 + out.count;
     }
     return lines + left.sliced(at);
 }
@@ -91,6 +95,8 @@ private Q_SLOTS:
     void findsWhatDiffers();
     void blockNumbers_data();
     void blockNumbers();
+    void whatStandsSideBySide_data();
+    void whatStandsSideBySide();
     void fewestLinesDifferInShortPrograms();
     void makesTheOtherOfALongProgram_data();
     void makesTheOtherOfALongProgram();
@@ -171,6 +177,41 @@ void ProgramCompareTest::blockNumbers()
     QTEST(differencesOf(left, right, {false}).isEmpty(), "isSame");
 }
 
+void ProgramCompareTest::whatStandsSideBySide_data()
+{
+    QTest::addColumn<QByteArray>("left");
+    QTest::addColumn<QByteArray>("right");
+    QTest::addColumn<QList<int>>("besideLeft"); // for each line of the left the line of the right
+    QTest::addColumn<QList<int>>("besideRight");
+    const auto row = [](const char* name, const QByteArray& left, const QByteArray& right, const QList<int>& besideLeft,
+                        const QList<int>& besideRight) {
+        QTest::newRow(name) << left << right << besideLeft << besideRight;
+    };
+    row("a changed line", "A\nB\nC", "A\nX\nC", {1, 2, 3}, {1, 2, 3});
+    row("lines put in", "A\nB\nC", "A\nX\nY\nB\nC", {1, 4, 5}, {1, 2, 2, 2, 3});
+    row("lines put in at the head", "A\nB", "X\nY\nA\nB", {3, 4}, {1, 1, 1, 2});
+    row("one line for two", "A\nB\nC\nD", "A\nX\nD", {1, 2, 3, 3}, {1, 2, 4});
+    row("more at the end", "A\nB", "A\nB\nC\nD", {1, 2}, {1, 2, 3, 4});
+    row("line ends LF CR CR", "A\n\r\rB\n\r\rC", "A\nB\nC", {1, 2, 2, 2, 3, 3, 3}, {1, 4, 7});
+}
+
+void ProgramCompareTest::whatStandsSideBySide()
+{
+    QFETCH(QByteArray, left);
+    QFETCH(QByteArray, right);
+    const auto comparison = *ProgramCompare::compare(left, right, {});
+    const auto beside = [&](Side side, qsizetype lines) {
+        QList<int> numbers;
+        for (int line = 1; line <= lines; ++line)
+            numbers.append(static_cast<int>(comparison.beside(side, line)));
+        return numbers;
+    };
+    QFETCH(QList<int>, besideLeft);
+    QFETCH(QList<int>, besideRight);
+    QCOMPARE(beside(Side::Left, besideLeft.size()), besideLeft);
+    QCOMPARE(beside(Side::Right, besideRight.size()), besideRight);
+}
+
 void ProgramCompareTest::fewestLinesDifferInShortPrograms()
 {
     Chance chance(11);
@@ -183,7 +224,7 @@ void ProgramCompareTest::fewestLinesDifferInShortPrograms()
         QCOMPARE(applied(differences, left, right), right);
         qsizetype lines = 0;
         for (const auto& difference : differences)
-            lines += difference.leftCount + difference.rightCount;
+            lines += difference.left.count + difference.right.count;
         QCOMPARE(lines, fewestLinesThatDiffer(left, right));
     }
 }
