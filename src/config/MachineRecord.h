@@ -57,6 +57,7 @@ struct MachineRecord {
     bool MCSAVEPFX = false;     ///< a flag, although MCREMOPFX beside it is a text
     bool MCXMODEM0 = false;     ///< XModem counts its blocks to 255 and then 0, not 1
     QStringList recentPrograms; ///< see RecentPrograms; no part of the settings text
+    QString lastSentProgram;    ///< path of the program sent last, since the start; no part of the settings text
 
 protected:
     MachineRecord& operator=(const MachineRecord&) = default;

@@ -111,6 +111,8 @@ void EditorActions::showMenu(const QPoint& at)
     addEditing(menu);
     menu->addSeparator();
     menu->addActions({find_, goToLine_});
+    menu->addSeparator();
+    menu->addActions(furtherActions_);
     menu->popup(editor_->mapToGlobal(at));
 }
 

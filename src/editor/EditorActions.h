@@ -15,6 +15,9 @@ class EditorActions : public QObject
 public:
     EditorActions(QWidget* view, ProgramEditor* editor, FindBar* bar);
 
+    /// Shows these at the end of the menu, too.
+    void addToMenu(const QList<QAction*>& actions) { furtherActions_ += actions; }
+
 private:
     QAction* add(const QString& text, const QList<QKeySequence>& keys, void (EditorActions::*handler)());
     void find();
@@ -38,4 +41,5 @@ private:
     ProgramSearch* search_;
     QAction* find_;
     QAction* goToLine_;
+    QList<QAction*> furtherActions_;
 };

@@ -77,9 +77,9 @@ EditorColours::EditorColours(const QPalette& palette)
     : paper(palette.color(QPalette::Base)), accent(palette.color(QPalette::Highlight)),
       selection(tint(paper, accent, 0.35)), lineOut(tint(paper, accent, 0.25)), caretLine(tint(paper, accent, 0.1)),
       match(tint(paper, QColor(255, 180, 0), luminance(paper) > 0.18 ? 0.35 : 0.2)),
-      alarm(tint(paper, QColor(220, 40, 40), 0.3))
+      added(tint(paper, QColor(60, 180, 75), 0.3)), alarm(tint(paper, QColor(220, 40, 40), 0.3))
 {
-    const QList<QColor> grounds{paper, selection, lineOut, caretLine, match};
+    const QList<QColor> grounds{paper, selection, lineOut, caretLine, match, added};
     ink = readable(palette.color(QPalette::Text), grounds);
     margin = between(paper, ink, 0.06);
     lineNumber = readable(between(margin, ink, 0.55), {margin});

@@ -8,8 +8,8 @@
 
 #include <array>
 
-/// The editor's colours, made from a palette, light or dark. Text is readable on the paper, in a selection, in a match
-/// and on the line going out: its contrast to each is at least `readableContrast`.
+/// The editor's colours, made from a palette, light or dark. Text is readable on the paper, in a selection, in a match,
+/// on the line going out and on one that was added: its contrast to each is at least `readableContrast`.
 struct EditorColours {
     static constexpr double readableContrast = 4.5; // WCAG 2.1, level AA
 
@@ -22,6 +22,7 @@ struct EditorColours {
     QColor lineOut;
     QColor caretLine;
     QColor match;
+    QColor added; ///< lines that only one of two programs has
     QColor alarm; ///< background of a field with a wrong entry
     QColor margin;
     QColor lineNumber;

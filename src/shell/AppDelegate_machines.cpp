@@ -101,6 +101,7 @@ void AppDelegate::duplicateMachine(int index)
     };
     const auto copy = g::makeMcIcon();
     copy->takeSettings(*g::mcIcons[index]);
+    copy->lastSentProgram.clear();
     const QString name = copy->MCNAME + QStringLiteral(" copy");
     copy->MCNAME = name;
     for (int number = 2; isTaken(copy->MCNAME); ++number)

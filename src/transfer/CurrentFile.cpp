@@ -71,6 +71,15 @@ QFileDialog* CurrentFile::openDialog(const MachineRecord& machine) const
     return dialog;
 }
 
+QFileDialog* CurrentFile::compareDialog(const MachineRecord& machine) const
+{
+    auto* dialog = openDialog(machine);
+    dialog->setObjectName(QStringLiteral("compareDialog"));
+    dialog->setWindowTitle(QStringLiteral("Compare with file"));
+    dialog->setLabelText(QFileDialog::Accept, QStringLiteral("Compare"));
+    return dialog;
+}
+
 QFileDialog* CurrentFile::saveDialog(const MachineRecord& machine, std::string_view text) const
 {
     const QString proposed =

@@ -31,6 +31,7 @@ public:
     /// Dialogs that start in the machine's program folder; without one, in the folder used last for the machine, also
     /// before the last restart.
     QFileDialog* openDialog(const MachineRecord& machine) const;
+    QFileDialog* compareDialog(const MachineRecord& machine) const;
     /// Proposes the file's own name; for a program without a file, one made from its text.
     QFileDialog* saveDialog(const MachineRecord& machine, std::string_view text) const;
 

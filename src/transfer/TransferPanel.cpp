@@ -36,6 +36,7 @@ void TransferPanel::setUp()
     ui_.btnStep->hide();
     ui_.btnNew->setIcon(Images::icon(QStringLiteral("new")));
     ui_.btnFolder->setIcon(Images::icon(QStringLiteral("open")));
+    ui_.btnCompare->setIcon(Images::icon(QStringLiteral("compare")));
     ui_.btnSave->setIcon(Images::icon(QStringLiteral("save")));
     ui_.btnSend->setIcon(Images::icon(QStringLiteral("send")));
     ui_.btnStop->setIcon(Images::icon(QStringLiteral("stop")));

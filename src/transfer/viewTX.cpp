@@ -9,6 +9,7 @@
 #include "config/NotificationNames.h"
 #include "editor/EditorActions.h"
 #include "protocol/XModemBlock.h"
+#include "transfer/CompareMenu.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramDrop.h"
 #include "transfer/ProgramFile.h"
@@ -70,7 +71,9 @@ viewTX::viewTX(QWidget* parent)
     ui->btnFolder->setPopupMode(QToolButton::MenuButtonPopup);
     tmrStatus_.setSingleShot(true);
     clock_.start();
-    new EditorActions(this, ui->rt1, ui->findBar);
+    auto* compare = new CompareMenu(this, *ui->rt1, file_, [this]() -> const MachineRecord& { return *mc; });
+    ui->btnCompare->setMenu(compare);
+    (new EditorActions(this, ui->rt1, ui->findBar))->addToMenu(compare->actions());
     viewDidLoad();
 }
 
@@ -153,6 +156,7 @@ void viewTX::enter(TransferState state)
     status_.enter(state, now());
     if (booModeTX && state == TransferState::Sending && !record_.isUnderWay()) {
         sp->restartHoldTimes();
+        mc->lastSentProgram = file_.path();
         record_.beginSend(*mc, isXModem() ? 1 : facts(TransferState::WaitingForStart).line);
     }
     setDncRunning(status_.isRunning());
