@@ -23,7 +23,8 @@ AppDelegate::AppDelegate()
     g::makeMcIcon = [] { return std::make_shared<viewMC>(); };
     g::makeMcChildView = [] { return std::make_shared<viewChild>(); };
     g::showMessage = [this](const QString& text, const QString& first, const QString& second) {
-        return MessageBox::ask(&window_, text, first, second);
+        if (msgHeading_.isEmpty()) return MessageBox::ask(&window_, text, first, second);
+        return MessageBox::choose(&window_, {msgHeading_, text + msgDetail_, {first, second}}) == 0;
     };
     setUpWindow();
 }

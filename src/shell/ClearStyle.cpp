@@ -14,7 +14,7 @@
 namespace
 {
 constexpr int darkLightness = 128;
-constexpr int outlineAlpha = 110, disabledAlpha = 50; // of the text colour, of 255
+constexpr int hintAlpha = 160, outlineAlpha = 110, disabledAlpha = 50; // of the text colour, of 255
 constexpr double usualPoints = 10;
 
 // What the platform's style leaves out: it goes by the screen's resolution, not by the size of the text.
@@ -49,6 +49,15 @@ void fitIcon(QAbstractButton& button)
     button.setIconSize({TextLook::scaled(button, usual.width()), TextLook::scaled(button, usual.height())});
 }
 } // namespace
+
+// Dark themes' own colour for the hints in empty fields can be as dark as the field.
+void ClearStyle::polish(QPalette& palette)
+{
+    QProxyStyle::polish(palette);
+    QColor hint = palette.color(QPalette::Text);
+    hint.setAlpha(hintAlpha);
+    palette.setColor(QPalette::PlaceholderText, hint);
+}
 
 // Once for each widget, before it is shown.
 void ClearStyle::polish(QWidget* widget)

@@ -13,6 +13,7 @@ public:
     using QProxyStyle::QProxyStyle;
 
     void polish(QWidget* widget) override;
+    void polish(QPalette& palette) override;
     using QProxyStyle::polish;
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
