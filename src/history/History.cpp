@@ -88,7 +88,7 @@ History::~History()
 void History::add(const TransferEntry& entry)
 {
     worker_.post([keeper = keeper_, entry] { keeper->add(entry); });
-    Q_EMIT added();
+    Q_EMIT changed();
 }
 
 // Both the question and the answer may be asked for after this object is gone, but not after `asker` is.
@@ -157,5 +157,11 @@ void History::countOlderThan(QObject* asker, int days, int most, std::function<v
 void History::removeOld()
 {
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    worker_.postSteps([keeper = keeper_, now] { return keeper->removeOld(now); });
+    worker_.postSteps([keeper = keeper_, now, self = QPointer(this)] {
+        if (keeper->removeOld(now)) return true;
+        MainQueue::post([self] {
+            if (self) Q_EMIT self->changed();
+        });
+        return false;
+    });
 }

@@ -48,7 +48,8 @@ public:
     void countOlderThan(QObject* asker, int days, int most, std::function<void(qint64)> answer);
 
 Q_SIGNALS:
-    void added();
+    /// Entries have come, or old ones have been deleted.
+    void changed();
     /// Something is wrong with the file. Told once, in words for the operator.
     void problem(const QString& text);
 

@@ -2,12 +2,12 @@
 #include "history/HistoryPage.h"
 #include "ui_HistoryPage.h"
 
-#include "config/g.h"
 #include "config/TransferWords.h"
 #include "history/History.h"
 #include "history/HistoryWords.h"
 #include "widgets/FileDialogs.h"
 #include "widgets/Images.h"
+#include "widgets/MessageBox.h"
 #include "widgets/TextLook.h"
 
 #include <QApplication>
@@ -47,7 +47,7 @@ HistoryPage::HistoryPage(History& history, QWidget* parent)
     connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this), &QShortcut::activated, this, &QWidget::close);
     tmrReload_.setSingleShot(true);
     connect(&tmrReload_, &QTimer::timeout, this, &HistoryPage::reload);
-    connect(&history_, &History::added, this, [this] {
+    connect(&history_, &History::changed, this, [this] {
         if (!tmrReload_.isActive()) tmrReload_.start(reloadPause);
     });
     showEntry();
@@ -258,7 +258,8 @@ void HistoryPage::exportAll()
             ui->lblCount->setText(error.isEmpty() ? QStringLiteral("Exported to %1").arg(QFileInfo(path).fileName())
                                                   : QStringLiteral("Not exported"));
             if (error.isEmpty()) return;
-            g::msgBox(QStringLiteral("Could not save file %1\r\r%2").arg(path, error), QStringLiteral("OK"), {});
+            MessageBox::ask(this, QStringLiteral("Could not save file %1\r\r%2").arg(path, error), QStringLiteral("OK"),
+                            {});
         });
     });
     dialog->open();

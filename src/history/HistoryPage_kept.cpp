@@ -3,9 +3,9 @@
 #include "history/HistoryPage.h"
 #include "ui_HistoryPage.h"
 
-#include "config/g.h"
 #include "config/TransferWords.h"
 #include "history/History.h"
+#include "widgets/MessageBox.h"
 
 namespace
 {
@@ -39,8 +39,9 @@ void HistoryPage::keptChosen()
     history_.countOlderThan(this, days, mostCounted, [this, days](qint64 old) {
         const QString question = QStringLiteral("Delete %1 from the history?\r\rThey are older than %2.");
         const bool isWanted =
-            old == 0 || g::msgBox(question.arg(TransferWords::count(old, "transfer"), ui->cboKept->currentText()),
-                                  QStringLiteral("Delete"), QStringLiteral("Cancel"));
+            old == 0 ||
+            MessageBox::ask(this, question.arg(TransferWords::count(old, "transfer"), ui->cboKept->currentText()),
+                            QStringLiteral("Delete"), QStringLiteral("Cancel"));
         isWanted ? keep(days) : showKept(keptDays_);
     });
 }
@@ -49,5 +50,4 @@ void HistoryPage::keep(int days)
 {
     keptDays_ = days;
     history_.setKeptDays(days);
-    applyFilter();
 }
