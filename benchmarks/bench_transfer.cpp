@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What large programs and many machines cost. Prints a table; run it from a release build. Arguments choose
-// parts: open, line, search, send, receive, settings.
+// parts: open, line, search, compare, send, receive, settings.
 #include "benchmarks/BenchStation.h"
 #include "config/g.h"
 #include "config/NotificationNames.h"
+#include "editor/CompareWindow.h"
 #include "editor/ProgramEditor.h"
 #include "editor/ProgramSearch.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
+#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -94,6 +97,40 @@ void benchSendingOneLine(int megabytes)
     std::printf("send  one line of %4d MB   longest without an answer %8.1f ms\n", megabytes,
                 static_cast<double>(longest) / 1e6);
     station.view.btnStop_Click();
+}
+
+// Every thousandth line is another one.
+void benchComparing(int lines)
+{
+    QByteArray other = program(lines);
+    for (qsizetype at = 0; at < other.size(); at += 40'000)
+        other[at] = 'M';
+    ProgramEditor editor;
+    editor.setProgram(program(lines));
+    QElapsedTimer timer, turn;
+    timer.start();
+    auto* window = new CompareWindow(editor, QStringLiteral("A"), other, QStringLiteral("B"), nullptr);
+    window->show();
+    QApplication::processEvents();
+    const double opened = milliseconds(timer);
+    const auto* count = window->findChild<QLabel*>("lblDifferences");
+    qint64 longest = 0; // ns without an answer
+    while (count->text().endsWith(u'.')) {
+        turn.restart();
+        QApplication::processEvents(QEventLoop::AllEvents, 1);
+        longest = std::max(longest, turn.nsecsElapsed());
+    }
+    const double compared = milliseconds(timer);
+    turn.restart();
+    for (int step = 0; step < 100; ++step) {
+        window->findChild<QPushButton*>("btnNextDifference")->click();
+        QApplication::processEvents();
+    }
+    std::printf("compare %7d lines   %s   open %8.1f ms   in %8.1f ms   longest without an answer %8.1f ms   "
+                "to the next %6.1f ms\n",
+                lines, qPrintable(count->text()), opened, compared, static_cast<double>(longest) / 1e6,
+                milliseconds(turn) / 100);
+    delete window;
 }
 
 // Looks for what is not there, which takes longest.
@@ -253,6 +290,7 @@ int main(int argc, char* argv[])
     each("line", {1, 40}, benchOneLine);
     each("line", {1, 40}, benchSendingOneLine);
     each("search", {1000, 1'000'000}, benchSearching);
+    each("compare", {1000, 1'000'000}, benchComparing);
     each("send", {0}, [](int) { benchSending(); });
     each("receive", {10'000, 1'000'000}, benchReceiving);
     each("settings", {50}, benchSettings);

@@ -163,9 +163,18 @@ class Photographer:
         self._window.wait_for("Send now")
         self._take("wait-box")
 
+    def _compare(self, control):
+        self._window.press("ctrl+d")
+        self._window.choose_file(control.sample, "Compare with file")
+        self._window.wait_for("Next difference")
+        self._take("compare")
+        self._window.press("Escape")
+        self._window.wait_until_gone("Next difference")
+
     def _sending(self, control):
         self._open_program(control)
         self._take("send-idle")
+        self._compare(CONTROLS[2])
         self._send()
         processes.wait_until(lambda: self._window.share("Transfer progress", "Varnock") >= 0.2, "some of the program")
         self._take("sending")

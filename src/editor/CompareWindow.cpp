@@ -22,13 +22,6 @@ QString countText(qsizetype count)
     if (count == 1) return QStringLiteral("1 difference");
     return QStringLiteral("%1 differences").arg(QLocale().toString(count));
 }
-
-void copyText(const ProgramEditor& from, ProgramEditor& to)
-{
-    const QByteArray text = from.wholeText();
-    to.SendScintilla(QsciScintilla::SCI_SETUNDOCOLLECTION, 0UL);
-    to.SendScintilla(QsciScintilla::SCI_APPENDTEXT, static_cast<uintptr_t>(text.size()), text.constData());
-}
 } // namespace
 
 CompareWindow::CompareWindow(const ProgramEditor& editor, const QString& name, const QByteArray& fileBytes,
@@ -44,7 +37,7 @@ CompareWindow::CompareWindow(const ProgramEditor& editor, const QString& name, c
     ui->lblLeftProgram->setText(name.isEmpty() ? QStringLiteral("In the editor")
                                                : QStringLiteral("In the editor: %1").arg(name));
     ui->lblRightProgram->setText(QStringLiteral("File: %1").arg(QDir::toNativeSeparators(path)));
-    copyText(editor, *ui->txtLeft);
+    ui->txtLeft->copyProgram(editor);
     ui->txtRight->setProgram(fileBytes);
     scroll_ = new PairedScroll(ui->txtLeft, ui->txtRight);
     setUp(ui->txtLeft, Side::Left);

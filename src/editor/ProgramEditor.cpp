@@ -5,7 +5,6 @@
 #include "editor/GCodeColouring.h"
 
 #include <QAccessible>
-#include <QInputMethodEvent>
 
 #include <algorithm>
 
@@ -117,6 +116,19 @@ void ProgramEditor::setProgram(const QByteArray& fileBytes)
     moveCaretTo(0);
 }
 
+void ProgramEditor::copyProgram(const ProgramEditor& other)
+{
+    clearLineOut();
+    hasUnsavedBytes_ = false;
+    const auto text = other.view({0, other.textSize()});
+    changeText(Undo::StartsAnew, [&] {
+        scintilla(SCI_CLEARALL);
+        scintilla(SCI_ALLOCATE, static_cast<qsizetype>(text.size()) + 1);
+        SendScintilla(SCI_APPENDTEXT, static_cast<uintptr_t>(text.size()), text.data());
+    });
+    moveCaretTo(0);
+}
+
 void ProgramEditor::clearProgram()
 {
     clearLineOut();
@@ -203,31 +215,12 @@ void ProgramEditor::clearLineOut()
     lineOut_ = -1;
 }
 
-template <typename Handle> void ProgramEditor::watch(Handle handle)
-{
-    if (!isShown()) return; // no input to text that the operator cannot see
-    const qsizetype caretBefore = caret();
-    const qsizetype sizeBefore = textSize();
-    handle();
-    if (caret() != caretBefore || textSize() != sizeBefore) Q_EMIT operatorTouched();
-}
-
 void ProgramEditor::setCaretHeld(bool held)
 {
     if (held != caretHeld_) leavePlace();
     caretHeld_ = held;
     setCaretLineVisible(!held); // could be taken for the mark of the line going out
     keepCaretInSight();
-}
-
-void ProgramEditor::showPlace(Line place)
-{
-    if (!caretHeld_) return watch([&] { select(place); });
-    leavePlace();
-    shownPlace_ = place;
-    scintilla(SCI_SETINDICATORCURRENT, placeIndicator);
-    scintilla(SCI_INDICATORFILLRANGE, place.start, place.end - place.start);
-    scintilla(SCI_SCROLLRANGE, place.end, place.start);
 }
 
 void ProgramEditor::leavePlace()
@@ -245,54 +238,4 @@ void ProgramEditor::tellCaret(int updated)
     if (!access || !access->textInterface()) return;
     QAccessibleTextCursorEvent event(this, access->textInterface()->cursorPosition());
     QAccessible::updateAccessibility(&event);
-}
-
-void ProgramEditor::keyPressEvent(QKeyEvent* event)
-{
-    watch([&] { QsciScintilla::keyPressEvent(event); });
-}
-
-void ProgramEditor::undo()
-{
-    watch([this] { QsciScintilla::undo(); });
-}
-
-void ProgramEditor::redo()
-{
-    watch([this] { QsciScintilla::redo(); });
-}
-
-void ProgramEditor::cut()
-{
-    watch([this] { QsciScintilla::cut(); });
-}
-
-void ProgramEditor::paste()
-{
-    watch([this] { QsciScintilla::paste(); });
-}
-
-void ProgramEditor::selectAll(bool select)
-{
-    watch([this, select] { QsciScintilla::selectAll(select); });
-}
-
-void ProgramEditor::inputMethodEvent(QInputMethodEvent* event)
-{
-    // No input method may insert a CR: the machine's end of block would not replace it.
-    QInputMethodEvent typed(event->preeditString(), event->attributes());
-    typed.setCommitString(QString(event->commitString()).remove(u'\r'), event->replacementStart(),
-                          event->replacementLength());
-    watch([&] { QsciScintilla::inputMethodEvent(&typed); });
-    event->setAccepted(typed.isAccepted());
-}
-
-void ProgramEditor::mousePressEvent(QMouseEvent* event)
-{
-    watch([&] { QsciScintilla::mousePressEvent(event); });
-}
-
-void ProgramEditor::mouseReleaseEvent(QMouseEvent* event)
-{
-    watch([&] { QsciScintilla::mouseReleaseEvent(event); });
 }

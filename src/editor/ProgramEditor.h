@@ -14,7 +14,7 @@ class GCodeColouring;
 
 /// The editor that holds the NC program. Positions and lengths are always in bytes of its UTF-8 text; the editor
 /// looks them up in its own index, so nothing here takes longer in a long program. Look and keys are in
-/// ProgramEditor_look.cpp.
+/// ProgramEditor_look.cpp, what the operator does in ProgramEditor_input.cpp.
 class ProgramEditor : public QsciScintilla
 {
     Q_OBJECT
@@ -44,6 +44,8 @@ public:
     /// to the top.
     void setProgram(const QByteArray& fileBytes);
     /// Empties the text; undo brings it back.
+    /// Replaces the text with another editor's. The caret goes to the top.
+    void copyProgram(const ProgramEditor& other);
     void clearProgram();
     /// Adds received bytes at the end, one character each; the view follows unless the operator scrolled away. Undo
     /// leaves them alone.
