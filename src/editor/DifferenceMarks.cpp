@@ -33,7 +33,7 @@ constexpr unsigned all = signs | bit(changedColour) | bit(onlyHereColour) | bit(
 DifferenceMarks::DifferenceMarks(QsciScintilla* editor, Side side) : QObject(editor), editor_(editor), side_(side)
 {
     editor->setMarginMarkerMask(signMargin, static_cast<int>(signs));
-    editor->markerDefine(QsciScintilla::SmallRectangle, changedSign);
+    editor->markerDefine(QsciScintilla::LeftRectangle, changedSign);
     editor->markerDefine(QsciScintilla::Plus, onlyHereSign);
     editor->markerDefine(QsciScintilla::Minus, missingSign);
     for (const int colour : {changedColour, onlyHereColour, currentColour})

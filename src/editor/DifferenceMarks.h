@@ -7,7 +7,7 @@
 
 #include <memory>
 
-/// Marks the lines of an editor that differ from another program, by colour and by a sign in the margin: a square where
+/// Marks the lines of an editor that differ from another program, by colour and by a sign in the margin: a bar where
 /// both have something else, "+" where only this one has something, "-" where only the other one has. Only what is
 /// about to be painted is marked, so that the number of differences makes no difference. Owned by the editor.
 class DifferenceMarks : public QObject

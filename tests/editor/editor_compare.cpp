@@ -48,7 +48,7 @@ public:
     {
         return static_cast<int>(editor->SendScintilla(QsciScintilla::SCI_GETFIRSTVISIBLELINE));
     }
-    // The sign in the margin of a line, from 1: "~" for the square.
+    // The sign in the margin of a line, from 1: "~" for the bar.
     static char sign(const ProgramEditor* editor, int line)
     {
         const unsigned marks = editor->markersAtLine(line - 1);
