@@ -80,11 +80,6 @@ void HistoryPage::showColours()
     colours.setColor(QPalette::Highlight, ground);
     colours.setColor(QPalette::HighlightedText, colours.color(QPalette::Text));
     ui->tblHistory->setPalette(colours);
-    colours = QApplication::palette(ui->txtProgram);
-    QColor hint = colours.color(QPalette::Text); // the themes' own may be as dark as a dark ground
-    hint.setAlphaF(0.6F);
-    colours.setColor(QPalette::PlaceholderText, hint);
-    ui->txtProgram->setPalette(colours);
 }
 
 void HistoryPage::changeEvent(QEvent* event)
