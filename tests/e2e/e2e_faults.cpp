@@ -57,6 +57,7 @@ private Q_SLOTS:
         const bool isRoot = ::geteuid() == 0;
         QVERIFY(!isRoot || (::chown(qPrintable(dir_.path()), nobody, nobody) == 0 && ::seteuid(nobody) == 0));
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, dir_.path());
+        qputenv("XDG_DATA_HOME", dir_.path().toLocal8Bit()); // a history that cannot be kept is told in a window
     }
 
     void cleanupTestCase() { QCOMPARE(::seteuid(::getuid()), 0); }

@@ -63,7 +63,7 @@ private Q_SLOTS:
             if (!op.isShown("boxWaitForCNC"))
                 QCOMPARE_GE(editor->SendScintilla(QsciScintillaBase::SCI_LINESONSCREEN), lines);
             const auto* path = op.find<QLineEdit>("txtPath");
-            QCOMPARE_GE(path->width(), path->fontMetrics().horizontalAdvance("O1234-long-name.nc"));
+            QCOMPARE_GE(path->width(), path->fontMetrics().horizontalAdvance("O1234-part1.nc"));
             QCOMPARE(op.find<QScrollArea>("scrRoot")->verticalScrollBar()->maximum(), 0);
         };
         fits("ready");
