@@ -223,6 +223,15 @@ void ProgramEditor::setCaretHeld(bool held)
     keepCaretInSight();
 }
 
+void ProgramEditor::markPlace(Line place)
+{
+    leavePlace();
+    shownPlace_ = place;
+    scintilla(SCI_SETINDICATORCURRENT, placeIndicator);
+    scintilla(SCI_INDICATORFILLRANGE, place.start, place.end - place.start);
+    scintilla(SCI_SCROLLRANGE, place.end, place.start);
+}
+
 void ProgramEditor::leavePlace()
 {
     if (shownPlace_.end == 0) return;

@@ -72,6 +72,8 @@ public:
     QSize sizeHint() const override;
     /// Selects the place; with the caret held, scrolls there and marks it, and stays there while lines go out.
     void showPlace(Line place);
+    /// Scrolls there and marks the place; the caret stays where it is.
+    void markPlace(Line place);
     /// The place that is marked, empty without one.
     Line shownPlace() const { return shownPlace_; }
     /// Takes the mark off and follows the transfer again.

@@ -15,11 +15,7 @@ template <typename Handle> void ProgramEditor::watch(Handle handle)
 void ProgramEditor::showPlace(Line place)
 {
     if (!caretHeld_) return watch([&] { select(place); });
-    leavePlace();
-    shownPlace_ = place;
-    scintilla(SCI_SETINDICATORCURRENT, placeIndicator);
-    scintilla(SCI_INDICATORFILLRANGE, place.start, place.end - place.start);
-    scintilla(SCI_SCROLLRANGE, place.end, place.start);
+    markPlace(place);
 }
 
 void ProgramEditor::keyPressEvent(QKeyEvent* event)

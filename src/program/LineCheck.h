@@ -14,6 +14,8 @@ struct CheckRules {
     // Of the bytes that the machine's settings put around a program. A Fanuc's program loses its own "%" for them.
     bool headHasPercent = false;
     bool tailHasPercent = false;
+
+    bool operator==(const CheckRules&) const = default;
 };
 
 /// Checks single lines. Each takes the same time whatever the program; belongs to one thread.

@@ -111,6 +111,7 @@ void TransferPanel::showMode(bool sends)
     ui_.txtTXorRX->setText(sends ? QStringLiteral("Send to CNC") : QStringLiteral("Receive"));
     Images::showIn(*ui_.imgCell, sends ? QStringLiteral("send") : QStringLiteral("receive"), headingImage);
     ui_.boxTxButtons->setHidden(!sends); // a receive view cannot send
+    ui_.checkLine->setHidden(!sends);
 }
 
 void TransferPanel::showLine(const QString& summary, const QString& line)

@@ -11,6 +11,7 @@
 #include "protocol/XModemBlock.h"
 #include "transfer/CompareMenu.h"
 #include "transfer/MachineProgress.h"
+#include "transfer/MachineRules.h"
 #include "transfer/ProgramDrop.h"
 #include "transfer/ProgramFile.h"
 #include "transfer/RecentMenu.h"
@@ -71,9 +72,8 @@ viewTX::viewTX(QWidget* parent)
     ui->btnFolder->setPopupMode(QToolButton::MenuButtonPopup);
     tmrStatus_.setSingleShot(true);
     clock_.start();
-    auto* compare = new CompareMenu(this, *ui->rt1, file_, [this]() -> const MachineRecord& { return *mc; });
-    ui->btnCompare->setMenu(compare);
-    (new EditorActions(this, ui->rt1, ui->findBar))->addToMenu(compare->actions());
+    new EditorActions(this, ui->rt1, ui->findBar);
+    ui->checkLine->watch(*ui->rt1);
     viewDidLoad();
 }
 
@@ -127,6 +127,7 @@ void viewTX::machineChanged()
     setEOB();
     setSOT();
     setEOT();
+    ui->checkLine->setRules(MachineRules::check(*mc));
     enter(status_.entered()); // what the view shows depends on the flow control, too
 }
 
@@ -164,6 +165,7 @@ void viewTX::enter(TransferState state)
     // An XModem send always starts at the top, when the control asks for it.
     setComboHidden(isXModem() || state == TransferState::Sending);
     panel_.showWaitBox(state, !isXModem());
+    ui->checkLine->setPaused(!booModeTX || status_.isRunning());
 
     const bool isTimed = booModeTX ? state == TransferState::Sending : state != TransferState::PortLost;
     if (!isXModem() || !isTimed)
