@@ -9,6 +9,7 @@ void PlainSend::prepareFromTop(const Setup& setup)
 {
     setup_ = setup;
     copy_ = 1;
+    restartedAt_.reset();
     prepare(Place{State::Waiting, 0}, 0);
 }
 
@@ -16,8 +17,19 @@ void PlainSend::prepareFromCaret(const Setup& setup, qsizetype caret)
 {
     setup_ = setup;
     if (place_ && place_->next != caret) place_.reset();
-    if (!place_) copy_ = 1;
+    if (!place_) {
+        copy_ = 1;
+        restartedAt_.reset();
+    }
     prepare(place_, caret);
+}
+
+void PlainSend::prepareRestart(const Setup& setup, qsizetype position, const QStringList& startBlocks)
+{
+    setup_ = setup;
+    copy_ = 1;
+    restartedAt_ = position;
+    prepare(Place{State::Waiting, position, startBlocks}, position);
 }
 
 void PlainSend::prepare(const std::optional<Place>& place, qsizetype next)
@@ -32,6 +44,7 @@ QByteArray PlainSend::begin(const QByteArray& cutOff)
 {
     const bool continues = willContinue();
     const auto place = std::exchange(place_, {});
+    startBlocks_ = place ? place->startBlocks : QStringList();
     if (continues) {
         state_ = place->reached;
         return cutOff;
@@ -46,13 +59,15 @@ PlainSend::Step PlainSend::written()
 {
     switch (state_) {
     case State::Header:
+    case State::StartBlocks:
     case State::Lines:
-        if (next_ < program_.size()) return {nextLine()};
+        if (!isAllOut()) return {nextLine()};
         state_ = State::Trailer;
         return {Framing::trailer(setup_.filter.type, setup_.endOfTransfer, setup_.endOfBlock)};
     case State::Trailer:
         state_ = State::Idle;
         if (setup_.repeats) {
+            restartedAt_.reset();
             prepare(Place{State::Waiting, 0}, 0);
             ++copy_;
         }
@@ -62,15 +77,24 @@ PlainSend::Step PlainSend::written()
     }
 }
 
+QString PlainSend::takeLine()
+{
+    if (!startBlocks_.isEmpty()) {
+        state_ = State::StartBlocks;
+        return startBlocks_.takeFirst();
+    }
+    state_ = State::Lines;
+    line_ = program_.lineAt(next_);
+    next_ = line_.end;
+    return program_.lineText(line_);
+}
+
 QByteArray PlainSend::nextLine()
 {
-    state_ = State::Lines;
     std::optional<QString> text;
-    do {
-        line_ = program_.lineAt(next_);
-        next_ = line_.end;
-        text = setup_.filter.lineToSend(program_.lineText(line_));
-    } while (!text && next_ < program_.size());
+    do
+        text = setup_.filter.lineToSend(takeLine());
+    while (!text && !isAllOut());
     if (!text) return {};
 
     text->replace(u'\n', setup_.endOfBlock);
@@ -83,7 +107,7 @@ void PlainSend::stop()
 {
     const auto reached = std::exchange(state_, State::Idle);
     // Stopped in its wait, a send keeps the place from which it was to begin.
-    if (reached > State::Waiting) place_ = Place{reached, next_};
+    if (reached > State::Waiting) place_ = Place{reached, next_, std::exchange(startBlocks_, {})};
 }
 
 PlainSend::Restart PlainSend::lose()
@@ -92,7 +116,7 @@ PlainSend::Restart PlainSend::lose()
     stop();
     const auto place = std::exchange(place_, {});
     if (!place) return wasUnderWay ? Restart::FromNext : Restart::Unchanged;
-    if (place->reached < State::Lines) return Restart::FromTop;
+    if (place->reached < State::Lines) return restartedAt_ ? Restart::FromStartBlocks : Restart::FromTop;
     next_ = line_.start;
     return Restart::FromLineOut;
 }
@@ -106,5 +130,6 @@ void PlainSend::rewind()
 {
     state_ = State::Idle;
     place_.reset();
+    restartedAt_.reset();
     next_ = 0;
 }

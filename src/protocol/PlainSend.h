@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -14,7 +15,8 @@
 ///
 ///     Idle ──prepare──> Waiting ──begin, from the top──> Header ──written──> Lines
 ///                       Waiting ──begin, from the caret──> Lines ──written, lines left──> Lines
-///                       Waiting ──begin, continued──> where the stop was: Header, Lines or Trailer
+///                       Waiting ──begin, in the middle──> Header ──written──> StartBlocks ──written──> Lines
+///                       Waiting ──begin, continued──> where the stop was: Header, StartBlocks, Lines or Trailer
 ///     Lines ──written, none left──> Trailer ──written──> Idle, sent; with repeat Waiting, from the top
 ///     any ──stop, lose──> Idle
 class PlainSend
@@ -25,6 +27,7 @@ public:
         Idle,
         Waiting, ///< prepared; begin starts it
         Header,
+        StartBlocks, ///< that a start in the middle of a program sends before its lines
         Lines,
         Trailer,
     };
@@ -49,7 +52,8 @@ public:
         Unchanged, ///< nothing was under way: wherever the operator wants
         FromTop,
         FromNext,
-        FromLineOut, ///< nobody knows how much of this line has arrived; next() is its start
+        FromStartBlocks, ///< not all of them are out: the line at next() is not to be sent without them
+        FromLineOut,     ///< nobody knows how much of this line has arrived; next() is its start
     };
 
     /// The program outlives this object and does not change between prepare and the end of a send.
@@ -59,6 +63,9 @@ public:
     void prepareFromTop(const Setup& setup);
     /// From the line at `caret`. Continues the stopped send if that is where it would go on.
     void prepareFromCaret(const Setup& setup, qsizetype caret);
+    /// From the line at `position`, in the middle: header, these blocks (each closed by "\n"), then the program from
+    /// there.
+    void prepareRestart(const Setup& setup, qsizetype position, const QStringList& startBlocks);
     /// Starts what was prepared and returns the first bytes to write. `cutOff` is what the stop kept from the port: a
     /// continued send begins with it, any other ignores it.
     QByteArray begin(const QByteArray& cutOff);
@@ -83,6 +90,12 @@ public:
     /// The line handed over last; empty, where the send starts, before the first.
     ProgramText::Line lineOut() const { return line_; }
     bool isLastLineOut() const { return next_ > 0 && next_ >= program_.size(); }
+    /// Where the send began or is to begin in the middle, with start blocks; nothing of any other.
+    std::optional<qsizetype> restartedAt() const { return restartedAt_; }
+    /// Start blocks that have not been handed over yet.
+    qsizetype startBlocksLeft() const { return place_ ? place_->startBlocks.size() : startBlocks_.size(); }
+    /// Stopped before all start blocks were out: the lines that follow must not go out without them.
+    bool isStoppedInStart() const { return restartedAt_ && place_ && place_->reached < State::Lines; }
     /// Number of the copy that is prepared, under way or was last; the first is 1.
     int copy() const { return copy_; }
     /// The leader that an Okuma control wants before the first line is still to come.
@@ -93,15 +106,20 @@ private:
     struct Place {
         State reached; // Waiting: the header is still to come
         qsizetype next;
+        QStringList startBlocks = {}; // still to come
     };
 
     void prepare(const std::optional<Place>& place, qsizetype next);
+    bool isAllOut() const { return startBlocks_.isEmpty() && next_ >= program_.size(); }
+    QString takeLine();
     QByteArray nextLine();
 
     const ProgramText& program_;
     Setup setup_;
     State state_ = State::Idle;
     std::optional<Place> place_;
+    QStringList startBlocks_; // of the send under way, still to come
+    std::optional<qsizetype> restartedAt_;
     qsizetype next_ = 0;
     ProgramText::Line line_;
     bool isLeaderDue_ = true;

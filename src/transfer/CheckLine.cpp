@@ -2,9 +2,9 @@
 #include "transfer/CheckLine.h"
 #include "ui_CheckLine.h"
 
+#include "config/TransferWords.h"
 #include "editor/ProgramEditor.h"
 #include "transfer/ProgramChecker.h"
-#include "transfer/TransferWords.h"
 #include "widgets/Images.h"
 #include "widgets/TextLook.h"
 
@@ -17,8 +17,7 @@ constexpr int imageSize = 18; // pixels
 // "Warning, line 12: X stands twice in the block."
 QString inWords(const Finding& finding)
 {
-    const QString severity =
-        finding.severity == Severity::Warning ? QStringLiteral("Warning") : QStringLiteral("Note");
+    const QString severity = finding.severity == Severity::Warning ? QStringLiteral("Warning") : QStringLiteral("Note");
     if (finding.line == 0) return QStringLiteral("%1: %2").arg(severity, finding.text);
     return QStringLiteral("%1, line %2: %3").arg(severity, TransferWords::number(finding.line), finding.text);
 }
@@ -30,7 +29,7 @@ CheckLine::CheckLine(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
     TextLook::dim(*ui->lblCheck);
     connect(ui->btnNextFinding, &QToolButton::clicked, this, [this] { go(1); });
     connect(ui->btnPreviousFinding, &QToolButton::clicked, this, [this] { go(-1); });
-    show({});
+    showReport({});
 }
 
 CheckLine::~CheckLine() = default;
@@ -39,7 +38,7 @@ void CheckLine::watch(ProgramEditor& editor)
 {
     editor_ = &editor;
     checker_ = new ProgramChecker(editor, this);
-    connect(checker_, &ProgramChecker::checked, this, &CheckLine::show);
+    connect(checker_, &ProgramChecker::checked, this, &CheckLine::showReport);
     connect(checker_, &ProgramChecker::outOfDate, this, &CheckLine::showBusy);
 }
 
@@ -53,7 +52,7 @@ void CheckLine::setPaused(bool isPaused)
     checker_->setPaused(isPaused);
 }
 
-void CheckLine::show(const CheckReport& report)
+void CheckLine::showReport(const CheckReport& report)
 {
     report_ = report;
     shown_ = -1;
@@ -76,6 +75,7 @@ void CheckLine::go(qsizetype by)
     showFinding();
     const auto number = static_cast<int>(report_.findings[shown_].line);
     if (number == 0) return editor_->leavePlace(); // the whole program is meant
+    if (!editor_->isShown()) return;
     const auto line = editor_->lineNumbered(std::min(number, editor_->lines()));
     // The caret says where a send goes on: it moves only where the operator can write.
     if (editor_->isReadOnly()) return editor_->markPlace(line);
@@ -94,8 +94,8 @@ void CheckLine::showFinding()
     }
     const Finding& finding = findings[std::max<qsizetype>(shown_, 0)];
     QString text = shown_ < 0 ? QStringLiteral("%1 to look at. ").arg(TransferWords::count(report_.total, "thing"))
-                              : QStringLiteral("%1 of %2. ").arg(TransferWords::number(shown_ + 1),
-                                                                 TransferWords::number(findings.size()));
+                              : QStringLiteral("%1 of %2. ")
+                                    .arg(TransferWords::number(shown_ + 1), TransferWords::number(findings.size()));
     text += inWords(finding);
     showText(text, finding.severity == Severity::Warning ? QStringLiteral("warning") : QStringLiteral("about"));
 }

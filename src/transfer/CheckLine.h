@@ -30,7 +30,7 @@ public:
     void setPaused(bool isPaused);
 
 private:
-    void show(const CheckReport& report);
+    void showReport(const CheckReport& report);
     void showBusy();
     void go(qsizetype by);
     void showFinding();

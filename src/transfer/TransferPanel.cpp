@@ -26,6 +26,15 @@ constexpr int headingImage = 24, stateImage = 32; // pixels, as in the form
 constexpr int lowWindowLines = 32;
 constexpr int nameCharacters = 24;   // of a file name that the path field has room for
 constexpr int noticeCharacters = 60; // of the wait box when its buttons stand beside the text
+constexpr int restartCharacters =
+    64; // of a view that has room for the button; a narrower one has the menu and the keys
+
+void showRestartButton(Ui::viewTX& ui, const QWidget& view)
+{
+    const bool hasRoom = view.width() >= restartCharacters * view.fontMetrics().averageCharWidth();
+    ui.btnRestart->setHidden(!ui.actRestart->isVisible() || !hasRoom);
+    ui.boxTxButtons->setMinimumWidth(ui.buttonLayout->minimumSize().width());
+}
 } // namespace
 
 TransferPanel::TransferPanel(QWidget& view, Ui::viewTX& ui) : view_(view), ui_(ui) {}
@@ -41,6 +50,7 @@ void TransferPanel::setUp()
     ui_.btnSend->setIcon(Images::icon(QStringLiteral("send")));
     ui_.btnStop->setIcon(Images::icon(QStringLiteral("stop")));
     ui_.btnRewind->setIcon(Images::icon(QStringLiteral("rewind")));
+    ui_.actRestart->setIcon(Images::icon(QStringLiteral("restart")));
     ui_.btnHideWaitBox->setIcon(Images::icon(QStringLiteral("close")));
     ui_.btnSendNow->setIcon(Images::icon(QStringLiteral("sendnow")));
     Images::showIn(*ui_.imgWait, QStringLiteral("state-waiting"), stateImage);
@@ -102,7 +112,8 @@ void TransferPanel::fitHeight()
     ui_.mainLayout->setSpacing(gap);
     ui_.mainLayout->setContentsMargins(16, gap, 16, gap);
     const int buttonHeight = isLow ? 32 : 36;
-    for (QWidget* control : std::initializer_list<QWidget*>{ui_.btnStop, ui_.btnRewind, ui_.btnSend, ui_.cbo1})
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{ui_.btnStop, ui_.btnRewind, ui_.btnSend, ui_.cbo1, ui_.btnRestart})
         control->setMinimumHeight(buttonHeight);
 }
 
@@ -159,6 +170,12 @@ void TransferPanel::takeFocus()
     if (isRunning) first = ui_.rt1;
     if (ui_.boxTxButtons->isHidden()) first = ui_.btnSave;
     first->setFocus();
+}
+
+void TransferPanel::offerRestart(bool isOffered)
+{
+    ui_.actRestart->setVisible(isOffered); // hidden, its keys do nothing
+    showRestartButton(ui_, view_);
 }
 
 void TransferPanel::showLock(bool isLocked, bool isRunning)
@@ -252,7 +269,10 @@ bool TransferPanel::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == ui_.btnSend && sendsByEnter(*event)) return true;
     if (watched == &view_ && event->type() == QEvent::FontChange) setUpFonts();
-    if (watched == &view_ && event->type() == QEvent::Resize) fitHeight();
+    if (watched == &view_ && event->type() == QEvent::Resize) {
+        fitHeight();
+        showRestartButton(ui_, view_);
+    }
     if (watched == ui_.boxPBOuter && event->type() == QEvent::Resize) showPercent(percent_);
     // The second click of a double click on Stop lands on Rewind, which has just come up in its place, and would throw
     // away the place where the send continues. (It does not land on Send, which would go on sending.)

@@ -38,6 +38,8 @@ public:
     void showRunning(bool isRunning);
     /// Moves the focus to where the operator goes on: no stray key there ends anything or changes a text.
     void takeFocus();
+    /// "Send from here", as a button, in the menu and by its keys.
+    void offerRestart(bool isOffered);
     /// Whether the text is locked by the operator; a running transfer locks it in any case.
     void showLock(bool isLocked, bool isRunning);
 

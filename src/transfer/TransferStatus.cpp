@@ -151,7 +151,15 @@ QString TransferStatus::details(qint64 now, const TransferFacts& facts)
     default:
         text = receivingDetails(now, facts);
     }
+    if (facts.restartLine > 0 && state(now) != TransferState::Ready) text += u'\n' + restartDetails(facts);
     return facts.notice.isEmpty() ? text : text + u'\n' + facts.notice;
+}
+
+QString TransferStatus::restartDetails(const TransferFacts& facts)
+{
+    const QString text = QStringLiteral("Restart from line %1").arg(number(facts.restartLine));
+    if (facts.startBlocks == 0) return text;
+    return text + QStringLiteral(", %1 to go first").arg(TransferWords::count(facts.startBlocks, "start block"));
 }
 
 QString TransferStatus::sendingDetails(qint64 now, const TransferFacts& facts)

@@ -39,8 +39,10 @@ struct TransferFacts {
     double lineTime = 0; ///< ms that a send would take at the speed of the line
     int blocks = 0;      ///< received with XModem
     int repeats = 0;
-    QString added;  ///< what the line carries besides the program's text
-    QString notice; ///< stands below the rest
+    qint64 restartLine = 0;    ///< of a start in the middle; 0 of any other send
+    qsizetype startBlocks = 0; ///< of it that are still to come
+    QString added;             ///< what the line carries besides the program's text
+    QString notice;            ///< stands below the rest
 };
 
 /// Names the state of a transfer and puts it into words. No window; times are ms of one monotonic clock.
@@ -95,6 +97,7 @@ public:
 
 private:
     bool isHeldByControl() const;
+    static QString restartDetails(const TransferFacts& facts);
     QString sendingDetails(qint64 now, const TransferFacts& facts);
     QString receivingDetails(qint64 now, const TransferFacts& facts) const;
     QString receivedSize(const TransferFacts& facts) const;

@@ -15,6 +15,7 @@
 #include "transfer/ProgramDrop.h"
 #include "transfer/ProgramFile.h"
 #include "transfer/RecentMenu.h"
+#include "transfer/RestartPage.h"
 #include "transfer/TransferHost.h"
 
 namespace
@@ -49,15 +50,20 @@ viewTX::viewTX(QWidget* parent)
     connect(ui->btnLock, &QToolButton::clicked, this, &viewTX::btnLock_Click);
     connect(ui->btnFont, &QToolButton::clicked, this, &viewTX::btnFont_Click);
     connect(&tmrXModemTimer, &QTimer::timeout, this, &viewTX::tmrXModem_Tick);
-    // A send that was stopped is continued only where the operator left it.
-    connect(ui->rt1, &ProgramEditor::operatorTouched, this, [this] {
-        if (!booModeTX || status_.isRunning()) return;
+    // A send that was stopped is continued only where the operator left it. Lines that need the rest of their start
+    // blocks do not go out without them.
+    const auto forgetPlace = [this] {
+        if (plain_.isStoppedInStart() && !status_.isRunning()) ui->cbo1->setCurrentIndex(0);
         plain_.forgetPlace();
+    };
+    connect(ui->rt1, &ProgramEditor::operatorTouched, this, [this, forgetPlace] {
+        if (!booModeTX || status_.isRunning()) return;
+        forgetPlace();
         readyAgain();
     });
     connect(ui->rt1, &ProgramEditor::lineOutShown, this, &viewTX::movePBars);
-    connect(ui->rt1, &QsciScintilla::textChanged, this, [this] {
-        plain_.forgetPlace();
+    connect(ui->rt1, &QsciScintilla::textChanged, this, [this, forgetPlace] {
+        forgetPlace();
         refreshStatusLater();
     });
     connect(ui->cbo1, &QComboBox::activated, this, &viewTX::readyAgain);
@@ -72,7 +78,12 @@ viewTX::viewTX(QWidget* parent)
     ui->btnFolder->setPopupMode(QToolButton::MenuButtonPopup);
     tmrStatus_.setSingleShot(true);
     clock_.start();
-    new EditorActions(this, ui->rt1, ui->findBar);
+    auto* compare = new CompareMenu(this, *ui->rt1, file_, [this]() -> const MachineRecord& { return *mc; });
+    ui->btnCompare->setMenu(compare);
+    (new EditorActions(this, ui->rt1, ui->findBar))->addToMenu(compare->actions() << ui->actRestart);
+    addAction(ui->actRestart);
+    ui->btnRestart->setDefaultAction(ui->actRestart);
+    connect(ui->actRestart, &QAction::triggered, this, &viewTX::btnRestart_Click);
     ui->checkLine->watch(*ui->rt1);
     viewDidLoad();
 }
@@ -123,6 +134,7 @@ void viewTX::initialize(bool send, int mcIndex)
 
 void viewTX::machineChanged()
 {
+    RestartPage::closeAll(*this); // it reads the program as the old settings say
     panel_.showLine(LineWords::shortLine(*mc), LineWords::line(*mc));
     setEOB();
     setSOT();
@@ -160,7 +172,9 @@ void viewTX::enter(TransferState state)
         mc->lastSentProgram = file_.path();
         record_.beginSend(*mc, isXModem() ? 1 : facts(TransferState::WaitingForStart).line);
     }
+    if (status_.isRunning()) RestartPage::closeAll(*this);
     setDncRunning(status_.isRunning());
+    panel_.offerRestart(booModeTX && !isXModem() && !status_.isRunning());
     panel_.showLock(vTextLocked, status_.isRunning());
     // An XModem send always starts at the top, when the control asks for it.
     setComboHidden(isXModem() || state == TransferState::Sending);
@@ -186,6 +200,7 @@ viewTX::TxState viewTX::txState() const
     switch (plain_.state()) {
     case PlainSend::State::Header:
         return {TxState::txState_sending_header};
+    case PlainSend::State::StartBlocks:
     case PlainSend::State::Lines:
         return {TxState::txState_sending_body};
     case PlainSend::State::Trailer:

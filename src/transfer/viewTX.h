@@ -20,6 +20,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 class MachineProgress;
@@ -49,6 +50,7 @@ public:
     void setSOT();
     void setEOT();
     void btnSend_Click();
+    void btnRestart_Click(); ///< shows what a start at the caret's line needs, to be sent from there
     void btnStop_Click();
     void btnRewind_Click();
     void btnSendNow();
@@ -62,7 +64,6 @@ public:
     void startXModemTimer(double interval);
     void tmrXModem_Tick();
     void RxOnComm();
-
     void btnNew_Click();
     void btnFolder_Click();
     void btnSave_Click();
@@ -79,7 +80,6 @@ public:
     void setPBarsHidden(bool hidden);
     /// Shows how far the transfer is: panel, percentage and the machine's icon.
     void movePBars();
-
     serialPort* sp = nullptr; ///< the host's; none before initialize
     std::shared_ptr<MachineRecord> mc;
     NotificationCenter* nc = &NotificationCenter::defaultCenter();
@@ -111,7 +111,6 @@ public:
 
 private:
     enum class Ending { Stopped, Finished, Cancelled, Unconfirmed, PortLost };
-
     void viewDidLoad();
     MachineProgress& progress() const;
     bool isXModem() const;
@@ -119,6 +118,7 @@ private:
     void enter(TransferState state);
     void readyAgain();
     void tellPortLost();
+    void startSend(const std::function<void(const PlainSend::Setup&)>& prepare);
     void waitOrBegin();
     void begin(const QString& how);
     void showLineOut();

@@ -6,6 +6,7 @@
 #include "config/LineSettings.h"
 #include "config/TransferWords.h"
 #include "transfer/MachineProgress.h"
+#include "transfer/RestartPage.h"
 #include "transfer/XModemWords.h"
 
 #include <QTime>
@@ -26,6 +27,35 @@ bool viewTX::startsFromTop() const
 
 void viewTX::btnSend_Click()
 {
+    startSend([this](const PlainSend::Setup& setup) {
+        if (isXModem() || startsFromTop()) btnRewind_Click();
+        if (isXModem()) return;
+        if (startsFromTop())
+            plain_.prepareFromTop(setup);
+        else
+            plain_.prepareFromCaret(setup, ui->rt1->caret());
+    });
+}
+
+void viewTX::btnRestart_Click()
+{
+    if (status_.isRunning() || program_.size() <= 0) return;
+    RestartPage::closeAll(*this);
+    auto* page = new RestartPage(*mc, *ui->rt1, this);
+    connect(page, &RestartPage::sendWanted, this, [this](qsizetype position, const QStringList& blocks) {
+        startSend([&](const PlainSend::Setup& setup) {
+            sp->discardCutOff(); // it belongs to a send that is not continued
+            plain_.prepareRestart(setup, position, blocks);
+            ui->rt1->moveCaretTo(position);
+            ui->cbo1->setCurrentIndex(fromTheCaret);
+        });
+    });
+    page->show();
+}
+
+// For a send of either kind; `prepare` says from where.
+void viewTX::startSend(const std::function<void(const PlainSend::Setup&)>& prepare)
+{
     if (program_.size() <= 0) {
         g::msgBox(QStringLiteral("Can not send an empty file\r\rOpen folder and select a file to send to the CNC"),
                   QStringLiteral("OK"), {});
@@ -38,15 +68,9 @@ void viewTX::btnSend_Click()
     sp->tmrRx_Tick(); // what came before is no start signal; and a port that is gone shows
     if (status_.entered() == TransferState::PortLost || !sp->restoreLine()) return tellPortLost();
     progress().setPBarMaximum(static_cast<double>(program_.size()));
-    if (isXModem() || startsFromTop()) btnRewind_Click();
-    if (isXModem()) return beginSend();
-
     const LineFilter filter{Framing::controlType(mc->MCMODE), mc->MCSTRIPCOMMENTS, mc->MCSTRIPEMPTYLINES};
-    const PlainSend::Setup setup{filter, SOT, EOB, EOT, mc->MCREPEAT};
-    if (startsFromTop())
-        plain_.prepareFromTop(setup);
-    else
-        plain_.prepareFromCaret(setup, ui->rt1->caret());
+    prepare({filter, SOT, EOB, EOT, mc->MCREPEAT});
+    if (isXModem()) return beginSend();
     sendsXModem_ = false;
     waitOrBegin();
 }
@@ -184,10 +208,14 @@ void viewTX::stopMachines(Ending ending)
 void viewTX::showRestart(PlainSend::Restart restart)
 {
     if (restart == PlainSend::Restart::Unchanged) return;
-    ui->cbo1->setCurrentIndex(restart == PlainSend::Restart::FromTop ? fromTheTop : fromTheCaret);
+    const bool isWhole = restart == PlainSend::Restart::FromTop || restart == PlainSend::Restart::FromStartBlocks;
+    ui->cbo1->setCurrentIndex(isWhole ? fromTheTop : fromTheCaret);
     ui->rt1->moveCaretTo(plain_.next()); // clicks during the transfer may have taken it elsewhere
     if (restart == PlainSend::Restart::FromLineOut)
         notice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
+                      .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
+    if (restart == PlainSend::Restart::FromStartBlocks)
+        notice_ = QStringLiteral("Not all start blocks of line %1 were sent. Choose \"Send from here\" again.")
                       .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
 }
 

@@ -72,6 +72,10 @@ TransferFacts viewTX::facts(TransferState state) const
     facts.line = ui->rt1->lineNumber(isOut ? iIndexCurrentLine() : next);
     facts.line = std::min<qint64>(facts.line, std::max<qint64>(facts.lines, 1));
     if (state == TransferState::Sent) facts.lines -= firstLine_ - 1;
+    if (!sendsXModem_ && plain_.restartedAt()) {
+        facts.restartLine = ui->rt1->lineNumber(*plain_.restartedAt());
+        facts.startBlocks = plain_.startBlocksLeft();
+    }
     if (firstLine_ == 1 || sendsXModem_) facts.added = addedTo(*mc, sendsXModem_);
     facts.lineTime = TransferClock::atLineSpeed(plannedSend(facts.isFromTop ? 0 : next));
     return facts;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Who gets events, queued work, and word of a second start of the program.
+#include "platform/LatestWork.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "platform/OrderedQueue.h"
@@ -70,6 +71,7 @@ private Q_SLOTS:
     void filesOfALaterStartAreHandedOver();
     void nonsenseOnTheSocketIsIgnored_data();
     void nonsenseOnTheSocketIsIgnored();
+    void onlyTheLatestAnswerComes();
     void startsWhereNoSocketCanBeMade();
 };
 
@@ -249,6 +251,26 @@ void PartsTest::nonsenseOnTheSocketIsIgnored()
     QVERIFY(!SingleInstance(settings.path()).claim()); // it still listens, and answers in the order of the calls
     QTRY_COMPARE(asked.count(), 1);
     QCOMPARE(given.count(), 0);
+}
+
+void PartsTest::onlyTheLatestAnswerComes()
+{
+    std::atomic<bool> isHeld = true, hasSeenCancel = false;
+    QList<int> answers;
+    const auto done = [&](int answer) { answers << answer; };
+    auto work = std::make_unique<LatestWork>();
+    work->start(
+        [&](const std::atomic<bool>& cancelled) {
+            while (isHeld)
+                std::this_thread::yield();
+            hasSeenCancel = cancelled.load();
+            return std::optional(1); // too late
+        },
+        done);
+    work->start([](const std::atomic<bool>&) { return std::optional(2); }, done);
+    isHeld = false;
+    QTRY_COMPARE(answers, QList<int>{2});
+    QVERIFY(hasSeenCancel);
 }
 
 void PartsTest::startsWhereNoSocketCanBeMade()

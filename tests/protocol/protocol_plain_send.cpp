@@ -8,6 +8,7 @@ namespace
 {
 const QByteArray leader(20, '\0');
 const QByteArray okumaHeader = leader + QByteArray("\x12\0", 2) + leader; // the first line has a leader of its own
+const QStringList startBlocks{"A(B)\n", " \n", "C\n"};
 const QByteArray okumaTrailer = leader + QByteArray("\x14\0\0\0\0\0", 6);
 
 struct Machine {
@@ -47,6 +48,8 @@ private:
             return send.prepareFromCaret(setup_, send.next());
         case 'H': // Send, from the caret, which the operator has put in the second line
             return send.prepareFromCaret(setup_, 4);
+        case 'M': // Send from the second line, with start blocks
+            return send.prepareRestart(setup_, 3, startBlocks);
         case 'b': // the start signal
             underWay_ = send.begin(cutOff_);
             return;
@@ -167,6 +170,19 @@ private Q_SLOTS:
         row("rewound", "TbwwhrTbe", "<<G0;G" + whole);
         row("rewound to continue from the caret", "TbwwhrCbe", "<<G0;GG0;G1;G2;>>.");
         row("sent twice", "TbeTbe", whole + whole);
+
+        const QByteArray middle("<<A(B); ;C;G1;G2;>>.");
+        row("from the middle", "Mbe", middle);
+        row("from the middle, in the wait", "MsCbe", middle);
+        row("from the middle, in the header", "MbhCbe", middle);
+        row("in the first start block", "MbwhCbe", middle);
+        row("again and again in a start block", "MbwhCbsCbhCbe", middle);
+        row("in the last start block", "MbwwwhCbe", middle);
+        row("in the line after the start blocks", "MbwwwwhCbe", middle);
+        row("from the middle, after a stop elsewhere", "TbwwhMbe", "<<G0;G" + middle);
+        row("start blocks given up for the top", "MbwhrTbe", "<<A(" + whole);
+        row("start blocks given up by a click", "MbwhtCbe", "<<A(G1;G2;>>.");
+        row("from the top after the middle", "MbeTbe", middle + whole);
     }
 
     void stopsAndWhatFollows()
@@ -174,6 +190,25 @@ private Q_SLOTS:
         QFETCH(QByteArray, script);
         Line line("G0\nG1\nG2\n", {{}, "<<", ";", ">>"});
         QTEST(line.play(script.constData()), "bytes");
+    }
+
+    void startBlocksGoOutAsLinesDo_data()
+    {
+        QTest::addColumn<Machine>("machine");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("Fanuc") << Machine{.type = ControlType::Fanuc, .eob = "\n"}
+                               << leader + "%\nA(B)\n \nC\nG1\nG2\n%\n.";
+        QTest::newRow("stripped") << Machine{.stripComments = true, .stripEmptyLines = true}
+                                  << QByteArray("A\r\nC\r\nG1\r\nG2\r\n.");
+        QTest::newRow("Okuma: the leader stands before the first of them")
+            << Machine{.type = ControlType::Okuma, .eob = "\n", .stripEmptyLines = true}
+            << okumaHeader + "A(B)\nC\nG1\nG2\n" + okumaTrailer + '.';
+    }
+
+    void startBlocksGoOutAsLinesDo()
+    {
+        QFETCH(Machine, machine);
+        QTEST(Line("G0\nG1\nG2\n", machine.setup()).play("Mbe"), "bytes");
     }
 
     void leaderOfOkuma_data()
@@ -223,6 +258,8 @@ private Q_SLOTS:
         QCOMPARE(line.send.copy(), 3);
         line.play("sT");
         QCOMPARE(line.send.copy(), 1);
+        Line middle("G0\nG1\n", setup); // the start blocks are for the first copy only
+        QCOMPARE(middle.play("Mbwwwwwwbe"), QByteArray("<A(B)\r\n \r\nC\r\nG1\r\n>.<G0\r\nG1\r\n>."));
     }
 
     void lostPortLeavesNothingHalfSent_data()
@@ -241,6 +278,9 @@ private Q_SLOTS:
         QTest::newRow("in the wait to continue there") << QByteArray("TbwwhC") << Restart::FromLineOut << 3;
         QTest::newRow("in the trailer") << QByteArray("Tbwwww") << Restart::FromLineOut << 6;
         QTest::newRow("sent") << QByteArray("Tbe") << Restart::Unchanged << 9;
+        QTest::newRow("in the wait from the middle") << QByteArray("M") << Restart::FromStartBlocks << 3;
+        QTest::newRow("stopped in a start block") << QByteArray("Mbwh") << Restart::FromStartBlocks << 3;
+        QTest::newRow("in the line after the start blocks") << QByteArray("Mbwwww") << Restart::FromLineOut << 3;
     }
 
     void lostPortLeavesNothingHalfSent()
