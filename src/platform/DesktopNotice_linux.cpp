@@ -5,7 +5,7 @@
 #include <QDBusMessage>
 #include <QVariantMap>
 
-// The call and its arguments are those of the desktop notifications' specification, version 1.2.
+// The call and its arguments are those of freedesktop.org's desktop notifications, version 1.2.
 void DesktopNotice::show(const QString& heading, const QString& text)
 {
     constexpr uint replacesNone = 0;

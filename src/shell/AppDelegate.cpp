@@ -15,6 +15,8 @@
 #include <QApplication>
 #include <QStandardPaths>
 
+#include <utility>
+
 AppDelegate::AppDelegate()
     : history_(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)),
       ui(std::make_unique<Ui::mainWindow>())
@@ -24,7 +26,9 @@ AppDelegate::AppDelegate()
     g::makeMcChildView = [] { return std::make_shared<viewChild>(); };
     g::showMessage = [this](const QString& text, const QString& first, const QString& second) {
         if (msgHeading_.isEmpty()) return MessageBox::ask(&window_, text, first, second);
-        return MessageBox::choose(&window_, {msgHeading_, text + msgDetail_, {first, second}}) == 0;
+        // For this box alone: another may open above it.
+        const QString heading = std::exchange(msgHeading_, {});
+        return MessageBox::choose(&window_, {heading, text + std::exchange(msgDetail_, {}), {first, second}}) == 0;
     };
     setUpWindow();
 }

@@ -134,7 +134,7 @@ private:
     std::unique_ptr<Ui::mainWindow> ui;
     std::unique_ptr<MachineList> list_;
     std::unique_ptr<AwakeKeeper> awake_;
-    QString msgHeading_, msgDetail_; // stand above and below the message box's text, where it alone says too little
+    QString msgHeading_, msgDetail_; // of the next message box, above and behind its text, which alone says too little
     QList<std::shared_ptr<MachineRecord>> deleted_; // the last one comes back first; MCINDEX is its place
     QPointer<frmDncMenu> modalMenu;
     QTimer tmrMoveIconPanelToY;

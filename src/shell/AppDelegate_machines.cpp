@@ -116,11 +116,8 @@ void AppDelegate::btnDeleteIcon_Click(const Notification& notification)
     if (index < 0) return;
     msgHeading_ = QStringLiteral("Delete %1").arg(g::mcIcons[index]->MCNAME);
     msgDetail_ = QStringLiteral(" Its settings go, too; Undo brings them back for as long as this window is open.");
-    const bool isWanted =
-        g::msgBox(QStringLiteral("Delete the current MC Icon?"), QStringLiteral("Delete"), QStringLiteral("Cancel"));
-    msgHeading_.clear();
-    msgDetail_.clear();
-    if (!isWanted) return;
+    if (!g::msgBox(QStringLiteral("Delete the current MC Icon?"), QStringLiteral("Delete"), QStringLiteral("Cancel")))
+        return;
     if (auto* child = childViewAt(index); child && !child->mayEnd()) return;
     removeMcIcon(index);
 }

@@ -109,8 +109,11 @@ void RestartPage::read()
     const auto here = editor_.lineNumbered(line());
     ui->lblBlock->setText(editor_.lineText(here).trimmed());
     const auto above = editor_.view({0, here.start});
+    // The blocks of the line before must not go out with this one, however the table is worked on meanwhile.
+    canStart_ = false;
+    ui->btnAddBlock->setEnabled(false);
+    ui->tblBlocks->setBlocks({});
     ui->lblPlan->setText(QStringLiteral("Reading the program..."));
-    ui->btnSendRestart->setEnabled(false);
     const Control control = choices[static_cast<std::size_t>(ui->cboControl->currentIndex())].control;
     work_.start(
         [text = QByteArray(above.data(), static_cast<qsizetype>(above.size())), number = line(),

@@ -10,6 +10,7 @@
 #include "transfer/viewTX.h"
 
 #include <QAbstractItemView>
+#include <QMenu>
 #include <QPointer>
 #include <QRandomGenerator>
 
@@ -184,9 +185,17 @@ class MonkeyTest : public QObject
         op_->restart();
     }
 
+    void answerMenu(QMenu& menu)
+    {
+        note("menu " + menu.objectName());
+        QTest::keyClick(&menu, answers_.bounded(2) == 0 ? Qt::Key_Escape : Qt::Key_Down);
+        if (menu.isVisible()) QTest::keyClick(&menu, Qt::Key_Return);
+    }
+
     // Queued: a dialog may raise another one inside its event loop, and a timer does not fire inside itself.
     void answerDialog()
     {
+        if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) return answerMenu(*menu);
         QPointer<QWidget> dialog = QApplication::activeModalWidget();
         if (!dialog || std::exchange(isAnswering_, true)) return;
         QTimer::singleShot(0, this, [this, dialog] {

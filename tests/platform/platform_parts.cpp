@@ -255,18 +255,20 @@ void PartsTest::nonsenseOnTheSocketIsIgnored()
 
 void PartsTest::onlyTheLatestAnswerComes()
 {
-    std::atomic<bool> isHeld = true, hasSeenCancel = false;
+    std::atomic<bool> hasBegun = false, isHeld = true, hasSeenCancel = false;
     QList<int> answers;
     const auto done = [&](int answer) { answers << answer; };
     auto work = std::make_unique<LatestWork>();
     work->start(
         [&](const std::atomic<bool>& cancelled) {
+            hasBegun = true;
             while (isHeld)
                 std::this_thread::yield();
             hasSeenCancel = cancelled.load();
             return std::optional(1); // too late
         },
         done);
+    QTRY_VERIFY(hasBegun); // work that is cancelled before that is not even begun
     work->start([](const std::atomic<bool>&) { return std::optional(2); }, done);
     isHeld = false;
     QTRY_COMPARE(answers, QList<int>{2});

@@ -60,6 +60,12 @@ inline QByteArray padded(const QByteArray& data, char padding)
     return data.leftJustified((data.size() + 127) / 128 * 128, padding);
 }
 
+// Something is wrong, the view says. Of a send it always says in a line of its own which bytes it has counted.
+inline bool hasNotice(LrzszRig& ends)
+{
+    return ends.rig.text("lblStatus").count(u'\n') > (ends.rig.text("lblStatus").startsWith("The bytes") ? 1 : 0);
+}
+
 // Every character and CR LF, with standard numbers, through lrzsz: the same bytes arrive.
 inline void carryEveryCharacter(bool sends, int size)
 {
@@ -72,5 +78,5 @@ inline void carryEveryCharacter(bool sends, int size)
     ends.rig.machine->MCXMODEM0 = true;
     QCOMPARE(sends ? ends.sendToRx(program) : ends.takeFromSx(program), padded(program, sends ? ' ' : '\x1A'));
     QVERIFY(ends.peer.isContent());
-    QVERIFY2(!ends.rig.text("lblStatus").contains(u'\n'), qPrintable(ends.rig.text("lblStatus")));
+    QVERIFY2(!hasNotice(ends), qPrintable(ends.rig.text("lblStatus")));
 }

@@ -7,6 +7,8 @@
 #include "transfer/TransferRig.h"
 
 #include <QAction>
+#include <QPushButton>
+#include <QSpinBox>
 
 #include <fcntl.h>
 #include <termios.h>
@@ -74,6 +76,20 @@ class RestartTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void blocksOfTheLineBeforeAreNotSent()
+    {
+        PageRig rig;
+        auto* send = rig.find<QPushButton>("btnSendRestart");
+        QVERIFY(send->isEnabled());
+        auto* line = rig.find<QSpinBox>("spnLine");
+        line->setValue(line->value() - 1);
+        rig.table->addBlock(); // as quick as a key, before the program is read again
+        QCOMPARE(rig.blocks(), QByteArray());
+        QVERIFY(!send->isEnabled());
+        QTRY_VERIFY(send->isEnabled());
+        QVERIFY(!rig.blocks().isEmpty());
+    }
+
     void controlGetsHeaderShownBlocksRestAndTrailer()
     {
         QList<TransferEntry> reported;
