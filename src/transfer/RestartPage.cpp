@@ -18,7 +18,7 @@
 
 namespace
 {
-constexpr int mostWarnings = 7; // lines of them that show without scrolling
+constexpr int mostWarnings = 8; // lines of them that show without scrolling
 
 struct Choice {
     Control control;
@@ -54,6 +54,7 @@ RestartPage::RestartPage(const MachineRecord& machine, ProgramEditor& editor, QW
     TextLook::dim(*ui->lblPlan);
     ui->lstWarnings->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     ui->lstWarnings->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    connect(ui->lstWarnings->header(), &QHeaderView::sectionResized, this, &RestartPage::fitWarnings);
     setUpChoices(machine);
     connect(ui->spnLine, &QSpinBox::valueChanged, this, &RestartPage::read);
     connect(ui->cboControl, &QComboBox::activated, this, &RestartPage::read);
@@ -151,8 +152,23 @@ void RestartPage::showWarnings(const QList<StartWarning>& warnings)
     add(QStringLiteral("Check at the control: zero points, tool offsets and the tool in the spindle are as they were."),
         0);
     add(QStringLiteral("The way there is straight and in rapid: see that it is free."), 0);
-    const int rows = std::min(ui->lstWarnings->topLevelItemCount(), mostWarnings);
-    ui->lstWarnings->setFixedHeight((rows + 1) * fontMetrics().height() * 4 / 3);
+    fitWarnings();
+}
+
+// Whole sentences, in as many lines as they need: the list by itself would cut them off.
+void RestartPage::fitWarnings()
+{
+    auto& list = *ui->lstWarnings;
+    const int line = fontMetrics().height();
+    const int width = list.header()->sectionSize(0) - 3 * line; // of the text beside its icon
+    int height = line;
+    for (int row = 0; row < list.topLevelItemCount(); ++row) {
+        auto* item = list.topLevelItem(row);
+        const auto text = list.fontMetrics().boundingRect(QRect(0, 0, width, 0), Qt::TextWordWrap, item->text(0));
+        item->setSizeHint(0, {0, std::max(text.height(), line) + line / 3});
+        height += item->sizeHint(0).height();
+    }
+    list.setFixedHeight(std::min(height, mostWarnings * line * 4 / 3));
 }
 
 void RestartPage::addState(const QString& name, const QString& text, qsizetype number, bool isSure)

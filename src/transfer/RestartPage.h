@@ -38,6 +38,7 @@ private:
     void setUpChoices(const MachineRecord& machine);
     void read();
     void showFound(const ProgramState& state);
+    void fitWarnings();
     void showWarnings(const QList<StartWarning>& warnings);
     void addState(const QString& name, const QString& text, qsizetype line, bool isSure);
     void showState(const ProgramState& state);
