@@ -15,6 +15,7 @@
 #include "transfer/ProgramDrop.h"
 #include "transfer/ProgramFile.h"
 #include "transfer/RecentMenu.h"
+#include "transfer/Replacing.h"
 #include "transfer/RestartPage.h"
 #include "transfer/TransferHost.h"
 
@@ -68,12 +69,14 @@ viewTX::viewTX(QWidget* parent)
     });
     connect(ui->cbo1, &QComboBox::activated, this, &viewTX::readyAgain);
     connect(&tmrStatus_, &QTimer::timeout, this, &viewTX::refreshStatus);
-    connect(new ProgramDrop(this, ui->btnFolder), &ProgramDrop::dropped, this, &viewTX::openFile);
-    auto* recent = new RecentMenu(this, [this] { return mc->recentPrograms; });
-    connect(recent, &RecentMenu::chosen, this, [this](const QString& path) {
-        if (ProgramFile::isReadable(path)) return openFile(path);
+    const auto open = [this](const QString& path) {
+        if (ProgramFile::isReadable(path)) return Replacing::openFile(*this, path);
         g::msgBox(ProgramFile::unreadable(path), QStringLiteral("OK"), {});
-    });
+    };
+    // The drag has to end first.
+    connect(new ProgramDrop(this, ui->btnFolder), &ProgramDrop::dropped, this, open, Qt::QueuedConnection);
+    auto* recent = new RecentMenu(this, [this] { return mc->recentPrograms; });
+    connect(recent, &RecentMenu::chosen, this, open);
     ui->btnFolder->setMenu(recent);
     ui->btnFolder->setPopupMode(QToolButton::MenuButtonPopup);
     tmrStatus_.setSingleShot(true);

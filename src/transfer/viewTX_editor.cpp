@@ -7,6 +7,7 @@
 #include "program/ProgramName.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramFile.h"
+#include "transfer/Replacing.h"
 
 #include <QFileDialog>
 #include <QUrl>
@@ -35,7 +36,8 @@ void viewTX::btnNew_Click()
 void viewTX::btnFolder_Click()
 {
     auto* dialog = file_.openDialog(*mc);
-    connect(dialog, &QFileDialog::fileSelected, this, &viewTX::openFile);
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this](const QString& path) { Replacing::openFile(*this, path); });
     dialog->open();
 }
 

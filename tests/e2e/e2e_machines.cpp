@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "e2e/Answers.h"
 #include "e2e/Operator.h"
 #include "e2e/Shop.h"
 #include "support/PtyPair.h"
@@ -154,6 +155,33 @@ private Q_SLOTS:
         const auto& copy = *g::mcIcons[3];
         QVERIFY(copy.MCMODE == "Okuma" && copy.MCTXTOUT == 17 && copy.MCXMODEM0 && copy.MCINDEX == 3);
         QVERIFY(copy.MCPORT == line.devicePath() && !copy.MCISDOCKED && g::mcIcons[1]->MCISDOCKED);
+    }
+
+    void deletedMachinesComeBackInTheirPlaces()
+    {
+        const PtyPair line;
+        const std::vector machines = {machine("A"), machine("B"), machine("C", line.devicePath())};
+        machines[1]->MCMODE = "Okuma";
+        machines[1]->MCXMODEM0 = true;
+        Shop::store(machines);
+        Operator op;
+        g::saveAllMcSettings();
+        const auto before = Preferences::string("Varnock");
+        QVERIFY(!op.isShown("undoBar"));
+        for (const int index : {2, 1}) {
+            Answers answers({"Delete"});
+            op.click("btnDeleteIcon", mcIconAt(index));
+        }
+        op.choose(1, "btnSetup"); // it is at another place when they come back
+        QVERIFY(g::mcIcons.size() == 2 && g::mcIcons[1]->MCNAME == "C");
+        op.click("btnUndo");
+        op.click("btnUndo");
+        QCOMPARE(Preferences::string("Varnock"), before);
+        QVERIFY(!op.isShown("undoBar") && childViewAt(3)->iMcIndex == 3);
+        Answers answers({"Delete"});
+        op.click("btnDeleteIcon", mcIconAt(2));
+        op.click("btnDismiss");
+        QVERIFY(!op.isShown("undoBar") && g::mcIcons.size() == 3);
     }
 };
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "e2e/Answers.h"
 #include "e2e/Operator.h"
 #include "e2e/Shop.h"
 #include "support/PtyPair.h"
@@ -6,14 +7,16 @@
 #include "editor/ProgramEditor.h"
 #include "shell/MachineChoice.h"
 
+#include <QDir>
 #include <QDropEvent>
+#include <QLabel>
 #include <QListWidget>
 #include <QMenu>
 #include <QMimeData>
 #include <QToolButton>
 #include <QUrl>
 
-/// The ways a program gets to a machine's send view other than by the file dialog.
+/// The ways a program gets to a machine's send view other than by the file dialog, and how it is kept.
 class ProgramsTest : public QObject
 {
     Q_OBJECT
@@ -47,6 +50,15 @@ class ProgramsTest : public QObject
             names << item->text().section(u'\t', 0, 0);
         return names;
     }
+
+    static void receive(PtyPair& line)
+    {
+        Operator::choose(1, "btnRX");
+        line.write("O7\nM30\n");
+        requireSoon([] { return text() == "O7\nM30\n"; }, "nothing arrives");
+    }
+
+    static void undo() { QTest::keyClick(Operator::find("rt1"), Qt::Key_Z, Qt::ControlModifier); }
 
     const QTemporaryDir files_;
 
@@ -102,6 +114,53 @@ private Q_SLOTS:
         QTest::keyClick(question(), Qt::Key_Escape);
         QTRY_VERIFY(!question());
         QCOMPARE(text(), "M1");
+    }
+
+    void savedProgramShowsItsPlaceAndTheFolderIsRemembered()
+    {
+        PtyPair line;
+        Shop::store({Shop::machineOn(line.devicePath())});
+        Operator op;
+        receive(line);
+        QTRY_COMPARE(op.find<QLabel>("lblSaved")->text(), "Not saved");
+        const QDir folder(files_.path());
+        QVERIFY(folder.mkpath("programs"));
+        const QString path = folder.filePath("programs/other.nc");
+        const Answers answers({path});
+        op.click("btnSave");
+        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QCOMPARE(answers.proposed, QStringList{"O7.nc"});
+        QCOMPARE(op.find<QLineEdit>("txtPath")->text(), path);
+        QCOMPARE(op.find<QLabel>("lblSaved")->text(), "Saved");
+        op.restart();
+        receive(line);
+        op.click("btnSave");
+        const auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        QVERIFY(dialog && dialog->labelText(QFileDialog::LookIn) == "Save in:");
+        QCOMPARE(dialog->directory(), QDir(folder.filePath("programs")));
+    }
+
+    void newAsksNothingAndIsTakenBackByUndo()
+    {
+        PtyPair line;
+        Shop::store({Shop::machineOn(line.devicePath())});
+        Operator op;
+        receive(line);
+        op.click("btnNew");
+        line.write("O8\n"); // goes on arriving
+        QTRY_COMPARE(text(), "O8\n");
+        undo();
+        QCOMPARE(text(), "O7\nM30\nO8\n");
+
+        op.restart();
+        op.open(1, "M30\n");
+        op.click("btnLock");
+        QTest::keyClicks(op.find("rt1"), "O9 ");
+        op.click("btnNew");
+        QVERIFY(!QApplication::activeModalWidget() && text().isEmpty());
+        undo();
+        QCOMPARE(text(), "O9 M30\n");
+        QTRY_COMPARE(op.find<QLabel>("lblSaved")->text(), "Not saved");
     }
 };
 

@@ -4,13 +4,15 @@
 #include "e2e/Shop.h"
 #include "support/PtyPair.h"
 
+#include "config/RecentPrograms.h"
 #include "editor/ProgramEditor.h"
 #include "shell/frmChild.h"
 #include "shell/MachineButton.h"
 #include "shell/viewChild.h"
 
-#include <QDir>
 #include <QLabel>
+#include <QMenu>
+#include <QToolButton>
 
 #include <functional>
 
@@ -85,11 +87,13 @@ class UnsavedTest : public QObject
         Shop::store({machine});
         op_.reset();
         op_ = std::make_unique<Operator>();
+        RecentPrograms::add(*g::mcIcons[1], other_);
     }
 
-    // True if the view has ended.
+    // True if what the operator worked on has ended: the view, or in it the program.
     bool leave(const QString& way)
     {
+        if (waysIn_.contains(way)) return replace(way);
         const auto view = g::mcChildViews[1];
         if (way == "close") op_->click("btnClose");
         if (way == "window") undocked()->close();
@@ -97,6 +101,27 @@ class UnsavedTest : public QObject
         if (way == "delete") op_->click("btnDeleteIcon", mcIconAt(1));
         if (way == "quit") op_->window().close();
         return !dynamic_cast<viewChild&>(*view).isLoaded();
+    }
+
+    static bool replace(const QString& way)
+    {
+        if (!Operator::find("btnNew")->isEnabled()) Operator::click("btnLock");
+        auto* open = Operator::find<QToolButton>("btnFolder");
+        if (way == "open") {
+            QTest::mouseClick(open, Qt::LeftButton, {}, QPoint(4, open->height() / 2)); // not its arrow
+        } else {
+            Q_EMIT open->menu()->aboutToShow();
+            open->menu()->actions().last()->trigger();
+        }
+        requireSoon([] { return !QApplication::activeModalWidget(); }, "a dialog stays", 20000);
+        return Operator::find<ProgramEditor>("rt1")->wholeText() == "M99";
+    }
+
+    // What comes before the question.
+    QStringList first(const QString& way) const
+    {
+        if (way == "delete") return {"Delete"};
+        return way == "open" ? QStringList{other_} : QStringList();
     }
 
     static frmChild* undocked()
@@ -108,32 +133,46 @@ class UnsavedTest : public QObject
 
     const QByteArray program_ = Shop::program(1500); // more than a line holds that nobody reads
     const QTemporaryDir folder_;
+    const QString other_ = folder_.filePath("other.nc");
     std::unique_ptr<PtyPair> line_;
     std::unique_ptr<Operator> op_;
-    const QStringList ways_ = {"close", "window", "menu", "delete", "quit"};
+    const QStringList waysOut_ = {"close", "window", "menu", "delete", "quit"}, waysIn_ = {"open", "recent"};
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        QFile file(other_);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("M99") == 3);
+    }
+
     void losesNothingUnasked_data()
     {
         QTest::addColumn<QString>("way");
         QTest::addColumn<Act>("begin");
         QTest::addColumn<QString>("saved");
         QTest::addColumn<int>("kept");
-        const Work works[] = {
+        const std::vector<Work> programs = {
             {"received", [this] { receive(), toQuiet(); }, "O7\nM30\n", Work::Chosen},
             {"arriving", [this] { receive(); }, "O7\nM30\n", Work::Chosen},
             {"typed", [this] { op_->open(1, {}), type("O8"); }, "O8", Work::Chosen},
             {"changed", [this] { op_->open(1, "M30\n"), type("O9 "); }, "O9 M30\n", Work::File},
+        };
+        const std::vector<Work> others = {
             {"setup", [this] { op_->choose(1, "btnSetup"), nameMachine("Mill"); }, "Mill", Work::Setup},
             {"sending", [this] { op_->send(1, program_); }, {}, Work::Nowhere},
             {"changed, sending", [this] { op_->open(1, program_), type("("), op_->click("btnSend"); }, "(" + program_,
              Work::File},
             {"stopped", [this] { stopInTheMiddle(); }, {}, Work::Nowhere},
         };
-        for (const auto& way : ways_)
+        const auto add = [](const QString& way, const std::vector<Work>& works) {
             for (const auto& work : works)
                 QTest::addRow("%s: %s", qPrintable(way), work.name)
                     << way << work.begin << work.saved << int(work.kept);
+        };
+        for (const auto& way : waysOut_ + waysIn_)
+            add(way, programs);
+        for (const auto& way : waysOut_)
+            add(way, others);
     }
 
     void losesNothingUnasked()
@@ -142,7 +181,6 @@ private Q_SLOTS:
         QFETCH(Act, begin);
         QFETCH(QString, saved);
         QFETCH(int, kept);
-        const QStringList deleting = way == "delete" ? QStringList{"Delete"} : QStringList();
         for (const bool saves : {true, false}) {
             if (saves && kept == Work::Nowhere) continue;
             start();
@@ -151,20 +189,20 @@ private Q_SLOTS:
             const QString chosen = folder_.filePath("chosen.nc");
             QFile::remove(chosen);
 
-            Answers slip(deleting + QStringList{"Enter"}); // chooses Cancel
+            Answers slip(first(way) + QStringList{"Enter"}); // chooses Cancel
             QVERIFY(!leave(way) && slip.areAllGiven());
             QVERIFY2(slip.said.last().startsWith("Lathe"), qPrintable(slip.said.last()));
             if (kept == Work::Chosen) { // a save that is cancelled cancels the whole
-                Answers cancelled(deleting + QStringList{"Save", ""});
+                Answers cancelled(first(way) + QStringList{"Save", ""});
                 QVERIFY(!leave(way) && cancelled.areAllGiven());
                 QVERIFY(contentOf(chosen).isEmpty());
             }
             const QString discard = kept != Work::Nowhere                    ? "Discard"
                                     : slip.said.last().contains("can still") ? "End the send"
                                                                              : "Stop";
-            Answers answers(deleting + (!saves                 ? QStringList{discard}
-                                        : kept == Work::Chosen ? QStringList{"Save", chosen}
-                                                               : QStringList{"Save"}));
+            Answers answers(first(way) + (!saves                 ? QStringList{discard}
+                                          : kept == Work::Chosen ? QStringList{"Save", chosen}
+                                                                 : QStringList{"Save"}));
             const auto machine = g::mcIcons[1];
             QVERIFY(leave(way) && answers.areAllGiven());
             const QString file = kept == Work::Chosen ? chosen : op_->programPath();
@@ -177,19 +215,26 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("way");
         QTest::addColumn<Act>("begin");
-        const Work works[] = {
+        const std::vector<Work> programs = {
             {"opened", [this] { op_->open(1, "M30"); }, {}, {}},
             {"undone", [this] { op_->open(1, "M30"), type("X"), undo(); }, {}, {}},
             {"new", [this] { op_->open(1, "M30"), op_->click("btnLock"), op_->click("btnNew"); }, {}, {}},
             {"saved", [this] { receive(), toQuiet(), save(folder_.filePath("saved.nc")); }, {}, {}},
             {"nothing received", [this] { op_->choose(1, "btnRX"); }, {}, {}},
-            {"changed back", [this] { op_->choose(1, "btnSetup"), nameMachine("Mill"), nameMachine("Lathe"); }, {}, {}},
-            {"stored", [this] { op_->choose(1, "btnSetup"), nameMachine("Mill"), op_->click("btnSave"); }, {}, {}},
             {"rewound", [this] { stopInTheMiddle(), op_->click("btnRewind"); }, {}, {}},
         };
-        for (const QString way : {"window", "quit"})
+        const std::vector<Work> setups = {
+            {"changed back", [this] { op_->choose(1, "btnSetup"), nameMachine("Mill"), nameMachine("Lathe"); }, {}, {}},
+            {"stored", [this] { op_->choose(1, "btnSetup"), nameMachine("Mill"), op_->click("btnSave"); }, {}, {}},
+        };
+        const auto add = [](const QString& way, const std::vector<Work>& works) {
             for (const auto& work : works)
                 QTest::addRow("%s: %s", qPrintable(way), work.name) << way << work.begin;
+        };
+        for (const QString way : {"window", "quit", "open"})
+            add(way, programs);
+        for (const QString way : {"window", "quit"})
+            add(way, setups);
     }
 
     void asksNothingWhereNothingIsLost()
@@ -199,9 +244,9 @@ private Q_SLOTS:
         start();
         begin();
         if (way == "window") op_->click("btnUnDock");
-        Answers answers(way == "delete" ? QStringList{"Delete", "Enter"} : QStringList{"Enter"});
+        Answers answers(first(way) + QStringList{"Enter"});
         QVERIFY(leave(way));
-        QVERIFY2(answers.said.size() == (way == "delete" ? 1 : 0), qPrintable(answers.said.join(u'\n')));
+        QVERIFY2(answers.said.size() == first(way).size(), qPrintable(answers.said.join(u'\n')));
     }
 
     // A question that was answered for one machine does not speak for another.
@@ -246,72 +291,6 @@ private Q_SLOTS:
         Answers answers({"Enter"});
         op_->press(Qt::Key_Delete);
         QVERIFY(answers.areAllGiven() && g::mcIcons.size() == 2 && op_->isShown("btnStop"));
-    }
-
-    void deletedMachinesComeBackInTheirPlaces()
-    {
-        line_ = std::make_unique<PtyPair>();
-        QList<QString> names;
-        std::vector<std::shared_ptr<MachineRecord>> machines;
-        for (const char* name : {"A", "B", "C"}) {
-            machines.push_back(Shop::machineOn(line_->devicePath(), "Okuma"));
-            machines.back()->MCNAME = name;
-        }
-        machines[1]->MCXMODEM0 = true;
-        Shop::store(machines);
-        op_.reset();
-        op_ = std::make_unique<Operator>();
-        g::saveAllMcSettings();
-        const auto before = Preferences::string("Varnock");
-        QVERIFY(!op_->isShown("undoBar"));
-        for (const int index : {2, 1}) {
-            Answers answers({"Delete"});
-            op_->click("btnDeleteIcon", mcIconAt(index));
-        }
-        op_->choose(1, "btnSetup"); // it is at another place when they come back
-        QVERIFY(g::mcIcons.size() == 2 && g::mcIcons[1]->MCNAME == "C");
-        op_->click("btnUndo");
-        op_->click("btnUndo");
-        QCOMPARE(Preferences::string("Varnock"), before);
-        QVERIFY(!op_->isShown("undoBar") && childViewAt(3)->iMcIndex == 3);
-        Answers answers({"Delete"});
-        op_->click("btnDeleteIcon", mcIconAt(2));
-        op_->click("btnDismiss");
-        QVERIFY(!op_->isShown("undoBar") && g::mcIcons.size() == 3);
-    }
-
-    void savedProgramShowsItsPlaceAndTheFolderIsRemembered()
-    {
-        start();
-        receive();
-        QCOMPARE(Operator::find<QLabel>("lblSaved")->text(), "Not saved");
-        const QDir folder(folder_.path());
-        QVERIFY(folder.mkpath("programs"));
-        const QString path = folder.filePath("programs/other.nc");
-        Answers answers({path});
-        op_->click("btnSave");
-        QTRY_VERIFY(!QApplication::activeModalWidget());
-        QCOMPARE(answers.proposed, QStringList{"O7.nc"});
-        QCOMPARE(Operator::find<QLineEdit>("txtPath")->text(), path);
-        QCOMPARE(Operator::find<QLabel>("lblSaved")->text(), "Saved");
-        op_->restart();
-        receive();
-        op_->click("btnSave");
-        const auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        QVERIFY(dialog && dialog->labelText(QFileDialog::LookIn) == "Save in:");
-        QCOMPARE(dialog->directory(), QDir(folder.filePath("programs")));
-    }
-
-    void newIsTakenBackByUndo()
-    {
-        start();
-        receive();
-        op_->click("btnNew");
-        line_->write("O8\n"); // goes on arriving
-        auto* editor = op_->find<ProgramEditor>("rt1");
-        QTRY_COMPARE(editor->wholeText(), QByteArray("O8\n"));
-        undo();
-        QCOMPARE(editor->wholeText(), QByteArray("O7\nM30\nO8\n"));
     }
 };
 
