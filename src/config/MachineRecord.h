@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "config/ReceiveToFiles.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -57,6 +59,7 @@ struct MachineRecord {
     bool MCSAVEPFX = false;     ///< a flag, although MCREMOPFX beside it is a text
     bool MCXMODEM0 = false;     ///< XModem counts its blocks to 255 and then 0, not 1
     QStringList recentPrograms; ///< see RecentPrograms; no part of the settings text
+    ReceiveToFiles toFiles;     ///< no part of the settings text
     QString lastSentProgram;    ///< path of the program sent last, since the start; no part of the settings text
 
 protected:

@@ -33,6 +33,9 @@ inline constexpr QLatin1String transferRecorded_Event("transferRecorded_Event");
 /// The key of that entry in a notification's values.
 inline constexpr QLatin1String transferEntry("entry");
 
+// Posted by a receive view
+inline constexpr QLatin1String toFilesChanged_Event("toFilesChanged_Event"); ///< it saves by itself now, or no longer
+
 /// The key of the machine's index in a notification's values.
 inline constexpr QLatin1String machineIndex("MC");
 } // namespace Notifications

@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "config/RecentPrograms.h"
 
-#include <algorithm>
+#include "config/MachineSections.h"
 
 namespace
 {
 constexpr qsizetype kept = 10;
-
-// A machine's name stands in front of its paths. These are absolute, so no path looks like it.
-QString headerOf(const MachineRecord& machine)
-{
-    return QStringLiteral("[%1]").arg(machine.MCNAME);
-}
 } // namespace
 
 void RecentPrograms::add(MachineRecord& machine, const QString& path)
@@ -25,28 +19,13 @@ void RecentPrograms::add(MachineRecord& machine, const QString& path)
 
 QString RecentPrograms::write(const std::vector<const MachineRecord*>& machines)
 {
-    QString text;
-    bool isEmpty = true;
-    for (const auto* machine : machines) {
-        text += headerOf(*machine) + u'\n';
-        for (const auto& path : machine->recentPrograms)
-            text += path + u'\n';
-        isEmpty = isEmpty && machine->recentPrograms.isEmpty();
-    }
-    return isEmpty ? QString() : text;
+    return MachineSections::write(machines, [](const MachineRecord& machine) { return machine.recentPrograms; });
 }
 
 void RecentPrograms::read(const QString& text, const std::vector<MachineRecord*>& machines)
 {
-    auto next = machines.begin();
-    MachineRecord* current = nullptr;
-    for (const auto& line : text.split(u'\n')) {
-        if (line.startsWith(u'[')) {
-            if (next == machines.end()) return;
-            current = *next++;
-            if (headerOf(*current) != line) current = nullptr;
-        } else if (current && line.startsWith(u'/') && current->recentPrograms.size() < kept) {
-            current->recentPrograms.append(line);
-        }
-    }
+    MachineSections::read(text, machines, [](MachineRecord& machine, const QString& line) {
+        auto& paths = machine.recentPrograms;
+        if (line.startsWith(u'/') && paths.size() < kept) paths.append(line);
+    });
 }

@@ -14,6 +14,7 @@ namespace
 {
 const QString settingsKey = QStringLiteral("Varnock");
 const QString recentKey = QStringLiteral("VarnockRecentPrograms");
+const QString toFilesKey = QStringLiteral("VarnockReceiveToFiles");
 constexpr char notAscii = '?'; // 63
 
 // In Latin-1 text every code unit is a character of its own, except for CR LF, whose bytes are the same either way: no
@@ -36,6 +37,16 @@ template <typename Record> std::vector<Record*> machines()
         all.push_back(g::mcIcons[position].get());
     return all;
 }
+
+QString stored(const QString& key)
+{
+    return Preferences::string(key).value_or(QString());
+}
+
+void storeIfNew(const QString& key, const QString& text)
+{
+    if (stored(key) != text) Preferences::setString(key, text);
+}
 } // namespace
 
 g::McIcons g::mcIcons;
@@ -50,8 +61,8 @@ void g::readAllMcSettings()
         mcIcons.append(std::move(record));
         mcChildViews.append(makeMcChildView());
     };
-    if (const auto stored = Preferences::string(settingsKey)) {
-        for (auto& record : SettingsText::read(*stored, makeMcIcon))
+    if (const auto text = Preferences::string(settingsKey)) {
+        for (auto& record : SettingsText::read(*text, makeMcIcon))
             append(std::move(record));
     } else {
         for (qint64 index = 0; index <= 1; ++index) { // first run: the placeholder and "CNC1"
@@ -60,19 +71,25 @@ void g::readAllMcSettings()
             append(std::move(record));
         }
     }
-    RecentPrograms::read(Preferences::string(recentKey).value_or(QString()), machines<MachineRecord>());
+    RecentPrograms::read(stored(recentKey), machines<MachineRecord>());
+    ReceiveToFiles::read(stored(toFilesKey), machines<MachineRecord>());
 }
 
 void g::saveAllMcSettings()
 {
     Preferences::setString(settingsKey, SettingsText::write(machines<const MachineRecord>()));
     saveRecentPrograms();
+    saveReceiveToFiles();
 }
 
 void g::saveRecentPrograms()
 {
-    const QString text = RecentPrograms::write(machines<const MachineRecord>());
-    if (Preferences::string(recentKey).value_or(QString()) != text) Preferences::setString(recentKey, text);
+    storeIfNew(recentKey, RecentPrograms::write(machines<const MachineRecord>()));
+}
+
+void g::saveReceiveToFiles()
+{
+    storeIfNew(toFilesKey, ReceiveToFiles::write(machines<const MachineRecord>()));
 }
 
 QByteArray g::getBytes(const QString& text)

@@ -33,6 +33,8 @@ public:
     static void saveAllMcSettings();
     /// Stores the programs opened last, which saveAllMcSettings does, too.
     static void saveRecentPrograms();
+    /// Stores how machines save by themselves what comes, which saveAllMcSettings does, too.
+    static void saveReceiveToFiles();
 
     // --- Conversions -------------------------------------------------------------------------------------------
     /// Wire bytes of a text: CR, LF and codes below 128 as they are, any other character as "?" (63).

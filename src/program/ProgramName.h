@@ -7,7 +7,7 @@
 
 class QDateTime;
 
-/// The file name that is proposed for a program that has none.
+/// The file name for a program that has none.
 namespace ProgramName
 {
 constexpr std::size_t searchedText = 4096; ///< bytes; a number further down names a subprogram, not the file
@@ -18,4 +18,8 @@ QString number(std::string_view text);
 /// "O1234.nc"; without a number the machine's name and the time, "Lathe 2026-11-24 14-05-09.nc". Characters that no
 /// file system takes become "-".
 QString proposed(std::string_view text, const QString& machine, const QDateTime& now);
+/// For a program that is saved without anybody seeing the name first: from its O number, from the file head that it
+/// begins with ("$SHAFT.MIN%"), from its first comment, or as proposed() does. The suffix, ".nc", follows unless the
+/// head has one. Always a name in the folder itself, visible, and with room for an ending.
+QString ofReceived(std::string_view text, const QString& machine, const QDateTime& now, const QString& suffix);
 } // namespace ProgramName

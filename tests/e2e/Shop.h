@@ -26,6 +26,7 @@ inline void store(const std::vector<std::shared_ptr<MachineRecord>>& machines)
         records.push_back(machine.get());
     Preferences::setString("Varnock", SettingsText::write(records));
     Preferences::setString("VarnockRecentPrograms", {});
+    Preferences::setString("VarnockReceiveToFiles", {});
 }
 
 /// A program of that many numbered blocks, with LF line ends.

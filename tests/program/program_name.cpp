@@ -45,6 +45,60 @@ private Q_SLOTS:
         QCOMPARE(path, QStringLiteral("-Mill 1-2-- 2026-11-24 14-05-09.nc"));
         QCOMPARE(ProgramName::proposed("", "", now), QStringLiteral("2026-11-24 14-05-09.nc"));
     }
+
+    void receivedProgramGetsANameByItself_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("name");
+        const auto row = [](const char* name, const QByteArray& text, const QString& given) {
+            QTest::newRow(name) << text << given;
+        };
+        row("number", "%\nO1234(BRACKET)\n", "O1234.nc");
+        row("file head", QByteArray(20, '\0') + "\x12$SHAFT.MIN%\r\nO1(OLD)\n", "SHAFT.MIN");
+        row("file head without a suffix", "$SHAFT%\n", "SHAFT.nc");
+        row("file head with a device", "$MD1:SHAFT.MIN%\n", "SHAFT.MIN");
+        row("comment", "%\nN1 (BOLT  CIRCLE 3/4) G0\n(B)\n", "BOLT CIRCLE 3-4.nc");
+        row("comment to the end of the line", "N1 G0 ; BORE\r\nN2\n", "BORE.nc");
+        row("number before comment", "(NOTE)\nO7\n", "O7.nc");
+        row("nothing", "G0 X1\n", "Lathe 2026-11-24 14-05-09.nc");
+        row("way out", "$../../etc/passwd%\n", "passwd.nc");
+        row("way out in a comment", "(../../A/..\\B)\n", "---A---B.nc");
+        row("hidden", "$.bashrc%\n", "bashrc.nc");
+        row("nothing but dots", "(...)\n", "Lathe 2026-11-24 14-05-09.nc");
+        row("control characters", "(A\x01\x1B[2J\x7F\x85 B)\n", "A--[2J- B.nc");
+        row("like an older copy", "$O1.nc.~3~%\n", "O1.nc.-3-");
+        row("very long", "(" + QByteArray(300, 'A') + ")\n", QString(80, 'A') + ".nc");
+        row("cut off", "$", "Lathe 2026-11-24 14-05-09.nc");
+        row("comment cut off", "(", "Lathe 2026-11-24 14-05-09.nc");
+        row("head without an end", "$A.MIN", "A.MIN");
+    }
+
+    void receivedProgramGetsANameByItself()
+    {
+        QFETCH(QByteArray, text);
+        const QDateTime now({2026, 11, 24}, {14, 5, 9});
+        QTEST(ProgramName::ofReceived({text.data(), std::size_t(text.size())}, "Lathe", now, ".nc"), "name");
+    }
+
+    void suffixIsNoPath_data()
+    {
+        QTest::addColumn<QString>("suffix");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("usual") << ".nc"
+                               << "O1.nc";
+        QTest::newRow("no dot") << "NC"
+                                << "O1.NC";
+        QTest::newRow("none") << ""
+                              << "O1";
+        QTest::newRow("path") << "./../x"
+                              << "O1.---x";
+    }
+
+    void suffixIsNoPath()
+    {
+        QFETCH(QString, suffix);
+        QTEST(ProgramName::ofReceived("O1\n", "Lathe", QDateTime(), suffix), "name");
+    }
 };
 
 QTEST_APPLESS_MAIN(ProgramNameTest)
