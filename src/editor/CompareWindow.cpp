@@ -24,21 +24,12 @@ QString countText(qsizetype count)
 }
 } // namespace
 
-CompareWindow::CompareWindow(const ProgramEditor& editor, const QString& name, const QByteArray& fileBytes,
-                             const QString& path, QWidget* parent)
-    : QDialog(parent), ui(std::make_unique<Ui::CompareWindow>())
+CompareWindow::CompareWindow(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::CompareWindow>())
 {
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowFlags(Qt::Window);
     resize(size().boundedTo(screen()->availableSize() * 17 / 20));
-    setWindowTitle(QStringLiteral("%1 compared with %2")
-                       .arg(name.isEmpty() ? QStringLiteral("Program") : name, QFileInfo(path).fileName()));
-    ui->lblLeftProgram->setText(name.isEmpty() ? QStringLiteral("In the editor")
-                                               : QStringLiteral("In the editor: %1").arg(name));
-    ui->lblRightProgram->setText(QStringLiteral("File: %1").arg(QDir::toNativeSeparators(path)));
-    ui->txtLeft->copyProgram(editor);
-    ui->txtRight->setProgram(fileBytes);
     scroll_ = new PairedScroll(ui->txtLeft, ui->txtRight);
     setUp(ui->txtLeft, Side::Left);
     setUp(ui->txtRight, Side::Right);
@@ -50,12 +41,37 @@ CompareWindow::CompareWindow(const ProgramEditor& editor, const QString& name, c
     new QShortcut(Qt::Key_F7, this, this, &CompareWindow::goNext);
     new QShortcut(Qt::SHIFT | Qt::Key_F7, this, this, &CompareWindow::goPrevious);
     new QShortcut(Qt::Key_Escape, this, this, &QDialog::close); // an editor keeps the key for itself
+}
+
+CompareWindow::CompareWindow(const ProgramEditor& editor, const QString& name, const QByteArray& fileBytes,
+                             const QString& path, QWidget* parent)
+    : CompareWindow(parent)
+{
+    showTitle(name.isEmpty() ? QStringLiteral("Program") : name, {fileBytes, path});
+    ui->lblLeftProgram->setText(name.isEmpty() ? QStringLiteral("In the editor")
+                                               : QStringLiteral("In the editor: %1").arg(name));
+    ui->txtLeft->copyProgram(editor);
+    compare();
+}
+
+CompareWindow::CompareWindow(const File& left, const File& right, QWidget* parent) : CompareWindow(parent)
+{
+    showTitle(QFileInfo(left.path).fileName(), right);
+    ui->lblLeftProgram->setText(QStringLiteral("File: %1").arg(QDir::toNativeSeparators(left.path)));
+    ui->txtLeft->setProgram(left.bytes);
     compare();
 }
 
 CompareWindow::~CompareWindow()
 {
     *cancelled_ = true;
+}
+
+void CompareWindow::showTitle(const QString& left, const File& right)
+{
+    setWindowTitle(QStringLiteral("%1 compared with %2").arg(left, QFileInfo(right.path).fileName()));
+    ui->lblRightProgram->setText(QStringLiteral("File: %1").arg(QDir::toNativeSeparators(right.path)));
+    ui->txtRight->setProgram(right.bytes);
 }
 
 void CompareWindow::setUp(ProgramEditor* editor, Side side)

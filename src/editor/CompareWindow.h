@@ -26,11 +26,18 @@ public:
     /// The program in `editor`, which the operator knows as `name`, and the bytes of a file.
     CompareWindow(const ProgramEditor& editor, const QString& name, const QByteArray& fileBytes, const QString& path,
                   QWidget* parent);
+    struct File {
+        QByteArray bytes;
+        QString path;
+    };
+    CompareWindow(const File& left, const File& right, QWidget* parent);
     ~CompareWindow() override;
 
 private:
     using Side = Comparison::Side;
 
+    explicit CompareWindow(QWidget* parent);
+    void showTitle(const QString& left, const File& right);
     void setUp(ProgramEditor* editor, Side side);
     void compare();
     void showResult(std::shared_ptr<const Comparison> comparison);

@@ -56,6 +56,8 @@ public:
     bool isUnsaved() const;
     /// The text is now kept elsewhere, as it is.
     void setSaved();
+    /// What was received is, but not what the operator has changed.
+    void setReceivedSaved() { hasUnsavedBytes_ = false; }
 
     void moveCaretTo(qsizetype position);
     /// Marks the line as the one going out and puts the caret after it, where the next line begins. When lines follow

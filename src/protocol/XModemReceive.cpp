@@ -41,7 +41,8 @@ XModemReceive::Step XModemReceive::take(const QByteArray& bytes)
         }
     }
     if (packet_.size() >= XModemBlock::size) finishBlock(step);
-    if (cancels >= 2) noteCancel(); // one may be a damaged byte
+    step.isCancelled = cancels >= 2; // one may be a damaged byte
+    if (step.isCancelled) noteCancel();
     return step;
 }
 

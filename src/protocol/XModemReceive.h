@@ -31,9 +31,10 @@ public:
 
     /// What follows from bytes or a tick.
     struct Step {
-        QList<Reply> replies; ///< in the order in which they go out
-        QByteArray program;   ///< to be added to the program, padding included
-        bool isWhole = false; ///< the sender has said that the program is complete
+        QList<Reply> replies;     ///< in the order in which they go out
+        QByteArray program;       ///< to be added to the program, padding included
+        bool isWhole = false;     ///< the sender has said that the program is complete
+        bool isCancelled = false; ///< the sender has given it up
     };
 
     /// Takes what has arrived since the last call. A block has to end with it: what follows a block in the same call

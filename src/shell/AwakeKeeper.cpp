@@ -14,11 +14,14 @@ namespace
 {
 const QList<TransferActivity> busy{TransferActivity::Waiting, TransferActivity::Sending, TransferActivity::Held,
                                    TransferActivity::Still, TransferActivity::Receiving};
+const QList<TransferActivity> listening{TransferActivity::Listening, TransferActivity::Received};
 
 bool isBusy(const std::shared_ptr<MachineRecord>& machine)
 {
     const auto* icon = dynamic_cast<const viewMC*>(machine.get());
-    return icon && busy.contains(icon->activity());
+    if (!icon) return false;
+    const bool savesByItself = icon->toFiles.isOn && listening.contains(icon->activity());
+    return savesByItself || busy.contains(icon->activity());
 }
 } // namespace
 
@@ -26,8 +29,9 @@ AwakeKeeper::AwakeKeeper(QLabel& label) : label_(label)
 {
     label_.hide();
     connect(&awake_, &StayAwake::grantedChanged, &label_, [this] { label_.setHidden(!awake_.isGranted()); });
-    NotificationCenter::defaultCenter().addObserver(this, Notifications::activityChanged_Event, nullptr,
-                                                    [this](const Notification&) { refresh(); });
+    for (const auto& name : {Notifications::activityChanged_Event, Notifications::toFilesChanged_Event})
+        NotificationCenter::defaultCenter().addObserver(this, name, nullptr,
+                                                        [this](const Notification&) { refresh(); });
 }
 
 bool AwakeKeeper::isAwakeWanted() const

@@ -5,8 +5,8 @@
 
 class QLabel;
 
-/// Keeps the computer awake while a machine sends, waits for its control or takes in a program, and says so in the
-/// label. AppDelegate owns it. Main thread.
+/// Keeps the computer awake while a machine sends, waits for its control, takes in a program or listens for programs
+/// that it saves by itself, and says so in the label. AppDelegate owns it. Main thread.
 class AwakeKeeper : public QObject
 {
     Q_OBJECT

@@ -123,6 +123,7 @@ void TransferPanel::showMode(bool sends)
     Images::showIn(*ui_.imgCell, sends ? QStringLiteral("send") : QStringLiteral("receive"), headingImage);
     ui_.boxTxButtons->setHidden(!sends); // a receive view cannot send
     ui_.checkLine->setHidden(!sends);
+    ui_.savedPrograms->setHidden(sends);
 }
 
 void TransferPanel::showLine(const QString& summary, const QString& line)

@@ -23,7 +23,6 @@ void TransferRecord::begin(TransferEntry::Direction direction, const MachineReco
     isXModem_ = flowControl(machine.MCFLOW) == FlowControl::XModem;
     hash_.reset();
     last_.clear();
-    end_ = {};
 }
 
 void TransferRecord::beginSend(const MachineRecord& machine, qint64 fromLine)
@@ -44,26 +43,29 @@ void TransferRecord::sent(const QByteArray& bytes)
     if (isUnderWay_) carry(bytes);
 }
 
+void TransferRecord::listenTo(const MachineRecord& machine)
+{
+    programs_.listenTo(Framing::controlType(machine.MCMODE), flowControl(machine.MCFLOW) == FlowControl::XModem);
+}
+
 void TransferRecord::beginReception(const MachineRecord& machine, const QString& path)
 {
     if (isUnderWay_) return;
     begin(TransferEntry::Direction::Received, machine);
-    head_.clear();
     pathBefore_ = path;
 }
 
-void TransferRecord::receivedText(const MachineRecord& machine, const QByteArray& bytes, const QString& path)
+QList<TransferRecord::Received> TransferRecord::receivedText(const MachineRecord& machine, const QByteArray& bytes,
+                                                             const QString& path)
 {
-    for (qsizetype from = 0; from < bytes.size();) {
+    beginReception(machine, path);
+    QList<Received> ended;
+    for (const auto& program : programs_.take(bytes)) {
+        ended << received(program, {.path = path});
+        isUnderWay_ = false;
         beginReception(machine, path);
-        const QByteArray rest = bytes.mid(from);
-        const qsizetype own = end_.take(rest);
-        carry(rest.first(own));
-        head_ += rest.first(std::min(own, static_cast<qsizetype>(ProgramName::searchedText) - head_.size()));
-        entry_.count += rest.first(own).count('\n');
-        from += own;
-        if (from < bytes.size()) end({.path = path});
     }
+    return ended;
 }
 
 void TransferRecord::receivedXModem(const MachineRecord& machine, const QByteArray& bytes, const QString& path)
@@ -72,10 +74,29 @@ void TransferRecord::receivedXModem(const MachineRecord& machine, const QByteArr
     carry(bytes);
 }
 
-bool TransferRecord::isCutShort(bool isArriving) const
+std::optional<TransferRecord::Received> TransferRecord::endReception(const Result& result)
 {
-    const bool isSent = entry_.direction == TransferEntry::Direction::Sent;
-    return isSent || isXModem_ || end_.isCutShort() || (isArriving && !end_.isClosed());
+    if (!std::exchange(isUnderWay_, false)) return {};
+    if (isXModem_ && result.outcome == Outcome::Finished) programs_.close();
+    const auto program = programs_.end();
+    if (!program) return {}; // noise, or a leader
+    return received(*program, result);
+}
+
+TransferRecord::Received TransferRecord::received(const ReceivedPrograms::Program& program, const Result& result)
+{
+    using End = ReceivedPrograms::End;
+    const QByteArray& bytes = program.bytes;
+    if (!isXModem_) carry(bytes);
+    entry_.count = isXModem_ ? result.blocks : bytes.count('\n');
+    if (result.path != pathBefore_) entry_.path = result.path;
+    if (entry_.path.isEmpty())
+        entry_.program = ProgramName::number({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+    auto outcome = program.end == End::Closed ? Outcome::Finished : result.outcome;
+    if (program.end == End::Missing && outcome == Outcome::Finished) outcome = Outcome::Stopped;
+    finish(outcome);
+    if (outcome != Outcome::Finished) entry_.stoppedAt = entry_.count;
+    return {program, entry_, isXModem_};
 }
 
 void TransferRecord::leaveLine(const HoldTimes::Sum& held, qsizetype unsent)
@@ -92,20 +113,25 @@ void TransferRecord::leaveLine(const HoldTimes::Sum& held, qsizetype unsent)
 void TransferRecord::end(const Result& result)
 {
     if (!std::exchange(isUnderWay_, false)) return;
-    const bool isReceived = entry_.direction == TransferEntry::Direction::Received;
-    if (isReceived && (isXModem_ ? result.blocks == 0 : !end_.hasText())) return; // noise, or a leader
+    entry_.path = result.path;
+    entry_.count = isXModem_ ? result.blocks : result.line - entry_.fromLine;
+    finish(result.outcome);
+    if (result.outcome != Outcome::Finished) entry_.stoppedAt = result.line;
+    report(entry_);
+}
+
+void TransferRecord::finish(Outcome outcome)
+{
     hash_.addData(last_);
     entry_.sha256 = hash_.result();
     entry_.ended = QDateTime::currentMSecsSinceEpoch();
-    if (!isReceived || result.path != pathBefore_) entry_.path = result.path;
-    entry_.program = QFileInfo(entry_.path).fileName();
-    if (isReceived && entry_.path.isEmpty())
-        entry_.program = ProgramName::number({head_.constData(), static_cast<std::size_t>(head_.size())});
-    entry_.outcome = end_.isClosed() ? Outcome::Finished : result.outcome;
+    if (!entry_.path.isEmpty()) entry_.program = QFileInfo(entry_.path).fileName();
+    entry_.outcome = outcome;
     entry_.unit = isXModem_ ? TransferEntry::Unit::Blocks : TransferEntry::Unit::Lines;
-    if (isXModem_) entry_.count = result.blocks;
-    if (!isXModem_ && !isReceived) entry_.count = result.line - entry_.fromLine;
-    if (entry_.outcome != Outcome::Finished) entry_.stoppedAt = isReceived ? entry_.count : result.line;
+}
+
+void TransferRecord::report(const TransferEntry& entry)
+{
     NotificationCenter::defaultCenter().post(Notifications::transferRecorded_Event, &view_,
-                                             {{Notifications::transferEntry, QVariant::fromValue(entry_)}});
+                                             {{Notifications::transferEntry, QVariant::fromValue(entry)}});
 }

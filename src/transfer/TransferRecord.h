@@ -3,15 +3,17 @@
 
 #include "config/MachineRecord.h"
 #include "history/TransferEntry.h"
-#include "protocol/ProgramEnd.h"
+#include "protocol/ReceivedPrograms.h"
 #include "serial/HoldTimes.h"
 
 #include <QCryptographicHash>
 
+#include <optional>
+
 class QObject;
 
-/// Gathers what the history keeps of one transfer at a time and reports it at its end, with "transferRecorded_Event". A
-/// transfer view owns it and tells it what goes over the line. Main thread.
+/// Gathers what the history keeps of one transfer at a time, and the programs that come; reports a send at its end,
+/// with "transferRecorded_Event". A transfer view owns it and tells it what goes over the line. Main thread.
 class TransferRecord
 {
 public:
@@ -32,28 +34,44 @@ public:
     /// These bytes were given to the port.
     void sent(const QByteArray& bytes);
 
-    /// These bytes of a program as text have arrived; the first begin a reception. A program that was closed has ended
-    /// when the next one begins. `path` is the view's file, which belongs to the program only if it changes from now
-    /// on.
-    void receivedText(const MachineRecord& machine, const QByteArray& bytes, const QString& path);
+    /// What comes from now on comes from this machine's control.
+    void listenTo(const MachineRecord& machine);
+    /// A program that has come, and what the history keeps of it.
+    struct Received {
+        ReceivedPrograms::Program program;
+        TransferEntry entry; ///< without a file, unless the view has saved it
+        bool isXModem = false;
+    };
+    /// These bytes of programs as text have arrived; the first begin a reception. Returns the programs that have come
+    /// to their end. `path` is the view's file, which belongs to a program only if it changes while that comes.
+    QList<Received> receivedText(const MachineRecord& machine, const QByteArray& bytes, const QString& path);
     /// These bytes have arrived by XModem.
     void receivedXModem(const MachineRecord& machine, const QByteArray& bytes, const QString& path);
-    /// The control has closed the program that it sent as text.
-    bool isClosed() const { return isUnderWay_ && end_.isClosed(); }
-    /// If nothing more can come of it: the end is missing.
-    bool isCutShort(bool isArriving) const;
+    /// They brought this piece of the program.
+    void receivedBlock(const QByteArray& program) { programs_.take(program); }
+    /// Nothing more comes of the program under way; nothing if it was none. By XModem it is whole if it is finished.
+    std::optional<Received> endReception(const Result& result);
+    bool isProgramUnderWay() const { return programs_.hasText(); }
+    /// The control has closed the program that it sends as text; the end of a line may still be missing.
+    bool isClosed() const { return programs_.isClosed(); }
+    /// That have begun to come since they were forgotten.
+    int programs() const { return programs_.count(); }
+    void forgetPrograms() { programs_.forgetCount(); }
 
     bool isUnderWay() const { return isUnderWay_; }
     /// Nothing more goes over the line. How long the control held it, and how many of the bytes given last a stop kept
     /// from it. To be called while the port is still open; further calls do nothing.
     void leaveLine(const HoldTimes::Sum& held, qsizetype unsent);
-    /// Reports the transfer, if one is under way. A reception that brought no program is none.
+    /// Reports the send, if one is under way.
     void end(const Result& result);
+    void report(const TransferEntry& entry);
 
 private:
     void begin(TransferEntry::Direction direction, const MachineRecord& machine);
     void beginReception(const MachineRecord& machine, const QString& path);
     void carry(const QByteArray& bytes);
+    void finish(Outcome outcome);
+    Received received(const ReceivedPrograms::Program& program, const Result& result);
 
     QObject& view_;
     bool isUnderWay_ = false;
@@ -62,7 +80,6 @@ private:
     bool isXModem_ = false;
     QCryptographicHash hash_{QCryptographicHash::Sha256};
     QByteArray last_; // given last and not in the sum yet, since a stop may keep a part of it from the line
-    ProgramEnd end_;
-    QByteArray head_; // of what has arrived: as much of it as its name is looked for in
+    ReceivedPrograms programs_;
     QString pathBefore_;
 };

@@ -49,6 +49,13 @@ QString programSize(const TransferFacts& facts)
 {
     return TransferWords::count(facts.lines, "line") + QStringLiteral(", ") + TransferWords::count(facts.bytes, "byte");
 }
+
+// Several programs are one text in the editor.
+QString receivedSize(const TransferFacts& facts)
+{
+    const QString size = programSize(facts);
+    return facts.programs > 1 ? TransferWords::count(facts.programs, "program") + QStringLiteral(", ") + size : size;
+}
 } // namespace
 
 bool TransferStatus::isRunning() const
@@ -175,14 +182,6 @@ QString TransferStatus::sendingDetails(qint64 now, const TransferFacts& facts)
     else if (left)
         text += dot + TransferWords::about(static_cast<double>(*left)) + QStringLiteral(" left");
     return text;
-}
-
-// Several programs are one text in the editor.
-QString TransferStatus::receivedSize(const TransferFacts& facts) const
-{
-    const QString size = programSize(facts);
-    return programs_.count() > 1 ? TransferWords::count(programs_.count(), "program") + QStringLiteral(", ") + size
-                                 : size;
 }
 
 QString TransferStatus::receivingDetails(qint64 now, const TransferFacts& facts) const

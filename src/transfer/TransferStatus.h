@@ -2,7 +2,6 @@
 #pragma once
 
 #include "config/LineSettings.h"
-#include "protocol/ReceivedPrograms.h"
 #include "protocol/TransferClock.h"
 #include "transfer/MachineProgress.h"
 
@@ -37,6 +36,7 @@ struct TransferFacts {
     FlowControl flow = FlowControl::None;
     unsigned long baud = 0;
     double lineTime = 0; ///< ms that a send would take at the speed of the line
+    int programs = 0;    ///< received one after the other
     int blocks = 0;      ///< received with XModem
     int repeats = 0;
     qint64 restartLine = 0;    ///< of a start in the middle; 0 of any other send
@@ -56,7 +56,6 @@ public:
     {
         entered_ = state;
         enteredAt_ = now;
-        if (state == TransferState::Received) programs_.end();
     }
     TransferState entered() const { return entered_; }
     /// A send is under way or waits for the control.
@@ -71,17 +70,9 @@ public:
     /// The operator has seen that the hold is doubtful. If it lasts another minute, it is to be told of again.
     void putOffSendOn();
     /// Bytes of a program have arrived.
-    void received(qint64 now, const QByteArray& bytes)
-    {
-        lastByteAt_ = now;
-        programs_.take(bytes);
-    }
+    void received(qint64 now) { lastByteAt_ = now; }
     /// What was received is not in the editor any more.
-    void forgetReceived()
-    {
-        lastByteAt_.reset();
-        programs_ = {};
-    }
+    void forgetReceived() { lastByteAt_.reset(); }
 
     TransferState state(qint64 now) const;
     /// The state in a few words.
@@ -100,11 +91,9 @@ private:
     static QString restartDetails(const TransferFacts& facts);
     QString sendingDetails(qint64 now, const TransferFacts& facts);
     QString receivingDetails(qint64 now, const TransferFacts& facts) const;
-    QString receivedSize(const TransferFacts& facts) const;
 
     TransferState entered_ = TransferState::Ready;
     std::optional<qint64> lastByteAt_;
-    ReceivedPrograms programs_;
     qint64 enteredAt_ = 0;
     std::optional<qint64> heldFor_;
     qint64 offerAt_ = 0; // ms of this hold

@@ -17,6 +17,7 @@
 #include "transfer/RecentMenu.h"
 #include "transfer/Replacing.h"
 #include "transfer/RestartPage.h"
+#include "transfer/SavedPrograms.h"
 #include "transfer/TransferHost.h"
 
 namespace
@@ -88,12 +89,17 @@ viewTX::viewTX(QWidget* parent)
     ui->btnRestart->setDefaultAction(ui->actRestart);
     connect(ui->actRestart, &QAction::triggered, this, &viewTX::btnRestart_Click);
     ui->checkLine->watch(*ui->rt1);
+    ui->savedPrograms->watch(*ui->rt1);
+    connect(ui->savedPrograms, &SavedPrograms::silent, this, [this] { record(); });
+    connect(ui->savedPrograms, &SavedPrograms::recorded, this, [this](const auto& entry) { record_.report(entry); });
+    connect(ui->savedPrograms, &SavedPrograms::openWanted, this, open);
     viewDidLoad();
 }
 
 viewTX::~viewTX()
 {
     nc->removeObserver(this);
+    ui->savedPrograms->end();
     record();
     progress().showActivity(TransferActivity::Idle);
     progress().setPBarHidden(true);
@@ -143,6 +149,8 @@ void viewTX::machineChanged()
     setSOT();
     setEOT();
     ui->checkLine->setRules(MachineRules::check(*mc));
+    record_.listenTo(*mc);
+    ui->savedPrograms->follow(mc);
     enter(status_.entered()); // what the view shows depends on the flow control, too
 }
 

@@ -8,6 +8,7 @@
 #include "transfer/MachineProgress.h"
 #include "transfer/ProgramFile.h"
 #include "transfer/Replacing.h"
+#include "transfer/SavedPrograms.h"
 
 #include <QFileDialog>
 #include <QUrl>
@@ -26,7 +27,9 @@ std::string_view headOf(const ProgramEditor& editor)
 void viewTX::btnNew_Click()
 {
     record();
+    ui->savedPrograms->textKept();
     ui->rt1->clearProgram();
+    if (!booModeTX) ui->rt1->setSaved(); // what comes from now on stands alone; undo makes it all unsaved again
     file_.forget();
     panel_.showProgramPath({});
     xmodemReceive_.forgetProgram();
@@ -56,6 +59,7 @@ void viewTX::openFile(const QString& path)
     };
     panel_.whileConverting(convert, !isXModem());
     if (!isOpen) return;
+    ui->savedPrograms->textKept();
     file_.opened(*mc, path);
     panel_.showProgramPath(path);
     RecentPrograms::add(*mc, path);
@@ -94,6 +98,7 @@ bool viewTX::saveFile(const QString& path)
         return false;
     }
     ui->rt1->setSaved();
+    ui->savedPrograms->textKept();
     file_.saved(*mc, path);
     panel_.showProgramPath(path);
     refreshStatus();
@@ -102,6 +107,7 @@ bool viewTX::saveFile(const QString& path)
 
 OpenWork viewTX::openWork() const
 {
+    ui->savedPrograms->settle();
     OpenWork work;
     work.program = file_.name();
     if (ui->rt1->isUnsaved()) work.unsaved = OpenWork::Unsaved::Program;
@@ -157,7 +163,10 @@ void viewTX::movePBars()
 // The operator chose another program or place, so the result of the last transfer is no longer shown.
 void viewTX::readyAgain()
 {
-    if (!booModeTX) status_.forgetReceived();
+    if (!booModeTX) {
+        status_.forgetReceived();
+        record_.forgetPrograms();
+    }
     if (status_.isRunning() || status_.entered() == TransferState::PortLost) return refreshStatus();
     if (booModeTX) setPBarsHidden(true);
     const auto ready = booModeTX ? TransferState::Ready : TransferState::Listening;

@@ -4,6 +4,7 @@
 
 #include "protocol/LineEnds.h"
 #include "protocol/XModemCodes.h"
+#include "transfer/SavedPrograms.h"
 
 namespace
 {
@@ -19,7 +20,8 @@ void viewTX::RxOnComm()
         record_.receivedXModem(*mc, bytes, file_.path());
         return carryOut(xmodemReceive_.take(bytes));
     }
-    record_.receivedText(*mc, bytes, file_.path());
+    for (const auto& received : record_.receivedText(*mc, bytes, file_.path()))
+        ui->savedPrograms->take(received);
     appendReceived(LineEnds::collapseDoubled(bytes));
 }
 
@@ -42,7 +44,8 @@ void viewTX::actOnReplies(const QByteArray& bytes)
 void viewTX::appendReceived(const QByteArray& bytes)
 {
     ui->rt1->appendReceived(bytes);
-    status_.received(now(), bytes);
+    ui->savedPrograms->arrived(record_.isProgramUnderWay());
+    status_.received(now());
     if (status_.entered() != TransferState::Receiving) enter(TransferState::Receiving);
     refreshStatusLater();
 }

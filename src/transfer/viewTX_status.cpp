@@ -5,6 +5,7 @@
 #include "protocol/Framing.h"
 #include "protocol/XModemBlock.h"
 #include "transfer/MachineProgress.h"
+#include "transfer/SavedPrograms.h"
 #include "transfer/XModemWords.h"
 
 #include <algorithm>
@@ -54,6 +55,7 @@ TransferFacts viewTX::facts(TransferState state) const
     facts.baud = sp->Speed;
     facts.bytes = ui->rt1->textSize();
     facts.lines = iNumLines();
+    facts.programs = record_.programs();
     facts.blocks = xmodemReceive_.blocks();
     facts.repeats = xmodemReceive_.repeats();
     if (!booModeTX) {
@@ -112,7 +114,7 @@ void viewTX::record(std::optional<Ending> ending)
                                                        {Ending::PortLost, Outcome::PortLost}};
     if (!record_.isUnderWay()) return;
     const bool isArriving = status_.state(now()) == TransferState::Receiving;
-    if (!ending) ending = record_.isCutShort(isArriving) ? Ending::Stopped : Ending::Finished;
+    if (!ending) ending = booModeTX || isXModem() || isArriving ? Ending::Stopped : Ending::Finished;
     record_.leaveLine(sp->holdTimes(), sp->unsentCount());
     TransferRecord::Result result;
     result.outcome = outcomes.at(*ending);
@@ -120,7 +122,8 @@ void viewTX::record(std::optional<Ending> ending)
     const auto sent = xmodemSend_.acknowledged() + XModemBlock::dataSize - 1;
     result.blocks = booModeTX ? sent / XModemBlock::dataSize : xmodemReceive_.blocks();
     result.path = file_.path();
-    record_.end(result);
+    if (booModeTX) return record_.end(result);
+    if (const auto received = record_.endReception(result)) ui->savedPrograms->take(*received);
 }
 
 // Soon, and only once for all the changes that come until then.

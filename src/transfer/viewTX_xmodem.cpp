@@ -96,7 +96,11 @@ void viewTX::carryOut(const XModemReceive::Step& step)
     for (const auto reply : step.replies)
         answer(*sp, reply);
     if (step.isWhole) enter(TransferState::Received);
-    if (!step.program.isEmpty()) appendReceived(step.program);
+    if (!step.program.isEmpty()) {
+        record_.receivedBlock(step.program);
+        appendReceived(step.program);
+    }
     if (step.isWhole) record(Ending::Finished);
+    if (step.isCancelled) record(Ending::Cancelled);
     refreshStatus();
 }

@@ -97,19 +97,25 @@ void AwakeTest::awakeWhileAMachineWorks_data()
 {
     QTest::addColumn<TransferActivity>("activity");
     QTest::addColumn<bool>("awake");
-    QTest::newRow("waits for a start signal") << TransferActivity::Waiting << true;
-    QTest::newRow("sends") << TransferActivity::Sending << true;
-    QTest::newRow("held") << TransferActivity::Held << true;
-    QTest::newRow("receives") << TransferActivity::Receiving << true;
-    QTest::newRow("stopped") << TransferActivity::Stopped << false;
-    QTest::newRow("nothing arrives") << TransferActivity::Listening << false;
-    QTest::newRow("port lost") << TransferActivity::PortLost << false;
+    QTest::addColumn<bool>("saves");
+    QTest::newRow("waits for a start signal") << TransferActivity::Waiting << true << false;
+    QTest::newRow("sends") << TransferActivity::Sending << true << false;
+    QTest::newRow("held") << TransferActivity::Held << true << false;
+    QTest::newRow("receives") << TransferActivity::Receiving << true << false;
+    QTest::newRow("stopped") << TransferActivity::Stopped << false << false;
+    QTest::newRow("nothing arrives") << TransferActivity::Listening << false << false;
+    QTest::newRow("saves by itself what comes") << TransferActivity::Listening << true << true;
+    QTest::newRow("has saved it") << TransferActivity::Received << true << true;
+    QTest::newRow("saved by itself, and now is stopped") << TransferActivity::Stopped << false << true;
+    QTest::newRow("port lost") << TransferActivity::PortLost << false << false;
 }
 
 void AwakeTest::awakeWhileAMachineWorks()
 {
     QFETCH(TransferActivity, activity);
     QFETCH(bool, awake);
+    QFETCH(bool, saves);
+    machine(1).toFiles.isOn = saves;
     machine(1).showActivity(activity);
     QCOMPARE(keeper_->isAwakeWanted(), awake);
     if (!awake) return;

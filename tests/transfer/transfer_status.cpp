@@ -54,15 +54,12 @@ private Q_SLOTS:
     {
         TransferStatus status;
         TransferFacts facts;
-        facts.lines = 5, facts.bytes = 21;
+        facts.lines = 5, facts.bytes = 21, facts.programs = 1;
         status.enter(TransferState::Receiving, 0);
-        status.received(0, "%\nO1\nM30\n%\n");
+        status.received(0);
         QCOMPARE(status.details(1, facts), QString("5 lines, 21 bytes"));
-        status.received(1, "%\nO2\nM30\n%\n");
+        facts.programs = 2;
         QCOMPARE(status.details(2, facts), QString("2 programs, 5 lines, 21 bytes"));
-        status.forgetReceived();
-        status.received(3, "O3\nM30\n");
-        QCOMPARE(status.details(4, facts), QString("5 lines, 21 bytes"));
     }
 };
 
