@@ -137,9 +137,7 @@ void ProgramEditor::clearProgram()
 
 void ProgramEditor::appendReceived(const QByteArray& bytes)
 {
-    // Counted in lines: the scroll bar's range is updated later. A horizontal scroll bar may hide the last line.
-    const bool atEnd =
-        scintilla(SCI_GETFIRSTVISIBLELINE) + scintilla(SCI_LINESONSCREEN) + 1 >= scintilla(SCI_GETLINECOUNT);
+    const bool atEnd = isEndInSight(scintilla(SCI_LINESONSCREEN));
     const QByteArray text = QString::fromLatin1(bytes).toUtf8();
     hasUnsavedBytes_ = true;
     // At the end, where it moves nothing that undo knows the place of.
@@ -148,6 +146,13 @@ void ProgramEditor::appendReceived(const QByteArray& bytes)
     if (!atEnd) return;
     scintilla(SCI_SETEMPTYSELECTION, textSize());
     scintilla(SCI_SCROLLTOEND);
+}
+
+// Of the text, were so many lines shown. Counted in lines: the scroll bar's range is updated later. A horizontal scroll
+// bar may hide the last line.
+bool ProgramEditor::isEndInSight(qsizetype lines) const
+{
+    return scintilla(SCI_GETFIRSTVISIBLELINE) + lines + 1 >= scintilla(SCI_GETLINECOUNT);
 }
 
 bool ProgramEditor::isUnsaved() const

@@ -101,6 +101,7 @@ protected:
     void changeEvent(QEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     /// Tab always moves the focus: a tab has no place in a block, and an operator without a mouse must get out again.
     bool focusNextPrevChild(bool next) override { return QAbstractScrollArea::focusNextPrevChild(next); }
 
@@ -111,6 +112,7 @@ private:
 
     void setUpLook();
     void keepCaretInSight();
+    bool isEndInSight(qsizetype lines) const;
     void setUpKeys();
     void paintNotice();
     void showLineOut();

@@ -5,6 +5,7 @@
 #include "editor/EditorColours.h"
 #include "editor/GCodeColouring.h"
 
+#include <QResizeEvent>
 #include <Qsci/qscicommandset.h>
 
 #include <QEvent>
@@ -77,6 +78,15 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring
     markPause_.setSingleShot(true);
     connect(&markPause_, &QTimer::timeout, this, &ProgramEditor::showLineOut);
     EditorAccessibility::install();
+}
+
+// What comes in below the editor takes room from it; who watched a program arrive goes on watching its end.
+void ProgramEditor::resizeEvent(QResizeEvent* event)
+{
+    const auto before = event->oldSize().height();
+    const bool wasEndInSight = before > event->size().height() && isEndInSight(before / scintilla(SCI_TEXTHEIGHT));
+    QsciScintilla::resizeEvent(event);
+    if (wasEndInSight && !isCaretHeld()) scintilla(SCI_SCROLLTOEND);
 }
 
 // While lines go out, the text stands still and the mark wanders down it. A text that scrolls with every mark is hard

@@ -31,6 +31,7 @@ public:
     /// Whose record says how to save.
     void follow(const std::shared_ptr<MachineRecord>& machine);
 
+    bool isOn() const; ///< programs are saved
     /// A program has ended: it is saved, or only recorded.
     void take(const TransferRecord::Received& received);
     /// Bytes have arrived and are in the editor. `isUnderWay`: of a program that has not ended.
@@ -65,7 +66,6 @@ private:
         QTreeWidgetItem* row = nullptr;
     };
 
-    bool isOn() const;
     void choose(bool isOn);
     void changeSettings();
     void storeSettings();

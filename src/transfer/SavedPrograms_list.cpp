@@ -18,6 +18,7 @@
 #include <QHeaderView>
 #include <QLocale>
 #include <QResizeEvent>
+#include <QStyledItemDelegate>
 #include <QUrl>
 
 #include <algorithm>
@@ -31,6 +32,17 @@ constexpr int rowCharacters = 36;   // of the choice and its folder
 constexpr int actionCharacters = 2; // beside the buttons
 constexpr int listCharacters = 64;  // of a list with room for all columns
 constexpr int lowWindowLines = 32;  // in a lower one, lines of the program are worth more
+
+// Cells with some room between them.
+class RoomyCells : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(2 * option.fontMetrics.averageCharWidth(), 2);
+    }
+};
 } // namespace
 
 void SavedPrograms::setUpLook()
@@ -48,6 +60,7 @@ void SavedPrograms::setUpLook()
     auto* header = ui->lstSaved->header();
     header->setSectionResizeMode(QHeaderView::ResizeToContents);
     header->setSectionResizeMode(Outcome, QHeaderView::Stretch);
+    ui->lstSaved->setItemDelegate(new RoomyCells(ui->lstSaved));
     for (QWidget* later : std::initializer_list<QWidget*>{ui->lstSaved, ui->boxSaved, ui->boxNotSaved})
         later->hide();
 }

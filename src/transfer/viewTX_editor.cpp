@@ -26,7 +26,7 @@ std::string_view headOf(const ProgramEditor& editor)
 
 void viewTX::btnNew_Click()
 {
-    record();
+    if (!ui->savedPrograms->isOn()) record(); // there, the program that is coming is saved whole
     ui->savedPrograms->textKept();
     ui->rt1->clearProgram();
     if (!booModeTX) ui->rt1->setSaved(); // what comes from now on stands alone; undo makes it all unsaved again

@@ -154,11 +154,14 @@ private Q_SLOTS:
         control.send("G0 X1 (PART A)\n");
         QTRY_COMPARE_WITH_TIMEOUT(rows(), QStringList("PART A.nc|Saved"), patience);
         QTRY_VERIFY(isUnsaved()); // the one before is in no file
-        op_->click("btnNew");
         control.send("%\nO2\n");
-        QTRY_COMPARE(shown(), QByteArray("%\nO2\n"));
+        QTRY_VERIFY(shown().endsWith("O2\n"));
+        op_->click("btnNew");
+        control.send("M30\n");
+        QTRY_COMPARE(shown(), QByteArray("M30\n"));
         QTRY_COMPARE_WITH_TIMEOUT(rows().first(), "O2.nc|Saved, not closed", patience);
         QTRY_VERIFY(!isUnsaved());
+        QCOMPARE(contentOf(path("O2.nc")), QByteArray("%\nO2\nM30\n")); // New emptied the editor only
         g::mcIcons[1]->toFiles.silence = 3600;
         control.send("O3\n");
         QTRY_VERIFY(isUnsaved());
