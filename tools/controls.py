@@ -21,6 +21,7 @@ TAPE_START, TAPE_STOP = b"\x12", b"\x14"  # DC2, DC4
 XMODEM = 3  # MCFLOW
 XMODEM_BLOCK = 128  # bytes
 TRANSFER_PATIENCE = 240  # s, for a program
+PUNCHED = "punched"  # the folder in that of the output where punched programs save themselves
 
 
 @dataclass
@@ -38,6 +39,11 @@ class Control:
     @property
     def sample(self):
         return SAMPLES / self.program
+
+    @property
+    def saved_name(self):
+        """The name under which its program saves itself when the control punches it."""
+        return re.search(r"^(O\d+)", self.sample.read_text(), re.MULTILINE)[1] + ".nc"
 
 
 CONTROLS = [
@@ -77,15 +83,18 @@ def demo_arguments():
     """Program, cncsim and output folder from the command line; the folder is emptied."""
     program, cncsim, output = (Path(argument).resolve() for argument in sys.argv[1:4])
     shutil.rmtree(output, ignore_errors=True)
-    output.mkdir(parents=True)
+    (output / PUNCHED).mkdir(parents=True)
     return program, cncsim, output
 
 
-def write_profile(folder, controls, ports):
-    """The program's settings in a profile of its own; `folder` then serves as XDG_CONFIG_HOME."""
+def write_profile(folder, controls, ports, punched=None):
+    """The program's settings in a profile of its own; `folder` then serves as XDG_CONFIG_HOME. What controls punch
+    belongs into the folder `punched`."""
     lines = []
     for number, control in enumerate(controls, 1):
         values = DEFAULTS | {"MCNAME": control.name, "MCPORT": ports.get(control.name, "")} | control.machine
+        if control.punches and punched:
+            values["MCOUTDIR"] = str(punched)
         lines += [f"[CNC{number}]"] + [f"{key}={value}" for key, value in values.items()]
     text = "\n".join([*lines, "[END]", ""])
     escaped = text.replace("\\", "\\\\").replace('"', '\\"').replace("\n", "\\n")
@@ -101,7 +110,8 @@ class Simulator:
         self.control = control
         self._log = folder / f"{stem}.log"
         received = folder / f"{stem}.received"
-        self.result = folder / f"{stem}.saved" if control.punches else received  # what has to be right at the end
+        # What has to be right at the end.
+        self.result = folder / PUNCHED / control.saved_name if control.punches else received
         command = [str(cncsim), *control.options, *options, "--output", str(received)]
         if control.punches:
             command += ["--punch", str(control.sample)]

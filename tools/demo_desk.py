@@ -17,7 +17,7 @@ HINT = """
 To send:    click a machine, choose Send, pick a program from {samples}
             and press Send. {starting} waits for its control's start signal and gets it after a few seconds.
 To receive: click {punching}, choose Receive, then press Enter here: that is the button at the control.
-            Save keeps what has arrived.
+            Before that, tick "Save what comes by itself": the program becomes a file in {punched}.
 Meanwhile:  Undock gives a machine a window of its own; after Stop, "From the caret" continues at the caret.
 
 What the controls received is in {output}. Close the window to end the demo.
@@ -36,7 +36,8 @@ def greet(simulators, output):
         print(f"{simulator.control.name}: {simulator.control.about}, on {simulator.device}")
     starting = next(control.name for control in CONTROLS if control.waits_for_start)
     punching = next(control.name for control in CONTROLS if control.punches)
-    print(HINT.format(samples=controls.SAMPLES, output=output, starting=starting, punching=punching), flush=True)
+    print(HINT.format(samples=controls.SAMPLES, output=output, starting=starting, punching=punching,
+                      punched=output / controls.PUNCHED), flush=True)
 
 
 def tell_verdicts(simulators, told):
@@ -72,7 +73,8 @@ def main():
     with processes.all_ended_afterwards():
         simulators = start_simulators(cncsim, output)
         profile = output / "profile"
-        controls.write_profile(profile, CONTROLS, {s.control.name: s.device for s in simulators})
+        ports = {simulator.control.name: simulator.device for simulator in simulators}
+        controls.write_profile(profile, CONTROLS, ports, output / controls.PUNCHED)
         greet(simulators, output)
         environment = os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_DATA_HOME": str(profile)}
         told = {}

@@ -20,7 +20,7 @@ APPLICATION = "Varnock"
 MAIN_WINDOW = "Varnock"
 MENU = "DNC menu"
 MENU_KEYS = {"Send": "alt+s", "Receive": "alt+r", "Setup": "alt+u"}
-OPEN_DIALOG, SAVE_DIALOG = "Open program", "Save program"
+OPEN_DIALOG = "Open program"
 UP, DOWN = "Scroll machines up", "Scroll machines down"  # shown if there are many machines
 FREE_CORNER = (1270, 850)
 
@@ -70,20 +70,19 @@ class Operator:
         self._close(place)
 
     def receive(self, simulator):
-        """Receives what the control punches out and saves it."""
+        """Receives what the control punches out; it saves itself."""
         control = simulator.control
         self._open_menu(control)
         self._choose("Receive")
         self._window.wait_for("Program text", MAIN_WINDOW)
+        self._window.click("Save what comes by itself", MAIN_WINDOW)
         simulator.press_button()
         self._wait_for_text(simulator, 0.5)
         self._picture(control.picture)
         simulator.wait_until_complete()
         self._wait_for_text(simulator, 1)
-        self._window.wait_until_gone("Receiving", MAIN_WINDOW)  # leaving would be asked about
-        self._window.click("Save program", MAIN_WINDOW)
-        self._window.choose_file(simulator.result, SAVE_DIALOG)
         processes.wait_until(simulator.result.exists, f"{simulator.result.name} to be saved")
+        self._window.wait_until_gone("Receiving", MAIN_WINDOW)  # leaving would be asked about
         self._picture("received")
         self._close(MAIN_WINDOW)
 
@@ -187,7 +186,7 @@ def play(program, output, simulators, log):
     """Runs the program and plays the operator's day."""
     ports = {simulator.control.name: simulator.device for simulator in simulators}
     profile = output / "profile"
-    controls.write_profile(profile, [*CONTROLS, UNPLUGGED], ports)
+    controls.write_profile(profile, [*CONTROLS, UNPLUGGED], ports, output / controls.PUNCHED)
     with desktop.virtual_desktop(profile, log):
         from window import Window  # needs the desktop's environment
         with processes.started([str(program)], stdout=log, stderr=log) as running:
