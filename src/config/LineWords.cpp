@@ -50,7 +50,7 @@ QString LineWords::flow(FlowControl flow)
 
 QString LineWords::line(const MachineRecord& mc)
 {
-    const QString port = portName(mc.MCPORT);
+    const QString port = portName(mc.port());
     return QStringList{port.isEmpty() ? QStringLiteral("No port") : port, QStringLiteral("%1 baud").arg(mc.MCBAUD),
                        formatName(dataFormat(mc.MCDBPAR), mc.MCSBITS), flow(flowControl(mc.MCFLOW))}
         .join(QStringLiteral("  \u00B7  "));
@@ -58,8 +58,8 @@ QString LineWords::line(const MachineRecord& mc)
 
 QString LineWords::shortLine(const MachineRecord& mc)
 {
-    if (mc.MCPORT.isEmpty()) return QStringLiteral("NONE");
-    return portName(mc.MCPORT) + u',' + QString::number(mc.MCBAUD) + u',' + shortFormat(dataFormat(mc.MCDBPAR)) +
+    if (mc.port().isEmpty()) return QStringLiteral("NONE");
+    return portName(mc.port()) + u',' + QString::number(mc.MCBAUD) + u',' + shortFormat(dataFormat(mc.MCDBPAR)) +
            QString::number(mc.MCSBITS) + QStringLiteral("\r\n") + flow(flowControl(mc.MCFLOW));
 }
 

@@ -13,6 +13,9 @@ struct MachineRecord {
     virtual ~MachineRecord() = default;
     MachineRecord(const MachineRecord&) = delete;
 
+    /// The path of the machine's serial device now.
+    const QString& port() const { return portNow.isEmpty() ? MCPORT : portNow; }
+
     /// Takes over all that is set up for the other machine, but not its place in the list.
     void takeSettings(const MachineRecord& other)
     {
@@ -21,6 +24,7 @@ struct MachineRecord {
         MCINDEX = index;
         MCISDOCKED = false;
         recentPrograms.clear();
+        portNow.clear();
     }
 
     qint64 MCINDEX = 0; ///< position in the machine list
@@ -60,6 +64,7 @@ struct MachineRecord {
     bool MCXMODEM0 = false;     ///< XModem counts its blocks to 255 and then 0, not 1
     QStringList recentPrograms; ///< see RecentPrograms; no part of the settings text
     ReceiveToFiles toFiles;     ///< no part of the settings text
+    QString portNow;            ///< where the adapter of MCPORT was found again, since the start; else empty
     QString lastSentProgram;    ///< path of the program sent last, since the start; no part of the settings text
 
 protected:

@@ -2,25 +2,24 @@
 #include "platform/DeviceList.h"
 
 #include <QSerialPortInfo>
+#include <QStringList>
 
-QString DeviceList::description(const QString& path)
+QString SerialDevice::inWords() const
 {
-    const QSerialPortInfo port(path);
-    if (port.isNull()) return {};
-    QStringList words = {port.manufacturer(), port.description()};
-    if (!port.serialNumber().isEmpty()) words.append(QStringLiteral("no. %1").arg(port.serialNumber()));
+    QStringList words = {maker, product};
+    if (!serial.isEmpty()) words.append(QStringLiteral("no. %1").arg(serial));
     words.removeAll(QString());
     return words.join(u' ');
 }
 
-std::optional<QStringList> DeviceList::serialDevices()
+std::optional<QList<SerialDevice>> DeviceList::present()
 {
-    QStringList paths;
+    QList<SerialDevice> devices;
     const auto ports = QSerialPortInfo::availablePorts();
     for (const auto& port : ports) {
         const QString path = port.systemLocation();
         if (path.startsWith(QLatin1String("/dev/tty."))) continue; // macOS: the dial-in twin
-        paths.append(path);
+        devices.append({path, port.manufacturer(), port.description(), port.serialNumber()});
     }
-    return paths;
+    return devices;
 }

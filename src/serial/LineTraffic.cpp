@@ -2,11 +2,10 @@
 #include "serial/LineTraffic.h"
 
 #include "serial/CustomObject.h"
+#include "serial/ModemLines.h"
 
 #include <algorithm>
 #include <array>
-#include <sys/ioctl.h>
-#include <termios.h>
 #include <unistd.h>
 #include <utility>
 
@@ -75,9 +74,9 @@ void LineTraffic::lookAtCts()
         const std::lock_guard lock(mutex_);
         if (!obeysCts_) return;
     }
-    int modem = 0;
-    if (::ioctl(device_->get(), TIOCMGET, &modem) != 0) return;
-    const bool isOn = (modem & TIOCM_CTS) != 0;
+    const auto lines = ModemLines::read(device_->get());
+    if (!lines) return;
+    const bool isOn = lines->cts;
     const std::lock_guard lock(mutex_);
     hasSeenCts_ = hasSeenCts_ || isOn;
     if (isOn || !hasSeenCts_ || !obeysCts_)

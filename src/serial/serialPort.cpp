@@ -69,7 +69,9 @@ void serialPort::wakeOnArrival()
 bool serialPort::setUpLine()
 {
     noteFailure(SerialLine::setUp(hPort, {Speed, StopBits, FlowType, Parity == 1}));
-    return openError == PortError::None;
+    if (openError != PortError::None) return false;
+    ModemLines::raise(hPort, FlowType != 2);
+    return true;
 }
 
 bool serialPort::restoreLine()
@@ -231,6 +233,23 @@ void serialPort::sendOn(qint64 heldFor)
     if (line_) line_->release(std::chrono::milliseconds(heldFor));
 }
 
+void serialPort::askModemLines()
+{
+    if (!line_) return Q_EMIT modemLinesRead({});
+    if (std::exchange(isAskingLines_, true)) return;
+    // In a queue of its own, because a write can be held for ever.
+    OrderedQueue().post([this, line = line_, asked = std::weak_ptr(line_), alive = std::weak_ptr(alive_)]() mutable {
+        const auto lines = ModemLines::read(line->device().get());
+        line.reset(); // the last one to hold the device closes it, and that must not be the main thread
+        MainQueue::post([this, lines, asked, alive] {
+            if (alive.expired()) return;
+            isAskingLines_ = false;
+            const bool isSame = !asked.owner_before(line_) && !line_.owner_before(asked);
+            if (line_ && isSame) Q_EMIT modemLinesRead(lines);
+        });
+    });
+}
+
 std::uint8_t serialPort::SetParityBit(std::uint8_t byte)
 {
     const int ones = std::popcount(byte);
@@ -264,8 +283,10 @@ void serialPort::tmrRx_Tick()
 
 int serialPort::findSerialDevices(QStringList& paths) const
 {
-    const auto devices = DeviceList::serialDevices();
+    const auto devices = DeviceList::present();
     if (!devices) return failed;
-    paths = *devices;
+    paths.clear();
+    for (const auto& device : *devices)
+        paths.append(device.path);
     return 0;
 }

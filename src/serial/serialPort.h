@@ -4,6 +4,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/OrderedQueue.h"
 #include "serial/HoldTimes.h"
+#include "serial/ModemLines.h"
 #include "serial/PortError.h"
 
 #include <QByteArray>
@@ -114,6 +115,9 @@ public:
     /// and its XON was lost. A younger hold is another one.
     void sendOn(qint64 heldFor);
 
+    /// Has the modem lines read in the background; modemLinesRead() brings them. Asking again before that does nothing.
+    void askModemLines();
+
     /// The byte with even parity in bit 7; NUL becomes 0x80. For 7-bit values: a byte with bit 7 set whose count of one
     /// bits is odd or 8 ends the program.
     static std::uint8_t SetParityBit(std::uint8_t byte);
@@ -131,6 +135,8 @@ Q_SIGNALS:
     /// The open device is gone: its adapter was unplugged. Emitted at most once for each Open. The port stays open
     /// until Close, and until then the system cannot give the device's name back to the adapter.
     void lost();
+    /// The modem lines of the open device; nothing if it has none or none is open.
+    void modemLinesRead(const std::optional<ModemLines>& lines);
 
 private:
     bool setUpLine();
@@ -146,6 +152,7 @@ private:
     std::shared_ptr<LineTraffic> line_;        // of the open device
     std::unique_ptr<QSocketNotifier> arrival_; // with FlowType 3
     bool lostTold_ = false;
+    bool isAskingLines_ = false;
     OrderedQueue writing_;                                         // blocks must not overtake each other
     std::vector<std::shared_ptr<WriteTask>> writes_;               // no "TxOnComm" yet, in the order of sending
     const std::shared_ptr<void> alive_ = std::make_shared<char>(); // gone when the port is gone

@@ -16,6 +16,7 @@
 #include "widgets/TextLook.h"
 
 #include <QDialog>
+#include <QFileInfo>
 #include <QKeyEvent>
 #include <QScreen>
 #include <QTime>
@@ -81,7 +82,10 @@ void viewChild::startMode(int mode, int mcIndex, const QString& program)
     program_ = program;
     machineChanged(mcIndex);
     configurePort();
-    const bool isOpen = sp->Open(g::mcIcons[mcIndex]->MCPORT) >= 0;
+    auto& mc = *g::mcIcons[mcIndex];
+    // A bare name may have gone to another adapter by now, and a lasting one is gone with its adapter.
+    if (!QFileInfo(mc.portNow).isSymLink()) mc.portNow.clear();
+    const bool isOpen = sp->Open(mc.port()) >= 0;
     showStartupError(!isOpen);
     if (!isOpen) return;
     if (mode == SetupMode) loadSetup();

@@ -76,7 +76,7 @@ void viewMC::isActive(bool active)
 
 void viewMC::refresh()
 {
-    QString port = LineWords::portName(MCPORT);
+    QString port = LineWords::portName(MachineRecord::port());
     if (port.isEmpty()) port = QStringLiteral("no port");
     ui->lblName->setText(MCNAME);
     ui->lblPort->setText(port);

@@ -6,6 +6,7 @@
 #include "config/LineSettings.h"
 #include "config/NotificationNames.h"
 #include "serial/SerialLine.h"
+#include "shell/PortWords.h"
 #include "widgets/FileDialogs.h"
 
 #include <QComboBox>
@@ -33,7 +34,8 @@ bool showListed(QComboBox& box, const QString& value)
 }
 } // namespace
 
-viewSetup::viewSetup(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::viewSetup>())
+viewSetup::viewSetup(QWidget* parent, DeviceSources devices)
+    : QWidget(parent), devices_(std::move(devices)), ui(std::make_unique<Ui::viewSetup>())
 {
     ui->setupUi(this);
     // A completed "/dev/ttyUSB1" would become "/dev/ttyUSB10", another machine's line.
@@ -41,6 +43,7 @@ viewSetup::viewSetup(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui:
         if (box->isEditable()) box->setCompleter(nullptr);
     connect(ui->btnTXBrowse, &QPushButton::clicked, this, &viewSetup::btnTXBrowse);
     connect(ui->btnSave, &QPushButton::clicked, this, &viewSetup::btnSave_Click);
+    connect(ui->btnLastingName, &QPushButton::clicked, this, &viewSetup::btnLastingName_Click);
     connect(ui->btnRevert, &QPushButton::clicked, this, &viewSetup::btnRevert_Click);
     setFocusProxy(ui->txtMCName);
     watchFields();
@@ -88,8 +91,10 @@ void viewSetup::populatePortsCombo()
 {
     QStringList paths;
     if (sp.findSerialDevices(paths) != 0) return;
+    const DeviceNames names(devices_);
     ui->cboPorts->clear();
-    ui->cboPorts->addItems(paths);
+    for (const auto& path : names.lastingFirst(paths))
+        ui->cboPorts->addPort(path, PortWords::adapter(path, names));
 }
 
 void viewSetup::selectCurrentValues()
@@ -133,6 +138,7 @@ void viewSetup::btnSave_Click()
 {
     mc->MCNAME = ui->txtMCName->text();
     mc->MCMODE = ui->cboMode->currentText();
+    if (mc->MCPORT != ui->cboPorts->currentText()) mc->portNow.clear();
     mc->MCPORT = ui->cboPorts->currentText();
     mc->MCOUTDIR = ui->txtTXDataFolder->text();
     mc->MCINDIR.clear();

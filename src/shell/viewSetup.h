@@ -2,6 +2,7 @@
 #pragma once
 
 #include "config/MachineRecord.h"
+#include "platform/DeviceNames.h"
 #include "platform/NotificationCenter.h"
 #include "serial/serialPort.h"
 
@@ -21,7 +22,8 @@ class viewSetup : public QWidget
 {
     Q_OBJECT
 public:
-    explicit viewSetup(QWidget* parent = nullptr);
+    /// `devices`: where the names of the ports present come from.
+    explicit viewSetup(QWidget* parent = nullptr, DeviceSources devices = {});
     ~viewSetup() override;
 
     /// Shows the machine at that index. Meant to be called once.
@@ -32,6 +34,8 @@ public:
     void selectCurrentValues();
     void btnTXBrowse();
     void btnSave_Click();
+    /// Puts the lasting name of the port's adapter in the place of its bare one.
+    void btnLastingName_Click();
     /// Shows the stored values again.
     void btnRevert_Click();
     /// The form shows something else than is stored.
@@ -58,7 +62,9 @@ private:
 
     NotificationCenter* nc = &NotificationCenter::defaultCenter();
     std::shared_ptr<MachineRecord> mc;
+    const DeviceSources devices_;
     serialPort sp; // asked for the devices present, never opened
     std::unique_ptr<Ui::viewSetup> ui;
+    QString lastingName_;      // of the port's adapter, where the port has its bare one
     QStringList storedValues_; // what the fields showed when they agreed with the record
 };

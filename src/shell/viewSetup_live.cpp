@@ -6,10 +6,10 @@
 #include "config/ControlCodes.h"
 #include "config/g.h"
 #include "config/LineWords.h"
-#include "platform/DeviceList.h"
 #include "protocol/Framing.h"
 #include "serial/SerialLine.h"
 #include "shell/LineSummary.h"
+#include "shell/PortWords.h"
 #include "widgets/Reasons.h"
 #include "widgets/TextLook.h"
 
@@ -52,8 +52,8 @@ void viewSetup::watchFields()
     connect(ui->cboPorts, &PortBox::aboutToShowList, this, &viewSetup::refreshPorts);
     connect(ui->cboPorts, &PortBox::currentTextChanged, this, &viewSetup::showPort);
     for (auto* hint :
-         {ui->lblPortHint, ui->lblSpeedHint, ui->lblFlowHint, ui->lblRepeatHint, ui->lblEOBBytes, ui->lblSOTBytes,
-          ui->lblEOTBytes, ui->lblKept, ui->lblEIAHint, ui->lblDelayHint, ui->lblTimeoutHint})
+         {ui->lblPortHint, ui->lblPassedOn, ui->lblSpeedHint, ui->lblFlowHint, ui->lblRepeatHint, ui->lblEOBBytes,
+          ui->lblSOTBytes, ui->lblEOTBytes, ui->lblKept, ui->lblEIAHint, ui->lblDelayHint, ui->lblTimeoutHint})
         TextLook::dim(*hint);
     QFont bold = ui->lblSummary->font();
     bold.setBold(true);
@@ -153,14 +153,30 @@ void viewSetup::showSpeed()
 void viewSetup::showPort()
 {
     const QString port = ui->cboPorts->currentText();
-    QString hint = DeviceList::description(port);
+    const DeviceNames names(devices_);
+    QString hint = PortWords::adapter(port, names);
     if (port.isEmpty()) {
         hint = QStringLiteral("Choose the port that the machine's cable is plugged into.");
     } else if (!QFile::exists(port)) {
         hint = QStringLiteral("This port is not present now.");
     }
+    const QString shared = PortWords::sharedWith(port, *mc, g::mcIcons);
+    if (!hint.isEmpty() && !shared.isEmpty()) hint += u'\n';
+    hint += shared;
     ui->lblPortHint->setText(hint);
     ui->lblPortHint->setHidden(hint.isEmpty());
+    ui->cboPorts->lineEdit()->setToolTip(port); // a lasting name is long
+
+    lastingName_ = DeviceNames::isPassedOn(port) ? names.lastingName(port) : QString();
+    ui->lblPassedOn->setText(PortWords::passedOn(port));
+    ui->btnLastingName->setToolTip(lastingName_);
+    ui->boxPassedOn->setHidden(lastingName_.isEmpty());
+}
+
+void viewSetup::btnLastingName_Click()
+{
+    ui->cboPorts->setCurrentText(lastingName_);
+    ui->cboPorts->setFocus();
 }
 
 // The bytes come from the same functions that sending uses.

@@ -108,6 +108,9 @@ viewTX::~viewTX()
 void viewTX::viewDidLoad()
 {
     panel_.setUp();
+    connect(ui->portReturn, &PortReturn::chosen, this, [this](PortReturn::Offer::Kind offer) {
+        offer == PortReturn::Offer::Kind::Continue ? btnSend_Click() : void(openAgain());
+    });
     ui->cbo1->setCurrentIndex(0);
     setPBarsHidden(true);
     setTextLocked(false);
@@ -136,6 +139,8 @@ void viewTX::initialize(bool send, int mcIndex)
     nc->addObserver(this, Notifications::RxOnComm, sp, [this](const Notification&) { RxOnComm(); });
     if (send) nc->addObserver(this, Notifications::TxOnComm, sp, [this](const Notification&) { TxOnComm(); });
 
+    ui->portReturn->opened(mc->port());
+    ui->lineLamps->watch(*sp);
     shownState_.reset(); // it may be the icon of another machine
     machineChanged();
     enter(send ? TransferState::Ready : TransferState::Listening);
@@ -190,6 +195,7 @@ void viewTX::enter(TransferState state)
     // An XModem send always starts at the top, when the control asks for it.
     setComboHidden(isXModem() || state == TransferState::Sending);
     panel_.showWaitBox(state, !isXModem());
+    ui->portReturn->setLost(state == TransferState::PortLost);
     ui->checkLine->setPaused(!booModeTX || status_.isRunning());
 
     const bool isTimed = booModeTX ? state == TransferState::Sending : state != TransferState::PortLost;

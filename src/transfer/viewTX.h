@@ -118,6 +118,7 @@ private:
     void enter(TransferState state);
     void readyAgain();
     void tellPortLost();
+    bool openAgain();
     void startSend(const std::function<void(const PlainSend::Setup&)>& prepare);
     void waitOrBegin();
     void begin(const QString& how);
@@ -139,8 +140,7 @@ private:
     void refreshStatus();
     void refreshStatusLater();
     std::unique_ptr<Ui::viewTX> ui;
-    bool booModeTX = true;
-    bool vTextLocked = false;
+    bool booModeTX = true, vTextLocked = false;
     TransferPanel panel_;
     EditorProgram program_;
     PlainSend plain_;

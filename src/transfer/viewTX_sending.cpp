@@ -4,6 +4,7 @@
 
 #include "config/g.h"
 #include "config/LineSettings.h"
+#include "config/NotificationNames.h"
 #include "config/TransferWords.h"
 #include "transfer/MachineProgress.h"
 #include "transfer/RestartPage.h"
@@ -61,10 +62,7 @@ void viewTX::startSend(const std::function<void(const PlainSend::Setup&)>& prepa
                   QStringLiteral("OK"), {});
         return;
     }
-    if (status_.entered() == TransferState::PortLost) {
-        if (sp->Open(mc->MCPORT) < 0) return tellPortLost();
-        enter(TransferState::Ready);
-    }
+    if (status_.entered() == TransferState::PortLost && !openAgain()) return;
     sp->tmrRx_Tick(); // what came before is no start signal; and a port that is gone shows
     if (status_.entered() == TransferState::PortLost || !sp->restoreLine()) return tellPortLost();
     progress().setPBarMaximum(static_cast<double>(program_.size()));
@@ -211,6 +209,7 @@ void viewTX::showRestart(PlainSend::Restart restart)
     const bool isWhole = restart == PlainSend::Restart::FromTop || restart == PlainSend::Restart::FromStartBlocks;
     ui->cbo1->setCurrentIndex(isWhole ? fromTheTop : fromTheCaret);
     ui->rt1->moveCaretTo(plain_.next()); // clicks during the transfer may have taken it elsewhere
+    if (restart == PlainSend::Restart::FromLineOut) ui->portReturn->noteCut();
     if (restart == PlainSend::Restart::FromLineOut)
         notice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
                       .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
@@ -241,6 +240,33 @@ void viewTX::tellPortLost()
 {
     end(Ending::PortLost);
     g::msgBox(QStringLiteral("The port %1 of %2 no longer answers\r\rCheck the adapter and choose Send again")
-                  .arg(mc->MCPORT, mc->MCNAME),
+                  .arg(mc->port(), mc->MCNAME),
               QStringLiteral("OK"), {});
+}
+
+// The lost port, where its adapter is now. Another adapter at its path may lead to another machine: nothing is opened.
+bool viewTX::openAgain()
+{
+    const auto found = ui->portReturn->look();
+    if (found.kind == AdapterSearch::Found::Kind::Other) {
+        g::msgBox(ui->portReturn->text(), QStringLiteral("OK"), {});
+        return false;
+    }
+    if (sp->Open(found.path) < 0) {
+        tellPortLost();
+        return false;
+    }
+    const bool isMoved = found.path != mc->port();
+    if (ui->portReturn->isPathToBeKept()) {
+        mc->MCPORT = found.path;
+        g::saveAllMcSettings();
+    }
+    mc->portNow = found.path == mc->MCPORT ? QString() : found.path;
+    ui->portReturn->opened(found.path);
+    ui->lineLamps->watch(*sp);
+    enter(booModeTX ? TransferState::Ready : TransferState::Listening);
+    if (!isMoved) return true;
+    machineChanged();
+    nc->post(Notifications::setupSaveButton_Click, nullptr, {{Notifications::machineIndex, mc->MCINDEX}});
+    return true;
 }

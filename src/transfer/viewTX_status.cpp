@@ -22,6 +22,15 @@ QString addedTo(const MachineRecord& mc, bool isXModem)
     return Framing::controlType(mc.MCMODE) == ControlType::General ? QStringLiteral("start, end and line ends")
                                                                    : QStringLiteral("leader, header and line ends");
 }
+
+// After the port was lost: the operator's caret says from where.
+PortReturn::Offer offerToSend(const ProgramEditor& editor, const TransferFacts& facts)
+{
+    if (facts.isFromTop) return {};
+    const auto line = editor.lineNumbered(static_cast<int>(facts.line));
+    const auto end = std::min(line.end, line.start + 200); // some lines are megabytes long
+    return {PortReturn::Offer::Kind::Continue, facts.line, editor.lineText({line.start, end})};
+}
 } // namespace
 
 qsizetype viewTX::iNumLines() const
@@ -94,6 +103,9 @@ void viewTX::refreshStatus()
     const auto current = facts(state);
     panel_.showState(status_.headline(at, current), status_.details(at, current));
     panel_.showSaved(file_.note(ui->rt1->isUnsaved()));
+    if (state == TransferState::PortLost)
+        ui->portReturn->setOffer(booModeTX ? offerToSend(*ui->rt1, current)
+                                           : PortReturn::Offer{PortReturn::Offer::Kind::Listen});
     if (shownState_ != state) {
         shownState_ = state;
         panel_.showStateImage(TransferStatus::image(state));

@@ -99,6 +99,29 @@ private Q_SLOTS:
         QCOMPARE(other.readAtLeast(onWire(long_).size(), 30000), onWire(long_));
     }
 
+    void sendGoesOnWithOneClick()
+    {
+        const QString link = dir_.filePath("returning");
+        PtyPair first, second;
+        QVERIFY(QFile::link(first.devicePath(), link));
+        Shop::store({Shop::machineOn(link)});
+        Operator op;
+        op.send(1, long_);
+        const QByteArray before = first.readAtLeast(500);
+        first.hangUp();
+        QTRY_COMPARE(stateOf(1), "Port lost");
+        QVERIFY(QFile::remove(link) && QFile::link(second.devicePath(), link));
+        QTRY_VERIFY(op.isShown("btnPortReturn"));
+        QCOMPARE(second.read(), QByteArray());
+        op.click("btnPortReturn");
+        QByteArray after;
+        QTRY_VERIFY_WITH_TIMEOUT((after += second.read(), op.isShown("btnSend")), 30000);
+        after += second.read();
+        const QByteArray whole = onWire(long_);
+        const auto cut = whole.size() - after.size();
+        QVERIFY(whole.endsWith(after) && cut > before.size() - 40 && whole.first(cut).endsWith("\r\n")); // a whole line
+    }
+
     void portThatCannotBeUsedIsExplained_data()
     {
         QTest::addColumn<QString>("cause");
