@@ -9,7 +9,7 @@ seconds=${1:-60}
 tools/install-packages.sh
 command -v clang++ >/dev/null || apt-get install -q -y clang
 cmake --preset fuzz >/dev/null
-targets=(settings program_text program_state xmodem)
+targets=(settings program_text program_state received xmodem)
 cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
 export QT_QPA_PLATFORM=offscreen LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0"
 export ASAN_OPTIONS=detect_leaks=0 # what Qt keeps for the life of the process is not a leak of ours

@@ -11,12 +11,15 @@
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <optional>
-#include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -127,14 +130,28 @@ private:
     const Descriptor file_;
 };
 
+// The lock of that folder in this program. On a network the file system has none for folders.
+std::shared_ptr<std::mutex> lockOf(int folder)
+{
+    struct stat status = {};
+    if (::fstat(folder, &status) != 0) fail(errno);
+    static std::mutex guard;
+    static std::map<std::pair<dev_t, ino_t>, std::shared_ptr<std::mutex>> locks;
+    const std::lock_guard lock(guard);
+    auto& found = locks[{status.st_dev, status.st_ino}];
+    if (!found) found = std::make_shared<std::mutex>();
+    return found;
+}
+
 // One folder, held for one order: two machines may save a program of the same name at the same time.
 class Folder
 {
 public:
     explicit Folder(const QString& path)
-        : fd_(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), path_(path)
+        : fd_(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), path_(path),
+          mutex_(lockOf(fd_)), lock_(*mutex_)
     {
-        ::flock(fd_, LOCK_EX); // where the file system has no locks, the steps below still lose nothing
+        ::flock(fd_, LOCK_EX); // against another user's program, where there are such locks
     }
 
     // The file of that name, if there is one.
@@ -224,6 +241,8 @@ private:
 
     const Descriptor fd_;
     const QString path_;
+    const std::shared_ptr<std::mutex> mutex_;
+    const std::lock_guard<std::mutex> lock_;
 };
 
 QString inWords(int error)

@@ -30,7 +30,7 @@ constexpr int shownRows = 3;
 constexpr int warningSize = 20;     // pixels
 constexpr int rowCharacters = 36;   // of the choice and its folder
 constexpr int actionCharacters = 2; // beside the buttons
-constexpr int listCharacters = 64;  // of a list with room for all columns
+constexpr int listCharacters = 88;  // of a list with room for all columns
 constexpr int lowWindowLines = 32;  // in a lower one, lines of the program are worth more
 
 // Cells with some room between them.

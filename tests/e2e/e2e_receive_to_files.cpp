@@ -12,6 +12,10 @@
 #include <QTableView>
 #include <QTreeWidget>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 /// What a control punches is saved by itself, and the operator sees what became of it.
 class ReceiveToFilesTest : public QObject
 {
@@ -138,6 +142,26 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(rows(), QStringList("O1.nc|Saved"), patience);
         QVERIFY(!op_->isShown("btnTryAgainSaving"));
         QCOMPARE(contentOf(path("O1.nc")), shown());
+        QVERIFY(closes());
+    }
+
+    // A folder on a network may keep a write waiting for a minute: here somebody else holds it.
+    void nothingWaitsForASlowFolderAndNothingIsLost()
+    {
+        cncsim::SimulatedControl control({});
+        listen(control);
+        const int held = ::open(folder_->path().toLocal8Bit().constData(), O_RDONLY | O_DIRECTORY);
+        QVERIFY(held >= 0 && ::flock(held, LOCK_EX) == 0);
+        control.send("%\nO1\nM30\n%\n");
+        QTRY_COMPARE_WITH_TIMEOUT(rows(), QStringList("O1.nc|Saving..."), patience);
+        control.send("%\nO2\n");
+        QTRY_VERIFY(shown().endsWith("O2\n")); // goes on
+        control.send("M30\n%\n");
+        QTRY_COMPARE(rows().size(), 2);
+        Answers slip({"Enter"});
+        QVERIFY(!op_->window().close() && slip.areAllGiven());
+        ::close(held);
+        QTRY_COMPARE_WITH_TIMEOUT(rows(), QStringList({"O2.nc|Saved", "O1.nc|Saved"}), patience);
         QVERIFY(closes());
     }
 
