@@ -18,8 +18,6 @@
 
 namespace
 {
-constexpr std::chrono::microseconds tick{500};
-
 class Uarts
 {
 public:
@@ -58,13 +56,14 @@ public:
         chip_ = chip;
     }
 
+    void passOnEvery(std::chrono::microseconds tick) { tick_ = tick; }
     double processorSeconds() const { return processorSeconds_; }
 
 private:
     void run()
     {
         while (true) {
-            std::this_thread::sleep_for(tick);
+            std::this_thread::sleep_for(tick_.load());
             std::map<int, std::shared_ptr<PacedUart>> lines;
             {
                 const std::lock_guard lock(mutex_);
@@ -82,6 +81,7 @@ private:
     std::map<int, std::shared_ptr<PacedUart>> lines_;
     std::optional<PacedLine::Chip> chip_; // of lines to come
     bool hasThread_ = false;
+    std::atomic<std::chrono::microseconds> tick_ = std::chrono::microseconds(500);
     std::atomic<double> processorSeconds_ = 0;
 };
 
@@ -102,6 +102,11 @@ double PacedLine::processorSeconds()
 void PacedLine::use(const Chip& chip)
 {
     Uarts::all().use(chip);
+}
+
+void PacedLine::passOnEvery(std::chrono::microseconds tick)
+{
+    Uarts::all().passOnEvery(tick);
 }
 
 PacedLine::Record PacedLine::record(int descriptor)

@@ -28,6 +28,10 @@ struct Chip {
 /// it.
 void use(const Chip& chip);
 
+/// How often the bytes that the line has carried are passed on to the control. Late ones change nothing for the
+/// program; with many lines the model would otherwise take the processor from it.
+void passOnEvery(std::chrono::microseconds tick);
+
 /// In bytes since the line was opened.
 struct Count {
     long taken = 0;   ///< from the program

@@ -37,7 +37,7 @@ double megabytesInUse()
     return resident * static_cast<double>(::sysconf(_SC_PAGESIZE)) / 1e6;
 }
 
-void storeMachines(const std::vector<std::unique_ptr<BenchLine>>& lines)
+void storeMachines(const std::vector<std::unique_ptr<BenchLine>>& lines, FlowControl flow)
 {
     std::vector<std::unique_ptr<MachineRecord>> records;
     std::vector<const MachineRecord*> machines;
@@ -45,6 +45,7 @@ void storeMachines(const std::vector<std::unique_ptr<BenchLine>>& lines)
         records.push_back(std::make_unique<MachineRecord>());
         records.back()->MCPORT = line->devicePath();
         records.back()->MCBAUD = 115200;
+        records.back()->MCFLOW = static_cast<qint64>(flow);
         machines.push_back(records.back().get());
     }
     Preferences::setString(QStringLiteral("Varnock"), SettingsText::write(machines));
@@ -59,21 +60,21 @@ QString writeProgram(const QTemporaryDir& folder, int blocks)
     return path;
 }
 
-/// The main window with one send view per line.
+/// The main window with one view per line.
 class Shop
 {
 public:
-    explicit Shop(int machines)
+    explicit Shop(int machines, viewChild::Mode mode = viewChild::SendMode, FlowControl flow = FlowControl::XonXoff)
     {
         for (int machine = 0; machine < machines; ++machine)
-            lines.push_back(std::make_unique<BenchLine>(5ms));
-        storeMachines(lines);
+            lines.push_back(std::make_unique<BenchLine>(20ms));
+        storeMachines(lines, flow);
         app.applicationDidFinishLaunching();
         app.window()->show();
         for (int machine = 1; machine <= machines; ++machine) {
             app.makeActiveIcon(machine);
-            app.loadDockedChild(viewChild::SendMode);
-            view(machine).findChild<QFileDialog*>()->reject();
+            app.loadDockedChild(mode);
+            if (auto* dialog = view(machine).findChild<QFileDialog*>()) dialog->reject();
         }
         QApplication::processEvents();
     }
@@ -162,6 +163,27 @@ void manyMachines(const QTemporaryDir& folder)
     }
 }
 
+void idleMachines()
+{
+    constexpr double seconds = 10;
+    struct Waiting {
+        const char* name;
+        viewChild::Mode mode;
+        FlowControl flow;
+    };
+    std::printf("\n| 32 machines on which nothing moves | Processor |\n|---|---|\n");
+    for (const Waiting waiting : {Waiting{"send views", viewChild::SendMode, FlowControl::XonXoff},
+                                  {"receive views, text", viewChild::ReceiveMode, FlowControl::XonXoff},
+                                  {"receive views, XModem", viewChild::ReceiveMode, FlowControl::XModem}}) {
+        const Shop shop(32, waiting.mode, waiting.flow);
+        Bench::runFor(1);
+        const double before = shop.processorSeconds();
+        Bench::runFor(seconds);
+        std::printf("| %s | %.1f %% of a core |\n", waiting.name, 100 * (shop.processorSeconds() - before) / seconds);
+        std::fflush(stdout);
+    }
+}
+
 void largePrograms(const QTemporaryDir& folder)
 {
     std::printf("\n| Program | Opened in | Memory, in its sizes |\n|---|---|---|\n");
@@ -188,7 +210,11 @@ int main(int argc, char* argv[])
     const QTemporaryDir folder;
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
     qputenv("XDG_DATA_HOME", folder.path().toLocal8Bit()); // the history's
-    if (argc < 2) manyMachines(folder);
+    PacedLine::passOnEvery(5ms);
+    if (argc < 2) {
+        manyMachines(folder);
+        idleMachines();
+    }
     largePrograms(folder);
     return 0;
 }

@@ -47,7 +47,8 @@ lrzsz is the control, and in the last column both ends. `build/release/benchmark
 ## Many machines, large programs
 
 All machines send at once from one window; "answers within" is the longest that any of about 700 operator actions had to
-wait. `build/release/benchmarks/bench_scale`:
+wait. Below, what the program costs while all its ports are open and nothing moves.
+`build/release/benchmarks/bench_scale`:
 {scale}
 ## Cost of a line, by length of the program
 

@@ -9,12 +9,15 @@
 
 namespace
 {
+constexpr int mostAtOnce = 64; // items of one event: the window answers between two events
+
 struct Queue {
     std::mutex mutex;
     std::deque<std::function<void()>> work;
     QCoreApplication* application = nullptr; // only while it can be woken
+    bool isWoken = false;                    // an event is on its way to run()
 
-    void wake() const;
+    void wake();
     void run();
 };
 
@@ -25,27 +28,31 @@ Queue& queue()
     return *instance;
 }
 
-void Queue::wake() const
+void Queue::wake()
 {
-    if (application)
-        QMetaObject::invokeMethod(
-            application, [] { queue().run(); }, Qt::QueuedConnection);
+    if (!application || isWoken) return;
+    isWoken = true;
+    QMetaObject::invokeMethod(
+        application, [] { queue().run(); }, Qt::QueuedConnection);
 }
 
-// One item per event, and the next event is posted before the item runs: an item that opens a message box runs an event
-// loop of its own, and the work of other machines behind it must reach that loop. Events that were already waiting
-// would not: GLib's dispatcher does not look for them again.
+// While an item runs, an event for those behind it is on its way: an item that opens a message box runs an event loop
+// of its own, and the work of other machines has to reach that loop. The event is posted from here: GLib's dispatcher
+// would not look again for one that was already waiting.
 void Queue::run()
 {
-    std::function<void()> item;
-    {
-        const std::lock_guard lock(mutex);
-        if (work.empty()) return;
-        item = std::move(work.front());
+    std::unique_lock lock(mutex);
+    isWoken = false;
+    for (int count = 0; count < mostAtOnce && !work.empty(); ++count) {
+        auto item = std::move(work.front());
         work.pop_front();
         if (!work.empty()) wake();
+        lock.unlock();
+        item();
+        item = nullptr; // what it held may have work to do at its end
+        lock.lock();
     }
-    item();
+    if (!work.empty()) wake();
 }
 } // namespace
 
@@ -59,6 +66,7 @@ void MainQueue::attachToMainThread()
     qAddPostRoutine([] {
         const std::lock_guard atTheEnd(queue().mutex);
         queue().application = nullptr;
+        queue().isWoken = false;
     });
     if (!q.work.empty()) q.wake();
 }
@@ -68,5 +76,5 @@ void MainQueue::post(std::function<void()> work)
     auto& q = queue();
     const std::lock_guard lock(q.mutex);
     q.work.push_back(std::move(work));
-    if (q.work.size() == 1) q.wake();
+    q.wake();
 }
