@@ -37,6 +37,12 @@ XMODEM = Control("Mill 4", "", "O3000-surface.nc", {"MCFLOW": controls.XMODEM, "
 DRILL = Control("Drill 5", "", "O1001-bracket.nc", {"MCFLOW": 1, "MCBAUD": 1200, "MCDBPAR": 2},
                 ["--even-parity", "--xon-xoff", "--punch-rate", "60"], punches=True)
 SAW = Control("Saw 6", "", "", {"MCPORT": "/dev/ttyUSB9"})
+DRILLING = "O1200-drilling.nc"
+CHANGED = "O1200-changed.nc"  # at the control
+CHANGES = {b"F240": b"F210", b"N230 G80 M9\n": b"N230 G80\nN235 M9\n", b"N330 X80.\n": b""}
+FAULTY = "O1300-slots.nc"
+FAULTS = {b"O1200 (HOLE PLATE": "O1300 (SCHLITZ FÜR WELLE".encode("latin-1"),
+          b"N90 X80.": b"N90 X80. Y X85.", b"N390 M30\n": b""}
 SHOP = [MILL, LATHE, WAITING, XMODEM, DRILL, SAW]
 
 
@@ -108,6 +114,43 @@ class Photographer:
         self._window.wait_for("Program text", MILL.name)
         self._take("undocked")
 
+    def history(self):
+        self._window.click("History", "Varnock")
+        self._window.wait_for("*", inside="History")
+        self._window.press("Down")
+        self._take("history")
+
+    def check(self):
+        self._choose(MILL.name, "Send")
+        self._window.choose_file(PROGRAMS / FAULTY, "Open program")
+        self._window.wait_for("Next finding", "Varnock")
+        for finding in range(1, 4):
+            self._window.press("F8")
+            self._window.wait_for(f"{finding} of *", "Varnock")
+        self._take("check")
+        self._close_view()
+
+    def restart(self):
+        self._choose(MILL.name, "Send")
+        self._window.choose_file(PROGRAMS / DRILLING, "Open program")
+        self._window.wait_for("Ready to send")
+        self._window.press("ctrl+f")
+        self._window.type("N190")
+        self._window.press("Return")
+        self._window.press("Escape")
+        self._window.press("ctrl+shift+s")
+        self._window.wait_for("Start blocks")
+        self._take("restart")
+        self._window.press("Escape")
+        self._window.wait_until_gone("Start blocks")
+
+    def compare(self):
+        self._window.press("ctrl+d")
+        self._window.choose_file(PROGRAMS / CHANGED, "Compare with file")
+        self._window.wait_for("Next difference")
+        self._window.press("F7")
+        self._take("compare")
+
     def _open_menu(self, machine):
         self._window.click(f"{machine} on *", "Varnock")
         self._window.wait_for_popup(MENU)
@@ -153,6 +196,14 @@ def held(device):
         os.close(port)
 
 
+def write_variant(name, changes):
+    """The drilling program with some changes."""
+    text = (PROGRAMS / DRILLING).read_bytes()
+    for old, new in changes.items():
+        text = text.replace(old, new)
+    (PROGRAMS / name).write_bytes(text)
+
+
 def photograph(build, scratch, scene, machines, simulators, steps):
     profile = scratch / scene
     ports = {simulator.control.name: simulator.device for simulator in simulators}
@@ -172,6 +223,8 @@ def photograph(build, scratch, scene, machines, simulators, steps):
 def main():
     build = Path(sys.argv[1]).resolve()
     shutil.copytree(controls.SAMPLES, PROGRAMS, dirs_exist_ok=True)
+    write_variant(CHANGED, CHANGES)
+    write_variant(FAULTY, FAULTS)
     controls.DEFAULTS["MCOUTDIR"] = str(PROGRAMS)
     desktop.SCREEN = f"{SCREEN[0]}x{SCREEN[1]}x24"
     with processes.all_ended_afterwards(), tempfile.TemporaryDirectory() as folder:
@@ -180,7 +233,9 @@ def main():
         simulators = [Simulator(cncsim, control, scratch) for control in SHOP if control.options]
         with desktop.virtual_desktop(scratch / "runtime", subprocess.DEVNULL):
             photograph(build, scratch, "empty", [], [], ["first_machine"])
-            photograph(build, scratch, "shop", SHOP, simulators, ["setup", "failures", "receiving", "sending"])
+            photograph(build, scratch, "shop", SHOP, simulators,
+                       ["setup", "failures", "receiving", "sending", "history"])
+            photograph(build, scratch, "desk", [MILL, LATHE], simulators, ["check", "restart", "compare"])
 
 
 if __name__ == "__main__":
