@@ -5,6 +5,7 @@
 #include "config/TransferWords.h"
 #include "history/History.h"
 #include "history/HistoryWords.h"
+#include "widgets/CompactRow.h"
 #include "widgets/FileDialogs.h"
 #include "widgets/Images.h"
 #include "widgets/MessageBox.h"
@@ -107,6 +108,12 @@ void HistoryPage::setUpFilter()
         connect(date, &QDateEdit::dateChanged, this, &HistoryPage::filterLater);
     for (auto* combo : {ui->cboMachine, ui->cboOutcome})
         connect(combo, &QComboBox::activated, this, &HistoryPage::applyFilter);
+    const auto oneRow = [this] {
+        return ui->whatLayout->sizeHint().width() + ui->filterLayout->spacing() + ui->whenLayout->sizeHint().width();
+    };
+    new CompactRow(*ui->boxFilter, oneRow, [this](bool isCompact) {
+        ui->filterLayout->setDirection(isCompact ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    });
     connect(ui->txtProgram, &QLineEdit::textChanged, this, &HistoryPage::filterLater);
     connect(ui->btnClearFilter, &QPushButton::clicked, this, &HistoryPage::clearFilter);
     tmrFilter_.setSingleShot(true);

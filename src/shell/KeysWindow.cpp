@@ -3,6 +3,7 @@
 #include "ui_KeysWindow.h"
 
 #include <QFile>
+#include <QScreen>
 
 #include <utility>
 
@@ -44,7 +45,8 @@ KeysWindow::KeysWindow(QWidget* parent) : QDialog(parent), ui(std::make_unique<U
     ui->lstKeys->resizeColumnToContents(1);
     const auto width = ui->lstKeys->columnWidth(0) + ui->lstKeys->columnWidth(1);
     const auto rows = ui->lstKeys->topLevelItemCount() + 5; // with the head, the button and the margins
-    resize(width + fontMetrics().averageCharWidth() * 12, rows * rowHeight);
+    const QSize whole(width + fontMetrics().averageCharWidth() * 12, rows * rowHeight);
+    resize(whole.boundedTo(screen()->availableSize() * 17 / 20)); // the rest scrolls
     connect(ui->buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 

@@ -9,6 +9,7 @@
 #include "transfer/ProgramFile.h"
 #include "transfer/Replacing.h"
 #include "transfer/SavedPrograms.h"
+#include "widgets/FileDialogs.h"
 
 #include <QFileDialog>
 #include <QUrl>
@@ -39,8 +40,9 @@ void viewTX::btnNew_Click()
 void viewTX::btnFolder_Click()
 {
     auto* dialog = file_.openDialog(*mc);
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this](const QString& path) { Replacing::openFile(*this, path); });
+    // Not at fileSelected: the dialog would still stand behind a question.
+    connect(dialog, &QDialog::accepted, this,
+            [this, dialog] { Replacing::openFile(*this, FileDialogs::chosenFile(*dialog)); });
     dialog->open();
 }
 

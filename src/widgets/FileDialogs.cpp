@@ -29,3 +29,13 @@ QFileDialog* FileDialogs::makeSave(QWidget* parent, const QString& title, const 
     if (auto* edit = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) edit->selectAll();
     return dialog;
 }
+
+// Where a file of the typed name is in the folder shown, too, Qt takes both for chosen. What stands in the field
+// counts.
+QString FileDialogs::chosenFile(const QFileDialog& dialog)
+{
+    const auto files = dialog.selectedFiles();
+    const auto* edit = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    const QString typed = edit ? dialog.directory().absoluteFilePath(edit->text()) : QString();
+    return files.contains(typed) ? typed : files.value(0);
+}

@@ -11,4 +11,6 @@ namespace FileDialogs
 QFileDialog* make(QWidget* parent, const QString& title, const QString& folder);
 /// The same for saving, with `name` proposed: the operator types over it.
 QFileDialog* makeSave(QWidget* parent, const QString& title, const QString& folder, const QString& name);
+/// The file that was chosen in a dialog that has been accepted.
+QString chosenFile(const QFileDialog& dialog);
 } // namespace FileDialogs

@@ -91,6 +91,19 @@ private Q_SLOTS:
         QTRY_COMPARE(text(), "M30");
     }
 
+    // The dialog opens in the folder used last; a path into another one is typed.
+    void sameNameInTheFolderUsedLastIsNoOtherChoice()
+    {
+        PtyPair line;
+        Shop::store({Shop::machineOn(line.devicePath())});
+        Operator op;
+        dropOn(1, file("program.nc", "M1"));
+        QTRY_VERIFY(op.isShown("rt1"));
+        QTRY_COMPARE(text(), "M1");
+        op.open(1, "M2");
+        QCOMPARE(text(), "M2");
+    }
+
     void filesOfAStartAreAskedAboutOneByOneAndBehindNoQuestion()
     {
         PtyPair line;
