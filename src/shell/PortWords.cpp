@@ -15,11 +15,6 @@ QString PortWords::adapter(const QString& path, const DeviceNames& names)
     return device.isKnown() ? QStringLiteral("%1, %2").arg(device.inWords(), now) : now;
 }
 
-QString PortWords::passedOn(const QString& path)
-{
-    return QStringLiteral("%1 may be another adapter after a restart.").arg(QFileInfo(path).fileName());
-}
-
 QString PortWords::sharedWith(const QString& path, const MachineRecord& machine, const g::McIcons& machines)
 {
     if (!QFileInfo::exists(path)) return {};

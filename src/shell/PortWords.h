@@ -9,8 +9,6 @@ namespace PortWords
 {
 /// The adapter of that path; with a lasting name also the bare one that it has now. Empty where nothing is known.
 QString adapter(const QString& path, const DeviceNames& names);
-/// That a bare name may go to another adapter.
-QString passedOn(const QString& path);
 /// Which other machine means the same device by another name; empty if none does.
 QString sharedWith(const QString& path, const MachineRecord& machine, const g::McIcons& machines);
 } // namespace PortWords

@@ -51,9 +51,9 @@ void viewSetup::watchFields()
         connect(check, &QCheckBox::toggled, this, &viewSetup::showLive);
     connect(ui->cboPorts, &PortBox::aboutToShowList, this, &viewSetup::refreshPorts);
     connect(ui->cboPorts, &PortBox::currentTextChanged, this, &viewSetup::showPort);
-    for (auto* hint :
-         {ui->lblPortHint, ui->lblPassedOn, ui->lblSpeedHint, ui->lblFlowHint, ui->lblRepeatHint, ui->lblEOBBytes,
-          ui->lblSOTBytes, ui->lblEOTBytes, ui->lblKept, ui->lblEIAHint, ui->lblDelayHint, ui->lblTimeoutHint})
+    for (QWidget* hint : std::initializer_list<QWidget*>{
+             ui->lblPortHint, ui->lblPassedOn, ui->lblSpeedHint, ui->lblFlowHint, ui->lblRepeatHint, ui->lblEOBBytes,
+             ui->lblSOTBytes, ui->lblEOTBytes, ui->lblKept, ui->lblEIAHint, ui->lblDelayHint, ui->lblTimeoutHint})
         TextLook::dim(*hint);
     QFont bold = ui->lblSummary->font();
     bold.setBold(true);
@@ -168,9 +168,10 @@ void viewSetup::showPort()
     ui->cboPorts->lineEdit()->setToolTip(port); // a lasting name is long
 
     lastingName_ = DeviceNames::isPassedOn(port) ? names.lastingName(port) : QString();
-    ui->lblPassedOn->setText(PortWords::passedOn(port));
     ui->btnLastingName->setToolTip(lastingName_);
-    ui->boxPassedOn->setHidden(lastingName_.isEmpty());
+    for (QWidget* offer : std::initializer_list<QWidget*>{ui->lblPassedOn, ui->btnLastingName})
+        offer->setHidden(lastingName_.isEmpty());
+    fitHeight();
 }
 
 void viewSetup::btnLastingName_Click()

@@ -8,10 +8,13 @@
 #include <QHBoxLayout>
 #include <QLabel>
 
+#include <algorithm>
+
 namespace
 {
-constexpr int askInterval = 250; // ms
-constexpr int gap = 8;           // pixels between lamps
+constexpr int askInterval = 250;     // ms
+constexpr int gap = 8;               // pixels between lamps
+constexpr int enoughCharacters = 40; // of a longer text in the row: a port's lasting name is shortened for the lamps
 } // namespace
 
 LineLamps::LineLamps(QWidget* row) : QWidget(row)
@@ -53,15 +56,16 @@ void LineLamps::setHasRoom(bool hasRoom)
     askOrRest();
 }
 
-// Of all that the row has to show, each at the width that it would like.
+// Of all that the row has to show.
 int LineLamps::rowWidth() const
 {
     const auto* row = parentWidget()->layout();
     const auto margins = row->contentsMargins();
+    const int longest = enoughCharacters * fontMetrics().averageCharWidth();
     int width = margins.left() + margins.right() + (row->count() - 1) * row->spacing();
     for (int at = 0; at < row->count(); ++at)
         if (const auto* widget = row->itemAt(at)->widget(); widget && widget != this)
-            width += widget->sizeHint().width();
+            width += std::min(widget->sizeHint().width(), longest);
     for (const auto* lamp : lamps_)
         width += lamp->sizeHint().width() + gap;
     return width;

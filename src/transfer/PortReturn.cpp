@@ -4,6 +4,7 @@
 
 #include "config/LineWords.h"
 #include "config/TransferWords.h"
+#include "widgets/CompactRow.h"
 #include "widgets/Images.h"
 
 using Kind = AdapterSearch::Found::Kind;
@@ -13,6 +14,7 @@ namespace
 constexpr int lookInterval = 1000; // ms
 constexpr int imageSize = 32;      // pixels
 constexpr int shownText = 60;      // characters of the line
+constexpr int wideBar = 70;        // characters; in a narrower one the button stands below
 
 QString buttonText(PortReturn::Offer::Kind kind)
 {
@@ -36,6 +38,12 @@ PortReturn::PortReturn(QWidget* parent) : QFrame(parent), ui(std::make_unique<Ui
     connect(ui->btnPortReturn, &QPushButton::clicked, this, [this] {
         if (found_.kind == Kind::Other) return useFound();
         Q_EMIT chosen(offer_.kind);
+    });
+    const auto needed = [this] { return wideBar * fontMetrics().averageCharWidth(); };
+    new CompactRow(*this, needed, [this](bool isCompact) {
+        ui->returnLayout->setDirection(isCompact ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+        ui->returnLayout->setSpacing(isCompact ? 4 : 12);
+        ui->imgPortReturn->setHidden(isCompact);
     });
     hide();
 }
@@ -134,8 +142,8 @@ QString PortReturn::offerWords() const
     case Offer::Kind::Listen:
         return QStringLiteral("What the control sent meanwhile is missing.");
     case Offer::Kind::Continue:
-        return QStringLiteral("First clear what the control may have of a cut block. Continue starts at the beginning "
-                              "of line %1: %2\nPlace the caret on another line to start there.")
+        return QStringLiteral("Clear a cut block at the control first.\nContinue starts with the whole of line %1; the "
+                              "caret chooses another:\n%2")
             .arg(TransferWords::number(offer_.line), offer_.text.simplified().left(shownText));
     default:
         return {};

@@ -135,14 +135,19 @@ std::optional<Bytes> Chip::pl2303(const Setup& setup)
 
 std::optional<Bytes> Chip::cp210x(const Setup& setup, const Bytes& data)
 {
-    constexpr std::uint8_t getModemStatus = 0x08, setFlow = 0x13, getFlow = 0x14, setCharacters = 0x19, vendor = 0xFF;
+    constexpr std::uint8_t getModemStatus = 0x08, setFlow = 0x13, getFlow = 0x14, setCharacters = 0x19,
+                           setHandshake = 0x07, vendor = 0xFF;
     constexpr unsigned partNumber = 0x370B;
     if (setup.isIn()) {
         if (setup.request == vendor && setup.value == partNumber) return Bytes{2};
         if (setup.request == vendor) return {};
         if (setup.request == getFlow) return flow_;
-        if (setup.request == getModemStatus) return Bytes{low(cts_ ? 0x10 : 0)};
+        if (setup.request == getModemStatus) return Bytes{low((cts_ ? 0x10u : 0u) | handshake_)};
         return Bytes(setup.length);
+    }
+    if (setup.request == setHandshake) { // DTR and RTS, each where the upper byte says so
+        const unsigned changed = setup.value >> 8 & 3u;
+        handshake_ = low((handshake_ & ~changed) | (setup.value & changed));
     }
     if (setup.request == setCharacters && data.size() == 6) characters_ = data;
     if (setup.request == setFlow && data.size() == 16) flow_ = data;

@@ -62,6 +62,7 @@ private:
     const Kind& kind_;
     std::optional<Line::OwnFlow> ownFlow_;
     bool obeysCts_ = false, cts_ = true;
+    std::uint8_t handshake_ = 0; // cp210x: what the driver has raised
     std::chrono::milliseconds latency_{16};
     std::array<std::uint8_t, 256> registers_{};
     Bytes flow_ = Bytes(16), characters_ = Bytes(6);

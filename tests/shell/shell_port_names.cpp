@@ -14,7 +14,7 @@ class PortNamesTest : public QObject
     Q_OBJECT
     template <typename Widget> Widget* find(const char* name) { return form_->findChild<Widget*>(name); }
     QString hint() { return find<QLabel>("lblPortHint")->text(); }
-    bool isOffered() { return find<QWidget>("boxPassedOn")->isVisible(); }
+    bool isOffered() { return find<QPushButton>("btnLastingName")->isVisible(); }
 
     void open(const QString& path, const QString& othersPath = {})
     {

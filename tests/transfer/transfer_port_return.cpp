@@ -60,7 +60,7 @@ private Q_SLOTS:
         const QByteArray rest("G2\r\nG3\r\n");
         QTest::newRow("in a line") << true << 0 << 3 << "ttyUSB0"
                                    << "Continue"
-                                   << "at the beginning of line 3: G2" << rest;
+                                   << "the whole of line 3; the caret chooses another:\nG2" << rest;
         QTest::newRow("in a line, back with another number") << true << 0 << 3 << "ttyUSB1"
                                                              << "Continue"
                                                              << "is back, now as" << rest;
@@ -134,7 +134,8 @@ private Q_SLOTS:
         QTRY_VERIFY(shop.bar->isVisible());
         shop.rig.editor->setFocus();
         QTest::keyClick(shop.rig.editor, Qt::Key_Up);
-        QVERIFY2(shop.bar->text().contains("of line 2: G1"), qPrintable(shop.bar->text()));
+        QVERIFY2(shop.bar->text().contains("of line 2;") && shop.bar->text().endsWith("\nG1"),
+                 qPrintable(shop.bar->text()));
         shop.rig.click("btnPortReturn");
         QCOMPARE(again.readAtLeast(12), QByteArray("G1\r\nG2\r\nG3\r\n"));
     }
