@@ -209,10 +209,11 @@ void viewTX::showRestart(PlainSend::Restart restart)
     const bool isWhole = restart == PlainSend::Restart::FromTop || restart == PlainSend::Restart::FromStartBlocks;
     ui->cbo1->setCurrentIndex(isWhole ? fromTheTop : fromTheCaret);
     ui->rt1->moveCaretTo(plain_.next()); // clicks during the transfer may have taken it elsewhere
-    if (restart == PlainSend::Restart::FromLineOut) ui->portReturn->noteCut();
-    if (restart == PlainSend::Restart::FromLineOut)
+    if (restart == PlainSend::Restart::FromLineOut) {
+        ui->portReturn->noteCut();
         notice_ = QStringLiteral("Stopped at line %1. See at the control what has arrived before you continue.")
                       .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
+    }
     if (restart == PlainSend::Restart::FromStartBlocks)
         notice_ = QStringLiteral("Not all start blocks of line %1 were sent. Choose \"Send from here\" again.")
                       .arg(TransferWords::number(ui->rt1->lineNumber(plain_.next())));
