@@ -8,84 +8,38 @@ Usage: gallery.py BUILD_FOLDER OUTPUT_FOLDER [PART_OF_A_NAME]. Exits with 0 if e
 import os
 import sys
 from contextlib import contextmanager
-from dataclasses import dataclass
 from pathlib import Path
 
 import controls
 import desktop
 import processes
-from controls import CONTROLS, UNPLUGGED, Control, Simulator
+from controls import CONTROLS, UNPLUGGED, Simulator
+from gallery_desks import DESKS, MACHINES
 
 MENU_KEYS = {"Send": "s", "Receive": "r", "Setup": "u"}
-LONG_NAMES = [
-    Control("Fünfachs-Simultan-Bearbeitungszentrum Halle 3", "", "", {"MCPORT": "/dev/ttyUSB7"}),
-    Control("Doppelspindel-Drehmaschine mit Gegenspindel", "", "",
-            {"MCPORT": "/dev/serial/by-id/usb-Prolific_Technology_USB-Serial_Controller-if00-port0"}),
-]
 SLOWLY = ["--rate", "1500"]  # bytes a second: there is time to look while a program is being sent
-MANY = [Control(f"Machine {n}", "", "", {"MCPORT": f"/dev/ttyS{n}"}) for n in range(1, 31)]
-
-# A dark desktop, and one with large text, as the desktop's own settings file tells Qt.
-FONT = "DejaVu Sans,{size},-1,5,50,0,0,0,0,0"
-SETTINGS = "[General]\nfont={font}\nmenuFont={font}\ntoolBarFont={font}\n\n[KDE]\nwidgetStyle=Fusion\n"
-DARK_TEXT = "ForegroundNormal=239,240,241\nForegroundInactive=161,169,177\nForegroundLink=29,153,243\n" \
-            "ForegroundVisited=155,89,182\n"
-LIGHT_TEXT = "ForegroundNormal=35,38,41\nForegroundInactive=112,125,138\nForegroundLink=41,128,185\n" \
-             "ForegroundVisited=155,89,182\n"
-GROUNDS = {"Button": ("252,252,252", "49,54,59"), "Selection": ("48,120,200", "61,120,190"),
-           "Tooltip": ("247,247,247", "49,54,59"), "View": ("255,255,255", "35,38,41"),
-           "Window": ("239,240,241", "42,46,50")}
-
-
-def colours(dark):
-    text = DARK_TEXT if dark else LIGHT_TEXT
-    return "".join(f"\n[Colors:{part}]\nBackgroundNormal={pair[dark]}\nBackgroundAlternate={pair[dark]}\n" +
-                   (DARK_TEXT if part == "Selection" else text) for part, pair in GROUNDS.items())
-
-
-@dataclass
-class Desk:
-    """One user's desktop."""
-
-    name: str
-    screen: str = "1280x860"
-    scale: float = 1
-    dark: bool = False
-    text: int = 10  # points
-    dpi: int = 96
-    scenes: tuple = ("empty", "day", "many")
-
-    def environment(self, profile):
-        (profile / "kdeglobals").write_text(SETTINGS.format(font=FONT.format(size=self.text)) +
-                                            colours(self.dark))
-        return os.environ | {"XDG_CONFIG_HOME": str(profile), "XDG_DATA_HOME": str(profile), "XDG_CURRENT_DESKTOP": "KDE",
-                             "KDE_SESSION_VERSION": "5", "QT_SCALE_FACTOR": str(self.scale),
-                             "QT_FONT_DPI": str(self.dpi)}
-
-
-DESKS = [
-    Desk("light"),
-    Desk("dark", dark=True),
-    Desk("light-200", screen="2560x1720", scale=2),
-    Desk("dark-200", screen="2560x1720", scale=2, dark=True),
-    Desk("dark-150", screen="1920x1290", scale=1.5, dark=True),
-    Desk("small-1280x720", screen="1280x720", scenes=("setup", "many")),
-    Desk("large-2560x1440", screen="2560x1440", scenes=("empty", "setup", "many")),
-    Desk("large-text", text=16, scenes=("empty", "setup", "many", "transfer")),
-    Desk("large-text-1366x768", screen="1366x768", dpi=144, scenes=("setup", "transfer", "many")),
-    Desk("large-text-dark", screen="1366x768", dpi=144, dark=True, scenes=("setup", "transfer")),
-    Desk("small-800x600", screen="800x600", scenes=("setup", "transfer", "many")),
-    Desk("tiny-640x480", screen="640x480", scenes=("setup", "transfer", "many")),
-]
+# What a control stumbles over, for the check line.
+DOUBTFUL = """%
+O1234 (Gr\u00f6\u00dfe 3)
+N10 G21 G90 G54
+N20 T1 M6
+N30 S3000 M3
+N40 G0 X0 Y1O
+N50 G1 Z-1 F200
+N50 X10
+N60 G1 Y
+"""
 
 
 class Photographer:
     """Goes through the program's views and takes a picture of each."""
 
-    def __init__(self, window, desk, folder):
+    def __init__(self, window, desk, folder, scratch, start_again):
         self._window = window
         self._desk = desk
         self._folder = folder
+        self._scratch = scratch
+        self._start_again = start_again  # the program once more, with these file names
 
     def empty(self, _simulators):
         self._window.wait_for("Add machine")
@@ -133,6 +87,69 @@ class Photographer:
         self._failed_port()
         self._wait_box(CONTROLS[2])
         self._sending(CONTROLS[0])
+
+    def windows(self, simulators):
+        """What opens beside a view or over it."""
+        self._window.wait_for(f"{CONTROLS[0].name} *")
+        self._overlay("ctrl+F1", "Keys and what they do", "keys")
+        self._overlay("ctrl+h", "Export*", "history-empty", "History")
+        self._find_faults(CONTROLS[0])
+        self._restart(CONTROLS[0])
+        with self._start_again(CONTROLS[1].sample):
+            self._window.wait_for("Machines to choose from")
+            self._take("machine-choice")
+            self._window.press("Escape")
+            self._window.wait_until_gone("Machines to choose from")
+        self._delete(UNPLUGGED)
+        self._overlay("ctrl+h", "Export*", "history", "History")
+
+    def _find_faults(self, control):
+        doubtful = self._scratch / "O1234-doubtful.nc"
+        doubtful.write_text(DOUBTFUL, encoding="latin-1")
+        self._choose(control, "Send")
+        self._window.choose_file(doubtful, "Open program")
+        self._window.wait_for("Next finding")
+        self._window.press("F8")
+        self._take("check-findings")
+        self._window.press("ctrl+l")
+        self._window.click("Program text")
+        self._window.type("M8 ")
+        self._window.press("ctrl+o")
+        self._window.choose_file(control.sample, "Open program")
+        self._window.wait_for("Discard")
+        self._take("question-unsaved")
+        self._window.click("Discard")
+        self._window.wait_until_gone("Discard")
+
+    def _restart(self, control):
+        self._send()
+        processes.wait_until(lambda: self._window.share("Transfer progress", "Varnock") >= 0.1, "some of the program")
+        self._window.click("Stop", "Varnock")
+        self._window.wait_for("Rewind", "Varnock")
+        self._window.press("ctrl+g")
+        self._window.wait_for("*", inside="Go to line")
+        self._window.type("60")
+        self._window.press("Return")
+        self._window.wait_until_gone("*", inside="Go to line")
+        self._overlay("ctrl+shift+s", "Send start blocks and program", "restart")
+
+    def _delete(self, control):
+        self._window.click(f"Delete {control.name}")
+        self._window.wait_for("Delete")
+        self._take("question-delete")
+        self._window.click("Delete")
+        self._window.wait_for(f"Bring {control.name} back")
+        self._take("undo-bar")
+
+    def _overlay(self, key, control, picture, window=None):
+        self._window.press(key)
+        self._window.wait_for(control)
+        self._take(picture)
+        if window:
+            self._window.close(window)
+        else:
+            self._window.press("Escape")
+        self._window.wait_until_gone(control)
 
     def _about(self):
         self._window.click("About Varnock", "Varnock")
@@ -213,19 +230,21 @@ class Photographer:
         desktop.screenshot(self._folder / f"{self._desk.name}-{name}.png")
 
 
-MACHINES = {"empty": [], "many": MANY, "setup": [*CONTROLS, *LONG_NAMES], "transfer": [CONTROLS[0], CONTROLS[2], UNPLUGGED],
-            "day": [*CONTROLS, UNPLUGGED, *LONG_NAMES]}
-
 
 @contextmanager
 def program_at(desk, scene, build, scratch, simulators, log):
-    """The program as that desktop's user sees it, with the scene's machines."""
+    """The program as that desktop's user sees it, with the scene's machines, and what starts it once more."""
     profile = scratch / scene
     ports = {simulator.control.name: simulator.device for simulator in simulators}
     controls.write_profile(profile, MACHINES[scene], ports)
     environment = desk.environment(profile)
-    with processes.started([str(build / "src" / "varnock")], stdout=log, stderr=log, env=environment) as program:
-        yield program
+
+    def start(*files):
+        command = [str(build / "src" / "varnock"), *map(str, files)]
+        return processes.started(command, stdout=log, stderr=log, env=environment)
+
+    with start() as program:
+        yield program, start
 
 
 def photograph(desk, build, output):
@@ -240,8 +259,9 @@ def photograph(desk, build, output):
             folder.mkdir()
             cncsim = build / "simulator" / "cncsim"
             simulators = [Simulator(cncsim, control, folder, *SLOWLY) for control in CONTROLS]
-            with program_at(desk, scene, build, scratch, simulators, log) as program:
-                photographer = Photographer(GalleryWindow(program, desk.scale * desk.dpi / 96), desk, output)
+            with program_at(desk, scene, build, scratch, simulators, log) as (program, start):
+                window = GalleryWindow(program, desk.scale * desk.dpi / 96)
+                photographer = Photographer(window, desk, output, folder, start)
                 try:
                     getattr(photographer, scene)(simulators)
                 except Exception:

@@ -91,7 +91,10 @@ template <typename Change> void ProgramEditor::changeText(Undo undo, Change chan
     scintilla(SCI_SETMODEVENTMASK, 0);
     change();
     scintilla(SCI_SETMODEVENTMASK, notices);
-    if (undo == Undo::StartsAnew) scintilla(SCI_EMPTYUNDOBUFFER); // what is there now counts as saved
+    if (undo == Undo::StartsAnew) {
+        scintilla(SCI_EMPTYUNDOBUFFER);
+        scintilla(SCI_SETSAVEPOINT); // tells it, as emptying does not
+    }
     scintilla(SCI_SETUNDOCOLLECTION, 1);
     scintilla(SCI_SETREADONLY, wasReadOnly);
     Q_EMIT linesChanged();

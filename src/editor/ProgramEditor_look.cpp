@@ -4,13 +4,12 @@
 #include "editor/EditorAccessibility.h"
 #include "editor/EditorColours.h"
 #include "editor/GCodeColouring.h"
+#include "widgets/TextLook.h"
 
 #include <QResizeEvent>
 #include <Qsci/qscicommandset.h>
 
 #include <QEvent>
-#include <QFontDatabase>
-#include <QGuiApplication>
 #include <QLocale>
 #include <QPainter>
 
@@ -111,10 +110,7 @@ void ProgramEditor::setUpKeys()
 void ProgramEditor::setUpLook()
 {
     const EditorColours colours(palette());
-    // Desktops with large text often leave the fixed font as it was.
-    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    fixed.setPointSizeF(std::max(fixed.pointSizeF(), QGuiApplication::font().pointSizeF()));
-    setFont(fixed);
+    setFont(TextLook::fixedFont());
     setMarginsFont(font());
     setPaper(colours.paper);
     setColor(colours.ink);

@@ -11,7 +11,6 @@
 #include "widgets/MessageBox.h"
 #include "widgets/TextLook.h"
 
-#include <QApplication>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -40,7 +39,7 @@ HistoryPage::HistoryPage(History& history, QWidget* parent)
     ui->btnExport->setIcon(Images::icon(QStringLiteral("save")));
     ui->btnClearFilter->setIcon(Images::icon(QStringLiteral("close")));
     setUpTable();
-    showColours();
+    TextLook::lightenSelection(*ui->tblHistory); // its pictures have to be seen
     setUpFilter();
     setUpKept();
     connect(ui->btnOpenAgain, &QPushButton::clicked, this, &HistoryPage::openChosen);
@@ -71,22 +70,6 @@ void HistoryPage::setUpTable()
     connect(&model_, &QAbstractItemModel::modelReset, this, &HistoryPage::modelReset);
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &HistoryPage::showEntry);
     connect(table, &QAbstractItemView::doubleClicked, this, &HistoryPage::openChosen);
-}
-
-void HistoryPage::showColours()
-{
-    QPalette colours = QApplication::palette(ui->tblHistory);
-    QColor ground = colours.color(QPalette::Highlight); // light: the pictures in the chosen row have to be seen
-    ground.setAlphaF(0.25F);
-    colours.setColor(QPalette::Highlight, ground);
-    colours.setColor(QPalette::HighlightedText, colours.color(QPalette::Text));
-    ui->tblHistory->setPalette(colours);
-}
-
-void HistoryPage::changeEvent(QEvent* event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) showColours();
 }
 
 void HistoryPage::setUpFilter()

@@ -33,11 +33,9 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     void setUpTable();
-    void showColours();
     void setUpFilter();
     void setUpKept();
     void listMachines(const QString& chosen);

@@ -10,6 +10,8 @@
 
 namespace
 {
+constexpr qint64 shownHold = 1000; // ms; a shorter one would show as 0:00
+
 struct Look {
     TransferEntry::Outcome outcome;
     const char* words;
@@ -80,7 +82,7 @@ QString HistoryWords::took(const TransferEntry& entry)
 
 QString HistoryWords::held(qint64 ms)
 {
-    return ms > 0 ? TransferWords::clockTime(ms) : QStringLiteral("\u2013");
+    return ms >= shownHold ? TransferWords::clockTime(ms) : QStringLiteral("\u2013");
 }
 
 QString HistoryWords::details(const TransferEntry& entry)
@@ -88,7 +90,7 @@ QString HistoryWords::details(const TransferEntry& entry)
     QStringList line;
     line << QStringLiteral("Ended %1").arg(time(entry.ended));
     if (entry.fromLine > 1) line << QStringLiteral("from line %1").arg(TransferWords::number(entry.fromLine));
-    if (entry.heldFor > 0)
+    if (entry.heldFor >= shownHold)
         line << QStringLiteral("held for %1 in all, %2 at the longest")
                     .arg(TransferWords::clockTime(entry.heldFor), TransferWords::clockTime(entry.longestHold));
     return QStringLiteral("%1\n%2\nSHA-256 of the bytes on the line: %3")

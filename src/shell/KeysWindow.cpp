@@ -46,7 +46,7 @@ KeysWindow::KeysWindow(QWidget* parent) : QDialog(parent), ui(std::make_unique<U
     const auto width = ui->lstKeys->columnWidth(0) + ui->lstKeys->columnWidth(1);
     const auto rows = ui->lstKeys->topLevelItemCount() + 5; // with the head, the button and the margins
     const QSize whole(width + fontMetrics().averageCharWidth() * 12, rows * rowHeight);
-    resize(whole.boundedTo(screen()->availableSize() * 17 / 20)); // the rest scrolls
+    resize(whole.boundedTo(screen()->availableSize() - QSize(24, 64))); // with the frame; the rest scrolls
     connect(ui->buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 

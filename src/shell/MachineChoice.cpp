@@ -21,6 +21,7 @@ MachineChoice::MachineChoice(const QString& program, int active, QWidget* parent
     ui->lblFolder->setText(file.absolutePath());
     TextLook::enlarge(*ui->lblQuestion, 1.15);
     TextLook::dim(*ui->lblFolder);
+    TextLook::lightenSelection(*ui->lstMachines);
     int proposed = std::max(active, 1);
     for (qsizetype index = g::mcIcons.size() - 1; index >= 1; --index)
         if (g::mcIcons[index]->recentPrograms.contains(program)) proposed = static_cast<int>(index);

@@ -10,15 +10,16 @@
 #include "widgets/Reasons.h"
 #include "widgets/TextLook.h"
 
-#include <QFontDatabase>
 #include <QHeaderView>
+#include <QScreen>
 
 #include <algorithm>
 #include <array>
 
 namespace
 {
-constexpr int mostWarnings = 8; // lines of them that show without scrolling
+constexpr int warningsShare = 3;        // of the page's height, at most; more scroll
+constexpr QSize frameAllowance(24, 48); // pixels of the screen that the window's frame may need
 
 struct Choice {
     Control control;
@@ -48,12 +49,15 @@ RestartPage::RestartPage(const MachineRecord& machine, ProgramEditor& editor, QW
 {
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    resize(size().boundedTo(screen()->availableSize() - frameAllowance));
     setWindowTitle(QStringLiteral("Send from here: %1").arg(machine.MCNAME));
     ui->btnSendRestart->setIcon(Images::icon(QStringLiteral("send")));
-    ui->lblBlock->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    ui->lblBlock->setFont(TextLook::fixedFont());
     TextLook::dim(*ui->lblPlan);
     ui->lstWarnings->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     ui->lstWarnings->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    ui->lstState->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    ui->lstState->header()->setSectionResizeMode(1, QHeaderView::Stretch);
     connect(ui->lstWarnings->header(), &QHeaderView::sectionResized, this, &RestartPage::fitWarnings);
     setUpChoices(machine);
     connect(ui->spnLine, &QSpinBox::valueChanged, this, &RestartPage::read);
@@ -161,14 +165,14 @@ void RestartPage::fitWarnings()
     auto& list = *ui->lstWarnings;
     const int line = fontMetrics().height();
     const int width = list.header()->sectionSize(0) - 3 * line; // of the text beside its icon
-    int height = line;
+    int height = line / 2;
     for (int row = 0; row < list.topLevelItemCount(); ++row) {
         auto* item = list.topLevelItem(row);
         const auto text = list.fontMetrics().boundingRect(QRect(0, 0, width, 0), Qt::TextWordWrap, item->text(0));
         item->setSizeHint(0, {0, std::max(text.height(), line) + line / 3});
         height += item->sizeHint(0).height();
     }
-    list.setFixedHeight(std::min(height, mostWarnings * line * 4 / 3));
+    list.setFixedHeight(std::min(height, this->height() / warningsShare));
 }
 
 void RestartPage::addState(const QString& name, const QString& text, qsizetype number, bool isSure)
@@ -193,8 +197,6 @@ void RestartPage::showState(const ProgramState& state)
     std::stable_partition(rows.begin(), rows.end(), [](const StateRow& row) { return !row.isSure; });
     for (const auto& row : rows)
         addState(row.name, row.text, row.line, row.isSure);
-    for (const int column : {0, 2})
-        ui->lstState->resizeColumnToContents(column);
 }
 
 void RestartPage::showPlan()

@@ -3,8 +3,8 @@
 
 #include "program/StartMoves.h"
 #include "widgets/Images.h"
+#include "widgets/TextLook.h"
 
-#include <QFontDatabase>
 #include <QHeaderView>
 #include <QSignalBlocker>
 
@@ -64,7 +64,7 @@ void StartBlockTable::addRow(int row, const StartBlock& block)
     const QSignalBlocker quiet(this);
     insertRow(row);
     auto* text = new QTableWidgetItem(QString::fromUtf8(block.text));
-    text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    text->setFont(TextLook::fixedFont());
     setItem(row, TextColumn, text);
     QStringList lines;
     for (const auto line : block.lines)

@@ -16,6 +16,8 @@ QFileDialog* FileDialogs::make(QWidget* parent, const QString& title, const QStr
     dialog->resize(QSize(880, 560).boundedTo(parent->screen()->availableSize() * 0.9));
     if (auto* files = dialog->findChild<QTreeView*>(QStringLiteral("treeView")))
         files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // It would select the typed file in the folder shown, or cut the typed path down to a name.
+    if (auto* edit = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) edit->setCompleter(nullptr);
     return dialog;
 }
 

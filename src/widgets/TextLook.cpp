@@ -2,6 +2,7 @@
 #include "widgets/TextLook.h"
 
 #include <QEvent>
+#include <QFontDatabase>
 #include <QFontInfo>
 #include <QGuiApplication>
 #include <QPalette>
@@ -29,19 +30,37 @@ void applyDim(QWidget& widget)
     widget.setPalette(own);
 }
 
-class DimText : public QObject
+void applyLightSelection(QWidget& list)
+{
+    const QPalette theme = QGuiApplication::palette();
+    QColor ground = theme.color(QPalette::Active, QPalette::Highlight);
+    ground.setAlphaF(0.25F);
+    QPalette own = list.palette();
+    if (own.color(QPalette::Active, QPalette::Highlight) == ground) return;
+    own.setColor(QPalette::Highlight, ground);
+    own.setColor(QPalette::HighlightedText, theme.color(QPalette::Active, QPalette::Text));
+    list.setPalette(own);
+}
+
+/// Applies a look again after each change of theme. Belongs to the widget.
+class ThemedLook : public QObject
 {
 public:
-    explicit DimText(QWidget& widget) : QObject(&widget), widget_(widget) { widget.installEventFilter(this); }
+    ThemedLook(QWidget& widget, void (*apply)(QWidget&)) : QObject(&widget), widget_(widget), apply_(apply)
+    {
+        apply(widget);
+        widget.installEventFilter(this);
+    }
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        if (event->type() == QEvent::PaletteChange) applyDim(widget_);
+        if (event->type() == QEvent::PaletteChange) apply_(widget_);
         return QObject::eventFilter(watched, event);
     }
 
 private:
     QWidget& widget_;
+    void (*apply_)(QWidget&);
 };
 } // namespace
 
@@ -60,6 +79,18 @@ void TextLook::enlarge(QWidget& widget, double factor)
 
 void TextLook::dim(QWidget& widget)
 {
-    applyDim(widget);
-    new DimText(widget); // deleted with the widget
+    new ThemedLook(widget, applyDim);
+}
+
+void TextLook::lightenSelection(QWidget& list)
+{
+    new ThemedLook(list, applyLightSelection);
+}
+
+// Desktops with large text often leave the fixed font as it was.
+QFont TextLook::fixedFont()
+{
+    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    fixed.setPointSizeF(std::max(fixed.pointSizeF(), QGuiApplication::font().pointSizeF()));
+    return fixed;
 }

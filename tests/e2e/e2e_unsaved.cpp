@@ -205,6 +205,8 @@ private Q_SLOTS:
                                                                  : QStringList{"Save"}));
             const auto machine = g::mcIcons[1];
             QVERIFY(leave(way) && answers.areAllGiven());
+            if (waysIn_.contains(way))
+                QVERIFY(childViewAt(1)->openWork().isNothing()); // the program opened is as its file
             const QString file = kept == Work::Chosen ? chosen : op_->programPath();
             if (kept == Work::Setup) QCOMPARE(machine->MCNAME, saves ? saved : QString("Lathe"));
             if (kept == Work::Chosen || kept == Work::File) QCOMPARE(contentOf(file) == saved.toLatin1(), saves);
