@@ -132,7 +132,7 @@ void viewChild::loadTransfer(bool send)
     vtx->initialize(send, iMcIndex);
     placeHeading();
     vtx->show();
-    if (!send) return;
+    if (!send) return vtx->takeFocus();
     if (program_.isEmpty()) return vtx->btnFolder_Click(); // choosing Send goes straight to picking the file
     vtx->openFile(program_);
 }
