@@ -141,6 +141,7 @@ private:
     double fPanelTargetY = 0;     // scroll position that the panel is moving to, in pixels
     QStringList pendingPrograms_; // given to the program, and not asked about yet
     bool isBlocked_ = false;      // by a dialog
+    bool isArrangingStrip_ = false;
     bool menuIsExpanded = true;
     double scnLeft = 0, scnBottom = 0; // where the whole window stood before it shrank
     QSize expandedSize_;

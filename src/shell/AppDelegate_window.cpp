@@ -15,6 +15,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
@@ -187,10 +188,13 @@ void AppDelegate::tmrResize_Tick()
 // Hidden where all machines have room without them, disabled at the ends of a longer list.
 void AppDelegate::showScrollButtons()
 {
+    // Each button that comes or goes changes the room, which leads back here before the other one has followed.
+    if (isArrangingStrip_) return;
+    const QScopedValueRollback arranging(isArrangingStrip_, true);
     const auto* bar = ui->scrIcons->verticalScrollBar();
-    const int spacing = ui->stripLayout->spacing();
     int room = ui->scrIcons->height();
-    if (!ui->btnUp->isHidden()) room += ui->btnUp->height() + ui->btnDn->height() + 2 * spacing;
+    for (const auto* button : {ui->btnUp, ui->btnDn})
+        if (!button->isHidden()) room += button->height() + ui->stripLayout->spacing();
     const bool overflows = ui->iconsLayout->sizeHint().height() > room;
     ui->btnUp->setHidden(!overflows);
     ui->btnDn->setHidden(!overflows);

@@ -76,6 +76,26 @@ private Q_SLOTS:
         op.click("btnStop");
         fits("stopped");
     }
+
+    void settlesItsScrollButtonsAtEveryHeight()
+    {
+        const std::vector<std::shared_ptr<MachineRecord>> machines = {
+            Shop::machineOn("/dev/ttyS90"), Shop::machineOn("/dev/ttyS91"), Shop::machineOn("/dev/ttyS92"),
+            Shop::machineOn("/dev/ttyS93"), Shop::machineOn("/dev/ttyS94"), Shop::machineOn("/dev/ttyS95")};
+        Shop::store(machines);
+        Operator op;
+        const auto* bar = op.find<QScrollArea>("scrIcons")->verticalScrollBar();
+        bool wereShown = false;
+        bool wereHidden = false;
+        for (int height = 800; height >= 400; --height) {
+            op.window().resize(1000, height);
+            QTest::qWait(0);
+            QCOMPARE(op.isShown("btnUp"), op.isShown("btnDn"));
+            QCOMPARE(op.isShown("btnUp"), bar->maximum() > 0);
+            (op.isShown("btnUp") ? wereShown : wereHidden) = true;
+        }
+        QVERIFY(wereShown && wereHidden);
+    }
 };
 
 QTEST_MAIN(GeometryTest)
