@@ -89,7 +89,10 @@ private Q_SLOTS:
         bool wereHidden = false;
         for (int height = 800; height >= 400; --height) {
             op.window().resize(1000, height);
-            QTest::qWait(0);
+            for (const bool isShown : {true, false}) {
+                op.window().findChild<QWidget*>("undoBar")->setVisible(isShown);
+                QTest::qWait(0);
+            }
             QCOMPARE(op.isShown("btnUp"), op.isShown("btnDn"));
             QCOMPARE(op.isShown("btnUp"), bar->maximum() > 0);
             (op.isShown("btnUp") ? wereShown : wereHidden) = true;
