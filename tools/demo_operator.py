@@ -21,6 +21,7 @@ MAIN_WINDOW = "Varnock"
 MENU = "DNC menu"
 MENU_KEYS = {"Send": "alt+s", "Receive": "alt+r", "Setup": "alt+u"}
 OPEN_DIALOG = "Open program"
+HISTORY = "History"
 UP, DOWN = "Scroll machines up", "Scroll machines down"  # shown if there are many machines
 FREE_CORNER = (1270, 850)
 
@@ -85,6 +86,12 @@ class Operator:
         self._window.wait_until_gone("Receiving", MAIN_WINDOW)  # leaving would be asked about
         self._picture("received")
         self._close(MAIN_WINDOW)
+
+    def look_at_history(self):
+        self._window.click("History", MAIN_WINDOW)
+        self._window.wait_for("Transfers", HISTORY)
+        self._picture("history")
+        self._window.close(HISTORY)
 
     def quit(self):
         self._window.close(MAIN_WINDOW)
@@ -213,6 +220,7 @@ def serve(operator, simulators):
         else:
             print(f"  sending {control.program} to {control.name}", flush=True)
             operator.send(simulator)
+    operator.look_at_history()
 
 
 def main():
