@@ -69,8 +69,9 @@ void DifferenceMarks::setCurrent(qsizetype index)
 
 bool DifferenceMarks::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == editor_->viewport() && event->type() == QEvent::Paint) markVisible();
-    if (watched == editor_ && event->type() == QEvent::PaletteChange) setColours();
+    // The type comes first: an editor that is being destroyed sends events, too, and has no viewport any more.
+    if (event->type() == QEvent::Paint && watched == editor_->viewport()) markVisible();
+    if (event->type() == QEvent::PaletteChange && watched == editor_) setColours();
     return QObject::eventFilter(watched, event);
 }
 
