@@ -253,7 +253,8 @@ bool viewTX::openAgain()
         g::msgBox(ui->portReturn->text(), QStringLiteral("OK"), {});
         return false;
     }
-    if (sp->Open(found.path) < 0) {
+    // Something may be at the path that the system cannot name yet.
+    if (found.kind == AdapterSearch::Found::Kind::Missing || sp->Open(found.path) < 0) {
         tellPortLost();
         return false;
     }
