@@ -136,9 +136,7 @@ class Operator:
             f"{share:.0%} of {simulator.control.program} to be sent", process=simulator.process)
 
     def _wait_for_text(self, simulator, share):
-        wanted = share * simulator.control.sample.stat().st_size
-        processes.wait_until(lambda: self._window.text_length("Program text", MAIN_WINDOW) >= wanted,
-                             f"{share:.0%} of {simulator.control.program} to arrive", process=simulator.process)
+        self._window.wait_for_text("Program text", share * simulator.control.sample.stat().st_size, MAIN_WINDOW)
 
     def _close(self, place):
         if place == MAIN_WINDOW:

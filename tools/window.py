@@ -51,6 +51,10 @@ class Window:
         control = self.find(name, inside)
         return _asked(lambda: Atspi.Text.get_character_count(control), 0) if control else 0
 
+    def wait_for_text(self, name, length, inside=None):
+        """Until the control shows at least so many characters."""
+        self._wait_until(lambda: self.text_length(name, inside) >= length, f'{length} characters in "{name}"')
+
     def share(self, name, inside=None):
         """How full a progress bar is, 0 to 1. The first one shown under that name counts; 0 when none is."""
         bar = self.find(name, inside)

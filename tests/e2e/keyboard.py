@@ -60,7 +60,9 @@ class Keyboard:
         self._at("Save program")
         simulator.press_button()
         simulator.wait_until_complete()
-        self._window.wait_for("Waiting for bytes")
+        # What has left the control may still be on its way, and leaving while bytes come would be asked about.
+        self._window.wait_for_text("Program text", simulator.control.sample.stat().st_size)
+        self._window.wait_until_gone("Receiving")
         self._press("ctrl+s")
         self._window.choose_file(simulator.result, "Save program")
         self._at("Save program")
