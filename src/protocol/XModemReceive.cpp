@@ -86,18 +86,21 @@ void XModemReceive::finishBlock(Step& step)
 // acknowledges the block that it stood in.
 void XModemReceive::noteNumber(int number)
 {
+    if (lastNumber_ < 0 && number == 1) programBlocks_ = 0; // another number goes on after a false end
     // 255 reads as 127, and 0 or 1 follows it.
     const bool isNext =
         lastNumber_ < 0 ? number == 1 : number == ((lastNumber_ + 1) & 0x7F) || (lastNumber_ == 0x7F && number == 1);
     if (number == lastNumber_) {
         ++repeats_;
         repeated_ = QStringLiteral("Block %1 came twice and stands twice in the program (%2 repeated so far)")
-                        .arg(blocks_)
+                        .arg(programBlocks_)
                         .arg(repeats_);
     } else {
         if (!isNext)
-            missing_ = QStringLiteral("Blocks are missing after block %1: the program is not whole").arg(blocks_);
+            missing_ =
+                QStringLiteral("Blocks are missing after block %1: the program is not whole").arg(programBlocks_);
         ++blocks_;
+        ++programBlocks_;
     }
     lastNumber_ = number;
 }
@@ -106,7 +109,7 @@ void XModemReceive::noteCancel()
 {
     state_ = State::Between;
     forgetSender();
-    missing_ = QStringLiteral("The control cancelled after block %1: the program is not whole").arg(blocks_);
+    missing_ = QStringLiteral("The control cancelled after block %1: the program is not whole").arg(programBlocks_);
 }
 
 // What comes next is another program.
@@ -120,7 +123,7 @@ void XModemReceive::forgetSender()
 
 void XModemReceive::forgetProgram()
 {
-    blocks_ = repeats_ = 0;
+    blocks_ = programBlocks_ = repeats_ = 0;
     lastNumber_ = -1;
     missing_.clear();
     repeated_.clear();

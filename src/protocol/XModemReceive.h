@@ -51,7 +51,9 @@ public:
     /// Ticks since the last gathered byte or the last poll.
     int silence() const { return silence_; }
 
-    int blocks() const { return blocks_; } ///< taken, repeats not counted
+    int blocks() const { return blocks_; } ///< taken since forgetProgram(), repeats not counted
+    /// Of them, those of the program under way, or of the last one that has ended.
+    int programBlocks() const { return programBlocks_; }
     int repeats() const { return repeats_; }
     /// What the operator has to know about missing and repeated blocks, one a line; empty when all is well.
     QString notice() const;
@@ -77,6 +79,7 @@ private:
     int polls_ = 0;         // in a row, without an answer
 
     int blocks_ = 0;
+    int programBlocks_ = 0;
     int repeats_ = 0;
     int lastNumber_ = -1;
     QString missing_;

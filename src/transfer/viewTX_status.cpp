@@ -132,7 +132,7 @@ void viewTX::record(std::optional<Ending> ending)
     result.outcome = outcomes.at(*ending);
     result.line = *ending == Ending::Finished ? iNumLines() + 1 : facts(status_.entered()).line;
     const auto sent = xmodemSend_.acknowledged() + XModemBlock::dataSize - 1;
-    result.blocks = booModeTX ? sent / XModemBlock::dataSize : xmodemReceive_.blocks();
+    result.blocks = booModeTX ? sent / XModemBlock::dataSize : xmodemReceive_.programBlocks();
     result.path = file_.path();
     if (booModeTX) return record_.end(result);
     if (const auto received = record_.endReception(result)) ui->savedPrograms->take(*received);

@@ -96,6 +96,9 @@ private Q_SLOTS:
             "AAAAA", dataA.repeated(4), "missing after block 3");
         row("cancelled and begun anew", {numbered(1), CAN.repeated(10), numbered(1)}, "A.A", dataA + dataA,
             "cancelled after block 1");
+        row("blocks are counted from their own program's start",
+            {numbered(1), numbered(2), EOT, numbered(1), CAN.repeated(2)}, "AAAA.", dataA.repeated(3),
+            "cancelled after block 1");
         row("a damaged byte is no cancel", {numbered(1), CAN, numbered(2)}, "A.A", dataA + dataA);
         row("a block of cancels", {block(1, CAN.repeated(128))}, "A", CAN.repeated(128));
         row("a leftover of a refused block is no end", {damaged(blockA), EOT, blockA}, "N.A", dataA);
