@@ -47,9 +47,9 @@ QByteArray HistoryCsv::head()
     return "\xEF\xBB\xBF" +
            line({QStringLiteral("Begin"), QStringLiteral("End"), QStringLiteral("Machine"), QStringLiteral("Direction"),
                  QStringLiteral("Program"), QStringLiteral("File"), QStringLiteral("Outcome"),
-                 QStringLiteral("Stopped at line"), QStringLiteral("From line"), QStringLiteral("Lines"),
-                 QStringLiteral("Blocks"), QStringLiteral("Bytes"), QStringLiteral("Held in all (s)"),
-                 QStringLiteral("Longest hold (s)"), QStringLiteral("SHA-256")});
+                 QStringLiteral("Stopped at line"), QStringLiteral("From line"), QStringLiteral("Restart"),
+                 QStringLiteral("Lines"), QStringLiteral("Blocks"), QStringLiteral("Bytes"),
+                 QStringLiteral("Held in all (s)"), QStringLiteral("Longest hold (s)"), QStringLiteral("SHA-256")});
 }
 
 QByteArray HistoryCsv::row(const TransferEntry& entry)
@@ -60,6 +60,7 @@ QByteArray HistoryCsv::row(const TransferEntry& entry)
                  HistoryWords::direction(entry.direction), harmless(entry.program), harmless(entry.path),
                  HistoryWords::outcome(entry.outcome),
                  entry.stoppedAt > 0 ? QString::number(entry.stoppedAt) : QString(), QString::number(entry.fromLine),
-                 isBlocks ? QString() : count, isBlocks ? count : QString(), QString::number(entry.bytes),
-                 seconds(entry.heldFor), seconds(entry.longestHold), QString::fromLatin1(entry.sha256.toHex())});
+                 entry.isRestart ? QStringLiteral("yes") : QString(), isBlocks ? QString() : count,
+                 isBlocks ? count : QString(), QString::number(entry.bytes), seconds(entry.heldFor),
+                 seconds(entry.longestHold), QString::fromLatin1(entry.sha256.toHex())});
 }

@@ -12,7 +12,6 @@
 
 namespace
 {
-constexpr int layoutVersion = 1;
 // SQLite's primary result codes, in the low byte of what it reports.
 constexpr int busy = 5;
 constexpr int corrupt = 11;
@@ -35,6 +34,7 @@ TransferEntry entryOf(const QSqlQuery& row)
     entry.unit = static_cast<TransferEntry::Unit>(next().toInt());
     entry.count = next().toLongLong();
     entry.fromLine = next().toLongLong();
+    entry.isRestart = next().toBool();
     entry.outcome = static_cast<TransferEntry::Outcome>(next().toInt());
     entry.stoppedAt = next().toLongLong();
     entry.heldFor = next().toLongLong();
@@ -82,16 +82,13 @@ void HistoryFile::setUp()
     run(QStringLiteral("PRAGMA journal_mode = WAL"));
     run(QStringLiteral("PRAGMA synchronous = FULL"));
     const auto version = number({QStringLiteral("PRAGMA user_version"), {}});
-    if (version > layoutVersion) {
+    if (version > HistoryQuery::layoutVersion) {
         result_ = Result::Failed;
         errorText_ = QStringLiteral("%1 was written by a newer version of the program.").arg(path_);
     }
     run(QStringLiteral("BEGIN IMMEDIATE")); // takes the lock
-    if (version == 0) {
-        for (const auto& statement : HistoryQuery::layout())
-            run(statement);
-        run(QStringLiteral("PRAGMA user_version = %1").arg(layoutVersion));
-    }
+    for (const auto& statement : HistoryQuery::layoutSince(version))
+        run(statement);
     // Most damage shows here; what does not is found when it is read.
     run(QStringLiteral("SELECT * FROM entry JOIN machine ON machine.id = entry.machine ORDER BY key DESC LIMIT 1"));
     run(QStringLiteral("SELECT sum(uses) FROM program"));
@@ -145,13 +142,14 @@ void HistoryFile::insert(const TransferEntry& entry)
     for (qint64 key = free; result_ == Result::Ok; ++key) {
         const auto added =
             run({QStringLiteral("INSERT OR IGNORE INTO entry (key, ended, direction, machine, program, bytes, sha256, "
-                                "unit, count, from_line, outcome, stopped_at, held, longest_hold) VALUES (?, ?, ?, "
+                                "unit, count, from_line, restarted, outcome, stopped_at, held, longest_hold) VALUES "
+                                "(?, ?, ?, "
                                 "(SELECT id FROM machine WHERE name = ?), (SELECT id FROM program WHERE name = ? AND "
-                                "path = ?), ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                                "path = ?), ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
                  {key, entry.ended, static_cast<int>(entry.direction), stored(entry.machine), stored(entry.program),
                   stored(entry.path), entry.bytes, entry.sha256.isNull() ? QByteArray("") : entry.sha256,
-                  static_cast<int>(entry.unit), entry.count, entry.fromLine, static_cast<int>(entry.outcome),
-                  entry.stoppedAt, entry.heldFor, entry.longestHold}});
+                  static_cast<int>(entry.unit), entry.count, entry.fromLine, entry.isRestart,
+                  static_cast<int>(entry.outcome), entry.stoppedAt, entry.heldFor, entry.longestHold}});
         if (added.numRowsAffected() > 0) return;
     }
 }

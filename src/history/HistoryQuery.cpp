@@ -7,7 +7,7 @@ namespace
 {
 // The key of a transfer is its beginning in microseconds, so that the table itself is in the order of time. Each index
 // ends with it, too: what it finds comes out newest first, without sorting.
-const QStringList statements = {
+const QStringList firstLayout = {
     QStringLiteral("CREATE TABLE setting (name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID"),
     QStringLiteral("CREATE TABLE machine (id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE)"),
     QStringLiteral("CREATE TABLE program (id INTEGER PRIMARY KEY, name TEXT NOT NULL, path TEXT NOT NULL, "
@@ -27,6 +27,8 @@ const QStringList statements = {
                    "UPDATE program SET uses = uses - 1 WHERE id = old.program; "
                    "DELETE FROM program WHERE id = old.program AND uses = 0; END"),
 };
+
+const QString restarts = QStringLiteral("ALTER TABLE entry ADD COLUMN restarted INTEGER NOT NULL DEFAULT 0");
 
 // The path ends with the name, where there is one.
 const QString programMatches = QStringLiteral("CASE path WHEN '' THEN name ELSE path END LIKE ? ESCAPE '\\'");
@@ -69,8 +71,11 @@ HistoryQuery::Sql keys(const HistoryFilter& filter, HistoryQuery::Text text, qin
 }
 } // namespace
 
-QStringList HistoryQuery::layout()
+QStringList HistoryQuery::layoutSince(qint64 version)
 {
+    QStringList statements;
+    if (version < 1) statements << firstLayout;
+    if (version < 2) statements << restarts << QStringLiteral("PRAGMA user_version = %1").arg(layoutVersion);
     return statements;
 }
 
@@ -85,7 +90,7 @@ HistoryQuery::Sql HistoryQuery::page(const HistoryFilter& filter, Text text, qin
     const auto found = keys(filter, text, before, most);
     // CROSS JOIN keeps SQLite from starting with another table.
     return {QStringLiteral("SELECT e.key, e.ended, e.direction, m.name, p.name, p.path, e.bytes, e.sha256, e.unit, "
-                           "e.count, e.from_line, e.outcome, e.stopped_at, e.held, e.longest_hold "
+                           "e.count, e.from_line, e.restarted, e.outcome, e.stopped_at, e.held, e.longest_hold "
                            "FROM (%1) k CROSS JOIN entry e ON e.key = k.key "
                            "CROSS JOIN machine m ON m.id = e.machine CROSS JOIN program p ON p.id = e.program "
                            "ORDER BY e.key DESC")

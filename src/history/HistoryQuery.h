@@ -15,8 +15,9 @@ struct Sql {
     QVariantList values; ///< for its question marks
 };
 
-/// What makes an empty file a history.
-QStringList layout();
+inline constexpr qint64 layoutVersion = 2;
+/// What makes a history of that version one of the present version; 0 is an empty file.
+QStringList layoutSince(qint64 version);
 
 /// How many transfers have a program that the filter's text matches; says whether it is a `Rare` text.
 Sql programUses(const HistoryFilter& filter);

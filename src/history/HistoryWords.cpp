@@ -89,7 +89,10 @@ QString HistoryWords::details(const TransferEntry& entry)
 {
     QStringList line;
     line << QStringLiteral("Ended %1").arg(time(entry.ended));
-    if (entry.fromLine > 1) line << QStringLiteral("from line %1").arg(TransferWords::number(entry.fromLine));
+    if (entry.isRestart || entry.fromLine > 1)
+        line << QStringLiteral("%1 line %2")
+                    .arg(entry.isRestart ? QStringLiteral("restart from") : QStringLiteral("from"),
+                         TransferWords::number(entry.fromLine));
     if (entry.heldFor >= shownHold)
         line << QStringLiteral("held for %1 in all, %2 at the longest")
                     .arg(TransferWords::clockTime(entry.heldFor), TransferWords::clockTime(entry.longestHold));

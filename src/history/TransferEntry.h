@@ -22,8 +22,9 @@ struct TransferEntry {
     qint64 bytes = 0;
     QByteArray sha256; ///< of those bytes as they were on the line, without parity
     Unit unit = Unit::Lines;
-    qint64 count = 0;    ///< lines or blocks
-    qint64 fromLine = 1; ///< a send may start in the middle of the program
+    qint64 count = 0;       ///< lines or blocks
+    qint64 fromLine = 1;    ///< a send may start in the middle of the program
+    bool isRestart = false; ///< it began with start blocks that put the state at that line together
     Outcome outcome = Outcome::Finished;
     qint64 stoppedAt = 0;   ///< the line at which it ended early; 0 if it finished
     qint64 heldFor = 0;     ///< ms that the control held the line, in all

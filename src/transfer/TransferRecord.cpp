@@ -25,11 +25,12 @@ void TransferRecord::begin(TransferEntry::Direction direction, const MachineReco
     last_.clear();
 }
 
-void TransferRecord::beginSend(const MachineRecord& machine, qint64 fromLine)
+void TransferRecord::beginSend(const MachineRecord& machine, qint64 fromLine, bool isRestart)
 {
     if (isUnderWay_) return;
     begin(TransferEntry::Direction::Sent, machine);
     entry_.fromLine = fromLine;
+    entry_.isRestart = isRestart;
 }
 
 void TransferRecord::carry(const QByteArray& bytes)

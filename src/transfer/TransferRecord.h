@@ -30,7 +30,7 @@ public:
     explicit TransferRecord(QObject& view) : view_(view) {}
 
     /// A send begins with that line. Nothing while one is under way.
-    void beginSend(const MachineRecord& machine, qint64 fromLine);
+    void beginSend(const MachineRecord& machine, qint64 fromLine, bool isRestart);
     /// These bytes were given to the port.
     void sent(const QByteArray& bytes);
 

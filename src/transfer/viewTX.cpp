@@ -186,14 +186,15 @@ void viewTX::enter(TransferState state)
     if (booModeTX && state == TransferState::Sending && !record_.isUnderWay()) {
         sp->restartHoldTimes();
         mc->lastSentProgram = file_.path();
-        record_.beginSend(*mc, isXModem() ? 1 : facts(TransferState::WaitingForStart).line);
+        const auto start = facts(TransferState::WaitingForStart);
+        record_.beginSend(*mc, isXModem() ? 1 : start.line, start.restartLine > 0 && start.line == start.restartLine);
     }
     if (status_.isRunning()) RestartPage::closeAll(*this);
-    setDncRunning(status_.isRunning());
     panel_.offerRestart(booModeTX && !isXModem() && !status_.isRunning());
     panel_.showLock(vTextLocked, status_.isRunning());
     // An XModem send always starts at the top, when the control asks for it.
     setComboHidden(isXModem() || state == TransferState::Sending);
+    setDncRunning(status_.isRunning());
     panel_.showWaitBox(state, !isXModem());
     ui->portReturn->setLost(state == TransferState::PortLost);
     ui->checkLine->setPaused(!booModeTX || status_.isRunning());

@@ -27,6 +27,7 @@ inline TransferEntry make(int number, qint64 began)
     entry.unit = number % 2 ? TransferEntry::Unit::Blocks : TransferEntry::Unit::Lines;
     entry.count = 20 + number;
     entry.fromLine = 1 + number;
+    entry.isRestart = number % 3 == 0;
     entry.outcome = static_cast<TransferEntry::Outcome>(number % 5);
     entry.stoppedAt = number % 5 ? 5 + number : 0;
     entry.heldFor = 300 + number;

@@ -20,7 +20,7 @@ void CsvTest::writesEveryField()
     entry.sha256 = QByteArray::fromHex("00ff");
     QCOMPARE(QString::fromUtf8(HistoryCsv::row(entry)),
              QStringLiteral("2026-11-25 12:00:00,2026-11-25 12:01:00,Mill 3,Received,O3.nc,/srv/Pr\u00fcfung/O3.nc,"
-                            "End not confirmed,8,4,,23,1003,0.3,0.2,00ff\r\n"));
+                            "End not confirmed,8,4,yes,,23,1003,0.3,0.2,00ff\r\n"));
     QCOMPARE(HistoryCsv::head().count(','), HistoryCsv::row(entry).count(','));
     QVERIFY(HistoryCsv::head().startsWith("\xEF\xBB\xBF")); // or a spreadsheet takes it for another character set
 }

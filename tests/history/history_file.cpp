@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <limits>
 #include <unistd.h>
 
@@ -35,6 +36,21 @@ QStringList programs(const QList<TransferEntry>& entries)
     for (const auto& entry : entries)
         names << entry.program;
     return names;
+}
+
+// As another version of the program left it.
+bool change(const QString& path, const QStringList& statements)
+{
+    const QString connection = QStringLiteral("another version");
+    bool isDone = false;
+    {
+        auto db = QSqlDatabase::addDatabase("QSQLITE", connection);
+        db.setDatabaseName(path);
+        isDone = db.open() && std::all_of(statements.begin(), statements.end(),
+                                          [&](const QString& statement) { return QSqlQuery(db).exec(statement); });
+    }
+    QSqlDatabase::removeDatabase(connection);
+    return isDone;
 }
 
 // Writes entries until it is killed, and says after each that it is there.
@@ -64,6 +80,7 @@ private Q_SLOTS:
     void isReadInPieces();
     void isNotSharedWithAnotherProgram();
     void refusesAFileOfANewerVersion();
+    void takesOverAFileOfTheFirstVersion();
     void filters_data();
     void filters();
     void survivesBeingKilled_data();
@@ -132,18 +149,28 @@ void FileTest::isNotSharedWithAnotherProgram()
 
 void FileTest::refusesAFileOfANewerVersion()
 {
+    QCOMPARE(HistoryFile(path()).open(), Result::Ok);
+    QVERIFY(change(path(), {"PRAGMA user_version = 3"}));
+    QCOMPARE(HistoryFile(path()).open(), Result::Failed);
+}
+
+void FileTest::takesOverAFileOfTheFirstVersion()
+{
+    auto entry = Entries::make(3, Entries::at(QDate(2026, 11, 25)));
+    QVERIFY(entry.isRestart);
     {
         HistoryFile file(path());
         QCOMPARE(file.open(), Result::Ok);
+        QCOMPARE(file.add({entry}), Result::Ok);
     }
-    {
-        auto newer = QSqlDatabase::addDatabase("QSQLITE", "newer");
-        newer.setDatabaseName(path());
-        QVERIFY(newer.open());
-        QSqlQuery(newer).exec("PRAGMA user_version = 2");
-    }
-    QSqlDatabase::removeDatabase("newer");
-    QCOMPARE(HistoryFile(path()).open(), Result::Failed);
+    QVERIFY(change(path(), {"ALTER TABLE entry DROP COLUMN restarted", "PRAGMA user_version = 1"}));
+    HistoryFile file(path());
+    QCOMPARE(file.open(), Result::Ok);
+    const auto entries = readAll(file);
+    QCOMPARE(entries.size(), 1);
+    entry.key = entries[0].key;
+    entry.isRestart = false; // not known then
+    QCOMPARE(entries[0], entry);
 }
 
 void FileTest::filters_data()

@@ -123,6 +123,7 @@ void RecordTest::stoppedSendAndItsContinuationAreTwo()
     QCOMPARE(reported.size(), 2);
     QCOMPARE(reported[1].outcome, Outcome::Finished);
     QCOMPARE(reported[1].fromLine, line);
+    QVERIFY(!reported[1].isRestart);
     QCOMPARE(reported[1].sha256, sum(rest));
     QCOMPARE(reported[0].count + reported[1].count, 4);
 }

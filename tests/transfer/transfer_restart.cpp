@@ -119,6 +119,7 @@ private Q_SLOTS:
         QCOMPARE(rig.editor->wholeText(), program);
         QCOMPARE(reported.size(), 1);
         QCOMPARE(reported[0].fromLine, startLine);
+        QVERIFY(reported[0].isRestart);
         QCOMPARE(reported[0].count, 2);
     }
 
