@@ -6,6 +6,7 @@
 #include "config/TransferWords.h"
 #include "editor/CompareWindow.h"
 #include "platform/ShowInFolder.h"
+#include "transfer/LowWindow.h"
 #include "transfer/ProgramFile.h"
 #include "widgets/CompactRow.h"
 #include "widgets/Images.h"
@@ -31,7 +32,6 @@ constexpr int warningSize = 20;     // pixels
 constexpr int rowCharacters = 36;   // of the choice and its folder
 constexpr int actionCharacters = 2; // beside the buttons
 constexpr int listCharacters = 88;  // of a list with room for all columns
-constexpr int lowWindowLines = 32;  // in a lower one, lines of the program are worth more
 
 // Cells with some room between them.
 class RoomyCells : public QStyledItemDelegate
@@ -68,7 +68,7 @@ void SavedPrograms::setUpLook()
 // Some rows high, whatever the size of the text.
 void SavedPrograms::fitList()
 {
-    const int most = window()->height() < lowWindowLines * fontMetrics().height() ? shownRows - 1 : shownRows;
+    const int most = isLowWindow(*window()) ? shownRows - 1 : shownRows;
     const int rows = std::clamp(ui->lstSaved->topLevelItemCount(), 1, most);
     const int rowHeight = ui->lstSaved->sizeHintForRow(0);
     ui->lstSaved->setFixedHeight(rows * rowHeight + 2 * ui->lstSaved->frameWidth());

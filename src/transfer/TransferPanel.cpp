@@ -2,6 +2,7 @@
 #include "transfer/TransferPanel.h"
 #include "ui_viewTX.h"
 
+#include "transfer/LowWindow.h"
 #include "widgets/CompactRow.h"
 #include "widgets/Images.h"
 #include "widgets/Reasons.h"
@@ -23,9 +24,8 @@ QString waitForStartText()
 }
 
 constexpr int headingImage = 24, stateImage = 32; // pixels, as in the form
-constexpr int lowWindowLines = 32;
-constexpr int nameCharacters = 24;   // of a file name that the path field has room for
-constexpr int noticeCharacters = 60; // of the wait box when its buttons stand beside the text
+constexpr int nameCharacters = 24;                // of a file name that the path field has room for
+constexpr int noticeCharacters = 60;              // of the wait box when its buttons stand beside the text
 constexpr int restartCharacters =
     64; // of a view that has room for the button; a narrower one has the menu and the keys
 
@@ -104,10 +104,9 @@ void TransferPanel::setUpRows()
     });
 }
 
-// In a low window, lines of the program are worth more than space between the rows.
 void TransferPanel::fitHeight()
 {
-    const bool isLow = view_.height() < lowWindowLines * view_.fontMetrics().height();
+    const bool isLow = isLowWindow(view_);
     const int gap = isLow ? 4 : 8;
     ui_.mainLayout->setSpacing(gap);
     ui_.mainLayout->setContentsMargins(16, gap, 16, gap);
@@ -157,11 +156,17 @@ void TransferPanel::showStateImage(const QString& image)
 
 void TransferPanel::showRunning(bool isRunning)
 {
-    const bool byKeyboard = isRunning && ui_.btnSend->hasFocus();
+    const bool isSentByKeyboard = isRunning && ui_.btnSend->hasFocus();
+    const bool isStoppedByKeyboard = !isRunning && ui_.btnStop->hasFocus();
     ui_.btnSend->setHidden(isRunning);
     ui_.btnRewind->setHidden(isRunning);
     ui_.btnStop->setHidden(!isRunning);
-    if (byKeyboard) ui_.btnStop->setFocus();
+    if (isSentByKeyboard) ui_.btnStop->setFocus();
+    if (!isStoppedByKeyboard) return;
+    // A second Enter must neither send on nor rewind.
+    QWidget* harmless = ui_.txtPath;
+    if (!ui_.cbo1->isHidden()) harmless = ui_.cbo1;
+    harmless->setFocus();
 }
 
 void TransferPanel::takeFocus()

@@ -76,6 +76,8 @@ private Q_SLOTS:
         if (byKeyboard) {
             QVERIFY(rig.find<QWidget>("btnStop")->hasFocus()); // the focus was on Send
             QTest::keyClick(rig.view->windowHandle(), Qt::Key_Space);
+            QVERIFY(rig.find<QWidget>("cbo1")->hasFocus());
+            QTest::keyClick(rig.view->windowHandle(), Qt::Key_Return);
         } else {
             // To the window: whatever appears in the button's place gets the second click.
             const auto* stop = rig.find<QWidget>("btnStop");
