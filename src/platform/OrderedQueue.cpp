@@ -17,6 +17,7 @@ QThreadPool& threads()
     static QThreadPool* const pool = [] {
         auto* made = new QThreadPool;
         made->setMaxThreadCount(room);
+        made->setExpiryTimeout(-1); // a thread that ended beside the process would use what is destroyed already
         return made;
     }();
     return *pool;
