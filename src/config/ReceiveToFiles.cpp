@@ -34,7 +34,7 @@ QStringList linesOf(const MachineRecord& machine)
     return lines;
 }
 
-void readLine(MachineRecord& machine, const QString& line)
+void readChoice(MachineRecord& machine, const QString& line)
 {
     ReceiveToFiles& files = machine.toFiles;
     if (line.startsWith(onKey)) files.isOn = line == onKey + QStringLiteral("true");
@@ -59,5 +59,5 @@ QString ReceiveToFiles::write(const std::vector<const MachineRecord*>& machines)
 
 void ReceiveToFiles::read(const QString& text, const std::vector<MachineRecord*>& machines)
 {
-    MachineSections::read(text, machines, readLine);
+    MachineSections::read(text, machines, readChoice);
 }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 
+using Moves = StartBlock::Moves;
+
 namespace
 {
 // Codes that move without a position beside them: arcs by I, J and K, reference points, tool lengths.
@@ -20,9 +22,8 @@ bool movesAxes(const Block::Word& word)
 }
 } // namespace
 
-StartBlock::Moves movesOf(QByteArrayView text)
+Moves movesOf(QByteArrayView text)
 {
-    using Moves = StartBlock::Moves;
     Block block;
     block.read(text);
     const auto& words = block.words();

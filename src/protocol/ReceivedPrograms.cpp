@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "protocol/ReceivedPrograms.h"
 
+#include "protocol/LineEnds.h"
+
 #include <utility>
 
 namespace
 {
-bool isLineEnd(char c)
-{
-    return c == '\n' || c == '\r';
-}
+using LineEnds::isLineEnd;
 
 bool isBlank(char c)
 {

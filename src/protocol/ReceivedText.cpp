@@ -8,6 +8,8 @@
 
 namespace
 {
+using LineEnds::isLineEnd;
+
 constexpr char rubout = 0x7F; // a hole in every track of a tape
 constexpr char SUB = 0x1A;
 
@@ -19,11 +21,6 @@ bool isLeader(char c)
 bool isTapeCode(char c)
 {
     return c >= 0x11 && c <= 0x14;
-}
-
-bool isLineEnd(char c)
-{
-    return c == '\n' || c == '\r';
 }
 
 // Leader may come before every line, and an empty line may come before the first.

@@ -12,7 +12,7 @@
 
 namespace
 {
-constexpr int imageSize = 18; // pixels
+constexpr int checkImage = 18; // pixels
 
 // "Warning, line 12: X stands twice in the block."
 QString inWords(const Finding& finding)
@@ -103,6 +103,6 @@ void CheckLine::showFinding()
 void CheckLine::showText(const QString& text, const QString& image)
 {
     ui->imgCheck->setHidden(image.isEmpty());
-    if (!image.isEmpty()) Images::showIn(*ui->imgCheck, image, imageSize);
+    if (!image.isEmpty()) Images::showIn(*ui->imgCheck, image, checkImage);
     ui->lblCheck->setText(text);
 }

@@ -12,7 +12,7 @@ using Kind = AdapterSearch::Found::Kind;
 namespace
 {
 constexpr int lookInterval = 1000; // ms
-constexpr int imageSize = 32;      // pixels
+constexpr int returnImage = 32;    // pixels
 constexpr int shownText = 60;      // characters of the line
 constexpr int wideBar = 70;        // characters; in a narrower one the button stands below
 
@@ -32,7 +32,7 @@ QString buttonText(PortReturn::Offer::Kind kind)
 PortReturn::PortReturn(QWidget* parent) : QFrame(parent), ui(std::make_unique<Ui::PortReturn>())
 {
     ui->setupUi(this);
-    Images::showIn(*ui->imgPortReturn, QStringLiteral("state-ready"), imageSize);
+    Images::showIn(*ui->imgPortReturn, QStringLiteral("state-ready"), returnImage);
     tmrLook_.setInterval(lookInterval);
     connect(&tmrLook_, &QTimer::timeout, this, &PortReturn::look);
     connect(ui->btnPortReturn, &QPushButton::clicked, this, [this] {
@@ -113,7 +113,7 @@ void PortReturn::showFound(const AdapterSearch::Found& found)
     ui->chkKeepPath->setToolTip(QStringLiteral("Store %1 as the machine's port").arg(found.path));
     Images::showIn(*ui->imgPortReturn,
                    isOther || found.kind == Kind::Alike ? QStringLiteral("warning") : QStringLiteral("state-ready"),
-                   imageSize);
+                   returnImage);
     setHidden(found.kind == Kind::Missing || !tmrLook_.isActive());
 }
 
