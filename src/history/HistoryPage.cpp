@@ -223,8 +223,9 @@ void HistoryPage::showEntry()
 
 void HistoryPage::openChosen()
 {
-    const auto* entry = chosenEntry();
-    if (entry && QFileInfo(entry->path).isFile()) Q_EMIT openAgain(entry->machine, entry->path);
+    if (!chosenEntry()) return;
+    const auto entry = *chosenEntry(); // a transfer may end, and the rows be read again, while the operator is asked
+    if (QFileInfo(entry.path).isFile()) Q_EMIT openAgain(entry.machine, entry.path);
 }
 
 void HistoryPage::exportAll()
