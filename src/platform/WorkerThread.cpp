@@ -1,15 +1,33 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/WorkerThread.h"
 
-#include <chrono>
 #include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
 #include <deque>
 #include <mutex>
 #include <utility>
 
 namespace
 {
-constexpr std::chrono::seconds patience(10); // a disk that takes longer for what is left does not answer at all
+// Handlers run in the reverse order of their registration, among the destructors of static objects: this one runs
+// first.
+void keepStaticObjects()
+{
+#ifdef __GLIBC__
+    ::on_exit(
+        [](int code, void*) {
+            std::fflush(nullptr);
+            std::_Exit(code);
+        },
+        nullptr);
+#else
+    std::atexit([] {
+        std::fflush(nullptr);
+        std::_Exit(EXIT_SUCCESS);
+    });
+#endif
+}
 } // namespace
 
 struct WorkerThread::State {
@@ -43,16 +61,24 @@ struct WorkerThread::State {
     }
 };
 
-WorkerThread::WorkerThread() : state_(std::make_shared<State>()), thread_([state = state_] { state->run(); }) {}
+WorkerThread::WorkerThread(std::chrono::milliseconds patience)
+    : state_(std::make_shared<State>()), patience_(patience), thread_([state = state_] { state->run(); })
+{
+}
 
 WorkerThread::~WorkerThread()
 {
     std::unique_lock lock(state_->mutex);
     state_->isEnding = true;
     state_->changed.notify_all();
-    const bool hasEnded = state_->changed.wait_for(lock, patience, [this] { return state_->hasEnded; });
+    const bool hasEnded = state_->changed.wait_for(lock, patience_, [this] { return state_->hasEnded; });
     lock.unlock();
-    hasEnded ? thread_.join() : thread_.detach();
+    if (hasEnded) {
+        thread_.join();
+    } else {
+        thread_.detach();
+        keepStaticObjects();
+    }
 }
 
 void WorkerThread::post(std::function<void()> task)

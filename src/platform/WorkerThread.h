@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -10,10 +11,11 @@
 class WorkerThread
 {
 public:
-    WorkerThread();
+    /// A disk that takes longer than that for what is left at the end does not answer at all.
+    explicit WorkerThread(std::chrono::milliseconds patience = std::chrono::seconds(10));
     /// Waits until all tasks posted so far have run, but not for ever: what the operating system never ends must not
-    /// keep the program from ending. What is posted from then on does not run, nor
-    /// does a further step.
+    /// keep the program from ending. What is posted from then on does not run, nor does a further step. After a wait in
+    /// vain the process ends without destroying its static objects: the thread may still use them.
     ~WorkerThread();
     WorkerThread(const WorkerThread&) = delete;
     WorkerThread& operator=(const WorkerThread&) = delete;
@@ -27,5 +29,6 @@ public:
 private:
     struct State;
     const std::shared_ptr<State> state_; // shared with the thread, which may outlive this object
+    const std::chrono::milliseconds patience_;
     std::thread thread_;
 };

@@ -5,6 +5,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/OrderedQueue.h"
 #include "platform/SingleInstance.h"
+#include "platform/WorkerThread.h"
 
 #include <QDir>
 #include <QEventLoop>
@@ -17,6 +18,8 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
 #include <future>
 #include <optional>
 #include <thread>
@@ -29,6 +32,19 @@ static int startAnother(const QString& folder)
     SingleInstance instance(folder);
     const char answer = instance.claim() ? 'o' : 'r';
     return ::write(STDOUT_FILENO, &answer, 1) == 1 && answer == 'o' ? QCoreApplication::exec() : 0;
+}
+
+// A program that ends while a disk does not answer: what its thread may still use has to stay.
+static int endBesideAHangingDisk()
+{
+    struct Used {
+        Used() = default;
+        ~Used() { std::_Exit(1); }
+        Q_DISABLE_COPY_MOVE(Used)
+    };
+    static const Used used;
+    WorkerThread(std::chrono::milliseconds(1)).post([] { ::pause(); });
+    return 0;
 }
 
 // A program that ends during writes: one hangs in its driver, the others keep reporting.
@@ -65,7 +81,8 @@ private Q_SLOTS:
     void mainQueueKeepsEveryThreadsOrder();
     void workQueuedBehindAMessageBoxStillRuns();
     void blockedWritesHoldUpNoOtherMachine();
-    void programEndsDuringWrites();
+    void programEnds_data();
+    void programEnds();
     void exactlyOneOfManyStartsBecomesTheOwner();
     void laterStartIsRefusedAndTheOwnerIsTold();
     void filesOfALaterStartAreHandedOver();
@@ -165,10 +182,18 @@ void PartsTest::blockedWritesHoldUpNoOtherMachine()
     QTRY_COMPARE(device.use_count(), 1L);
 }
 
-void PartsTest::programEndsDuringWrites()
+void PartsTest::programEnds_data()
 {
+    QTest::addColumn<QString>("job");
+    QTest::newRow("during writes") << "--end";
+    QTest::newRow("beside a hanging disk") << "--hang";
+}
+
+void PartsTest::programEnds()
+{
+    QFETCH(QString, job);
     QProcess program;
-    program.start(QCoreApplication::applicationFilePath(), {"--end"});
+    program.start(QCoreApplication::applicationFilePath(), {job});
     QVERIFY(program.waitForFinished(60'000));
     QVERIFY(program.exitStatus() == QProcess::NormalExit && program.exitCode() == 0);
 }
@@ -286,6 +311,7 @@ int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
     if (argc == 2 && QByteArrayView(argv[1]) == "--end") return endDuringWrites();
+    if (argc == 2 && QByteArrayView(argv[1]) == "--hang") return endBesideAHangingDisk();
     if (argc == 2 && QDir(argv[1]).exists()) return startAnother(argv[1]);
     PartsTest test;
     return QTest::qExec(&test, argc, argv);
