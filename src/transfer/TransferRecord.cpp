@@ -59,6 +59,7 @@ void TransferRecord::beginReception(const MachineRecord& machine, const QString&
 QList<TransferRecord::Received> TransferRecord::receivedText(const MachineRecord& machine, const QByteArray& bytes,
                                                              const QString& path)
 {
+    if (!programs_.hasText()) isUnderWay_ = false; // what came before the program is none of it
     beginReception(machine, path);
     QList<Received> ended;
     for (const auto& program : programs_.take(bytes)) {
@@ -66,6 +67,7 @@ QList<TransferRecord::Received> TransferRecord::receivedText(const MachineRecord
         isUnderWay_ = false;
         beginReception(machine, path);
     }
+    if (!programs_.hasText()) isUnderWay_ = false;
     return ended;
 }
 

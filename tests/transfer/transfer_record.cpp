@@ -60,6 +60,7 @@ private Q_SLOTS:
     void receivedProgramsAreToldApart_data();
     void receivedProgramsAreToldApart();
     void closedProgramIsReported();
+    void receptionBeginsWithItsFirstBytes();
 };
 
 void RecordTest::sentProgramIsReported()
@@ -280,6 +281,25 @@ void RecordTest::closedProgramIsReported()
     rig.deliver("M30\n%\n");
     QCOMPARE(reported.size(), 2);
     QCOMPARE(reported[1].path, path);
+    rig.deliver("%\nO3\nM30\n%\n");
+    QCOMPARE(reported.size(), 3);
+    QCOMPARE(reported[2].path, ""); // nor that of the one saved before
+    QCOMPARE(reported[2].program, "O3");
+}
+
+// Between two programs may be a night.
+void RecordTest::receptionBeginsWithItsFirstBytes()
+{
+    Reported reported;
+    TransferRig rig;
+    rig.start(false);
+    rig.deliver("%\nO1\nM30\n%\n");
+    QCOMPARE(reported.size(), 1);
+    QTest::qWait(50);
+    const qint64 before = QDateTime::currentMSecsSinceEpoch();
+    rig.deliver("%\nO2\nM30\n%\n");
+    QCOMPARE(reported.size(), 2);
+    QVERIFY(reported[1].began >= before);
 }
 
 QTEST_MAIN(RecordTest)
