@@ -20,12 +20,28 @@ void AdapterSearch::remember(const QString& path, const DeviceNames& names)
     path_ = path;
     device_ = names.device(path);
     lasting_ = names.lastingName(path);
+    twins_.clear();
+}
+
+// Makers give one serial number to many adapters, and only while one alone is plugged in does it have a name of its
+// own.
+void AdapterSearch::noteLoss(const DeviceNames& names)
+{
+    twins_.clear();
+    if (device_.serial.isEmpty()) return;
+    QStringList twins;
+    for (const auto& device : names.devices()) {
+        const bool isAlike = match(device, names.lastingName(device.path)) == Match::Same;
+        if (isAlike && device.path != device_.path) twins << device.path;
+    }
+    twins_ = twins;
 }
 
 AdapterSearch::Match AdapterSearch::match(const SerialDevice& device, const QString& lasting) const
 {
     if (!device_.isKnown()) return Match::Same; // a built-in port, say: its name is all there is
     if (!device.isKnown()) return Match::Unknown;
+    if (twins_.contains(device.path)) return Match::Other;
     if (!device.isSameKind(device_) || device.serial != device_.serial) return Match::Other;
     if (device.serial.isEmpty()) return lasting == lasting_ && !lasting.isEmpty() ? Match::Same : Match::Alike;
     // Adapters with several connectors have one number for all.

@@ -9,6 +9,8 @@ class AdapterSearch
 public:
     /// The adapter that has this path now is the one to find.
     void remember(const QString& path, const DeviceNames& names);
+    /// It has just been lost: what is there now and looks the same is another one.
+    void noteLoss(const DeviceNames& names);
     /// The path that it had.
     const QString& path() const { return path_; }
 
@@ -38,4 +40,5 @@ private:
     QString path_;
     SerialDevice device_;
     QString lasting_;
+    QStringList twins_; // bare names
 };

@@ -61,6 +61,7 @@ void PortReturn::setLost(bool isLost)
     if (isLost == tmrLook_.isActive()) return;
     if (isLost) {
         ui->chkKeepPath->setChecked(false);
+        search_.noteLoss(DeviceNames(sources_));
         tmrLook_.start();
         look();
     } else {

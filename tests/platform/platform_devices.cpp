@@ -121,6 +121,30 @@ private Q_SLOTS:
         QCOMPARE(found.path, computer.file(foundAt));
     }
 
+    void twinIsNotTakenForTheLostOne_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<Kind>("kind");
+        QTest::newRow("bare name") << "dev/ttyUSB0" << Kind::Missing;
+        QTest::newRow("lasting name") << "by-id/usb-FTDI_A1-port0" << Kind::Other;
+    }
+
+    // Both have the same serial number; the twin came while the port was open, and keeps the name alone.
+    void twinIsNotTakenForTheLostOne()
+    {
+        QFETCH(QString, path);
+        const Plugged twin = as(mill, "ttyUSB1", "pci-usb-2");
+        Computer computer;
+        computer.plug({mill});
+        AdapterSearch search;
+        search.remember(computer.file(path), DeviceNames(computer.sources()));
+        computer.plug({twin});
+        search.noteLoss(DeviceNames(computer.sources()));
+        QTEST(search.find(DeviceNames(computer.sources())).kind, "kind");
+        computer.plug({mill});
+        QCOMPARE(search.find(DeviceNames(computer.sources())).kind, Kind::Back);
+    }
+
     void oneDeviceUnderAllItsNames()
     {
         Computer computer;
