@@ -13,7 +13,7 @@ namespace
 constexpr qsizetype pieceSize = 1 << 20; // bytes converted at a time, so that a huge file is not held twice
 constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // of UTF-8; not part of the program text
 // In ms, while lines go out. Drawing is most of the work of a transfer, and no line of any machine goes out meanwhile.
-constexpr int markInterval = 100;
+constexpr int markInterval = 150;
 constexpr int slowMarkInterval = 250; // where no eye can follow the mark, or the view is not on the screen
 constexpr int linesToFollow = 10;     // from one mark to the next
 } // namespace
