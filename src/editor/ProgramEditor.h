@@ -57,6 +57,7 @@ public:
     /// The text is now kept elsewhere, as it is.
     void setSaved();
     /// What was received is, but not what the operator has changed.
+    bool hasUnsavedBytes() const { return hasUnsavedBytes_; } ///< that were received
     void setReceivedSaved() { hasUnsavedBytes_ = false; }
 
     void moveCaretTo(qsizetype position);

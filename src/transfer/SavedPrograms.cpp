@@ -113,7 +113,8 @@ void SavedPrograms::take(const TransferRecord::Received& received)
     Program& program = *programs_.back();
     program.record = received.entry;
     program.isXModem = received.isXModem;
-    program.isNotClosed = received.program.end == ReceivedPrograms::End::Missing;
+    program.isNotClosed = received.program.end == ReceivedPrograms::End::Missing ||
+                          received.entry.outcome != TransferEntry::Outcome::Finished;
     program.order.folder = ReceiveToFiles::folderOf(*machine_);
     program.order.name = ProgramName::ofReceived({bytes.constData(), static_cast<std::size_t>(bytes.size())},
                                                  machine_->MCNAME, QDateTime::currentDateTime(), files.suffix);
@@ -144,6 +145,27 @@ void SavedPrograms::textKept()
     isMissing_ = false;
 }
 
+void SavedPrograms::textDropped()
+{
+    for (std::size_t number = kept_; number < programs_.size(); ++number)
+        programs_[number]->isOnlyHere = true;
+    textKept();
+}
+
+bool SavedPrograms::hasUnsaved() const
+{
+    return std::any_of(programs_.begin(), programs_.end(), [](const auto& program) {
+        return program->isOnlyHere && (program->state == State::Failed || program->state == State::Saving);
+    });
+}
+
+bool SavedPrograms::saveUnsaved()
+{
+    if (hasUnsaved()) tryAgain();
+    saver_->settle();
+    return !hasUnsaved();
+}
+
 void SavedPrograms::end()
 {
     saver_->settle();
@@ -167,9 +189,30 @@ void SavedPrograms::tryAgain()
     for (const auto& program : programs_) {
         if (program->state != State::Failed) continue;
         program->order.folder = ReceiveToFiles::folderOf(*machine_); // another may have been chosen
+        if (isOutdated(*program)) renameAsOlder(*program);
         save(*program);
     }
     showFailures();
+}
+
+// A program of that name has come since, and has its file: this one must not take its place.
+bool SavedPrograms::isOutdated(const Program& program) const
+{
+    const auto own = std::find_if(programs_.begin(), programs_.end(),
+                                  [&program](const auto& each) { return each.get() == &program; });
+    return std::any_of(own + 1, programs_.end(), [&program](const auto& later) {
+        return later->state != State::Failed && later->order.name == program.order.name &&
+               later->order.folder == program.order.folder;
+    });
+}
+
+void SavedPrograms::renameAsOlder(Program& program)
+{
+    const QFileInfo name(program.order.name);
+    const auto came = QDateTime::fromMSecsSinceEpoch(program.record.ended);
+    program.order.name =
+        QStringLiteral("%1 of %2.%3")
+            .arg(name.completeBaseName(), came.toString(QStringLiteral("yyyy-MM-dd HH.mm.ss")), name.suffix());
 }
 
 void SavedPrograms::note(const ProgramSaver::Answer& answer)

@@ -38,6 +38,12 @@ public:
     void arrived(bool isUnderWay);
     /// What is in the editor is saved otherwise or no longer there.
     void textKept();
+    /// The editor's text was put away; what is in no file yet is now only here.
+    void textDropped();
+    /// Of that, something still is.
+    bool hasUnsaved() const;
+    /// Tries to save it. Returns whether nothing is left.
+    bool saveUnsaved();
     /// Waits a moment for what is being saved.
     void settle() { saver_->settle(); }
     /// The view ends: nothing more is saved, what is being saved is recorded now.
@@ -61,6 +67,7 @@ private:
         bool isXModem = false;
         bool isNotClosed = false;
         bool isRecorded = false;
+        bool isOnlyHere = false;
         State state = State::Saving;
         ProgramSaver::Answer answer;
         QTreeWidgetItem* row = nullptr;
@@ -72,6 +79,8 @@ private:
     void showSettings();
     void save(Program& program);
     void tryAgain();
+    bool isOutdated(const Program& program) const;
+    static void renameAsOlder(Program& program);
     void note(const ProgramSaver::Answer& answer);
     void recordOnce(Program& program);
     void tellEditor();

@@ -88,7 +88,6 @@ void SavedPrograms::addRow(Program& program)
     const auto* newest = ui->lstSaved->topLevelItem(0);
     const bool followsNewest = ui->lstSaved->currentItem() == newest;
     program.row = new QTreeWidgetItem;
-    program.row->setText(Name, program.order.name);
     program.row->setText(Time, QLocale().toString(QDateTime::currentDateTime().time(), QStringLiteral("HH:mm:ss")));
     ui->lstSaved->insertTopLevelItem(0, program.row);
     showRow(program);
@@ -110,6 +109,7 @@ void SavedPrograms::showRow(const Program& program)
     if (program.isNotClosed) text += QStringLiteral(", not closed");
     if (program.state == State::Failed) image = QStringLiteral("warning");
     if (program.state == State::Saved || program.state == State::Same) image = QStringLiteral("state-done");
+    program.row->setText(Name, program.order.name);
     program.row->setText(Outcome, text);
     program.row->setToolTip(Outcome, text);
     program.row->setIcon(Name, Images::icon(image));

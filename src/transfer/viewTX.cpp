@@ -90,7 +90,7 @@ viewTX::viewTX(QWidget* parent)
     connect(ui->actRestart, &QAction::triggered, this, &viewTX::btnRestart_Click);
     ui->checkLine->watch(*ui->rt1);
     ui->savedPrograms->watch(*ui->rt1);
-    connect(ui->savedPrograms, &SavedPrograms::silent, this, [this] { record(); });
+    connect(ui->savedPrograms, &SavedPrograms::silent, this, [this] { record(Ending::Finished); });
     connect(ui->savedPrograms, &SavedPrograms::recorded, this, [this](const auto& entry) { record_.report(entry); });
     connect(ui->savedPrograms, &SavedPrograms::openWanted, this, open);
     viewDidLoad();

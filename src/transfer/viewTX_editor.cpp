@@ -27,13 +27,14 @@ std::string_view headOf(const ProgramEditor& editor)
 
 void viewTX::btnNew_Click()
 {
-    if (!ui->savedPrograms->isOn()) record(); // there, the program that is coming is saved whole
-    ui->savedPrograms->textKept();
+    const bool isSaved = ui->savedPrograms->isOn();
+    if (!isSaved) record(); // there, the program that is coming is saved whole
+    ui->savedPrograms->textDropped();
     ui->rt1->clearProgram();
     if (!booModeTX) ui->rt1->setSaved(); // what comes from now on stands alone; undo makes it all unsaved again
     file_.forget();
     panel_.showProgramPath({});
-    xmodemReceive_.forgetProgram();
+    if (!isSaved || !record_.isProgramUnderWay()) xmodemReceive_.forgetProgram();
     btnRewind_Click(); // no rest of the old program may go out before the next one
 }
 
@@ -80,7 +81,10 @@ void viewTX::btnSave_Click()
 
 bool viewTX::save()
 {
-    if (!file_.path().isEmpty()) return saveFile(file_.path());
+    if (!ui->savedPrograms->saveUnsaved()) return false;
+    if (!ui->rt1->isUnsaved()) return true;
+    // What has come since is another program than the one in that file.
+    if (!file_.path().isEmpty() && !ui->rt1->hasUnsavedBytes()) return saveFile(file_.path());
     QString chosen;
     auto* dialog = file_.saveDialog(*mc, headOf(*ui->rt1));
     connect(dialog, &QFileDialog::fileSelected, this, [&chosen](const QString& path) { chosen = path; });
@@ -112,10 +116,11 @@ OpenWork viewTX::openWork() const
     ui->savedPrograms->settle();
     OpenWork work;
     work.program = file_.name();
-    if (ui->rt1->isUnsaved()) work.unsaved = OpenWork::Unsaved::Program;
+    if (ui->rt1->isUnsaved() || ui->savedPrograms->hasUnsaved()) work.unsaved = OpenWork::Unsaved::Program;
     if (status_.isRunning()) {
         work.transfer = OpenWork::Transfer::Running;
-    } else if (!booModeTX && status_.state(now()) == TransferState::Receiving) {
+    } else if (status_.state(now()) == TransferState::Receiving ||
+               (ui->savedPrograms->isOn() && record_.isProgramUnderWay())) {
         work.transfer = OpenWork::Transfer::Arriving;
     } else if (booModeTX && !isXModem() && plain_.willContinue()) {
         work.transfer = OpenWork::Transfer::Stopped;

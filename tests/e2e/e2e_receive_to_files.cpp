@@ -145,6 +145,54 @@ private Q_SLOTS:
         QVERIFY(closes());
     }
 
+    void olderProgramTakesNoNewersPlace()
+    {
+        cncsim::SimulatedControl control({});
+        listen(control);
+        QVERIFY(QDir(folder_->path()).removeRecursively());
+        control.send("%\nO1\nM30\n%\n");
+        QTRY_VERIFY_WITH_TIMEOUT(op_->isShown("btnTryAgainSaving"), patience);
+        QVERIFY(QDir().mkpath(folder_->path()));
+        const QByteArray newer("%\nO1\nG0\nM30\n%\n");
+        control.send(newer.toStdString());
+        QTRY_COMPARE_WITH_TIMEOUT(rows().value(0), "O1.nc|Saved", patience);
+        op_->click("btnTryAgainSaving");
+        QTRY_VERIFY_WITH_TIMEOUT(rows().value(1).startsWith("O1 of ") && rows().value(1).endsWith(".nc|Saved"),
+                                 patience);
+        QCOMPARE(contentOf(path("O1.nc")), newer);
+        QCOMPARE(files().size(), 2);
+        QVERIFY(closes());
+    }
+
+    void newForgetsNothingThatIsInNoFile()
+    {
+        cncsim::SimulatedControl control({});
+        listen(control);
+        QVERIFY(QDir(folder_->path()).removeRecursively());
+        control.send("%\nO1\nM30\n%\n");
+        QTRY_VERIFY_WITH_TIMEOUT(op_->isShown("btnTryAgainSaving"), patience);
+        op_->click("btnNew");
+        Answers save({"Save"});
+        QVERIFY(!op_->window().close() && save.areAllGiven()); // it cannot be
+        QVERIFY(QDir().mkpath(folder_->path()));
+        Answers again({"Save"});
+        QVERIFY(op_->window().close() && again.areAllGiven());
+        QCOMPARE(contentOf(path("O1.nc")), QByteArray("%\nO1\nM30\n%\n"));
+    }
+
+    // A program whose end silence is to tell has come; New does not take it away.
+    void newIsAskedAboutWhileAProgramMayGoOn()
+    {
+        cncsim::SimulatedControl control({});
+        listen(control, "Auto");
+        g::mcIcons[1]->toFiles.silence = 3600;
+        control.send("O3\n");
+        QTRY_COMPARE(shown(), QByteArray("O3\n"));
+        op_->click("btnNew");
+        Answers slip({"Enter"});
+        QVERIFY(!op_->window().close() && slip.areAllGiven());
+    }
+
     // A folder on a network may keep a write waiting for a minute: here somebody else holds it.
     void nothingWaitsForASlowFolderAndNothingIsLost()
     {
