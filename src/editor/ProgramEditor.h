@@ -56,8 +56,8 @@ public:
     bool isUnsaved() const;
     /// The text is now kept elsewhere, as it is.
     void setSaved();
-    /// What was received is, but not what the operator has changed.
     bool hasUnsavedBytes() const { return hasUnsavedBytes_; } ///< that were received
+    /// What was received is, but not what the operator has changed.
     void setReceivedSaved() { hasUnsavedBytes_ = false; }
 
     void moveCaretTo(qsizetype position);

@@ -27,6 +27,7 @@ class MonkeyTest : public QObject
         char letter;
         std::unique_ptr<cncsim::SimulatedControl> control;
         QStringList files;
+        QByteArray punched; // a program of its own: once received, it may be sent, too
         WireCheck wire;
     };
     static constexpr auto stoppedAt = "monkeyStoppedAt"; // caret's place when a send was stopped
@@ -169,7 +170,7 @@ class MonkeyTest : public QObject
         if (what == 2) return place.control->holdLine();
         place.control->releaseLine();
         if (what == 0) place.control->pressStart();
-        if (what == 1) place.control->send(std::string(20, place.letter) + " 1\r\n");
+        if (what == 1) place.control->send(place.punched.toStdString());
     }
 
     // Deleted machines are back after the restart.
@@ -276,6 +277,7 @@ private Q_SLOTS:
                 file.write(place.wire.addProgram(place.letter, static_cast<int>(place.files.size()), lines));
                 place.files << file.fileName();
             }
+            place.punched = Shop::onWire(place.wire.addProgram(place.letter, 9, 1));
         }
         storeShop();
         op_ = std::make_unique<Operator>();
