@@ -15,7 +15,7 @@ constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF"); // of UTF-8; not part of
 // In ms, while lines go out. Drawing is most of the work of a transfer, and no line of any machine goes out meanwhile.
 constexpr int markInterval = 150;
 constexpr int slowMarkInterval = 250; // where no eye can follow the mark, or the view is not on the screen
-constexpr int linesToFollow = 10;     // from one mark to the next
+constexpr int linesToFollow = 4;      // from one mark to the next
 } // namespace
 
 qsizetype ProgramEditor::scintilla(unsigned message, qsizetype first, qsizetype second) const
@@ -207,12 +207,22 @@ void ProgramEditor::showLineOut()
     markPause_.start(isFollowed ? markInterval : slowMarkInterval);
     markerAdd(lineOut_, lineOutArrow);
     markerAdd(lineOut_, lineOutBackground);
-    // Does not scroll while the operator looks at another place.
-    if (isCaretHeld() && shownPlace_.end > 0)
-        scintilla(SCI_SETSELECTION, line.end, line.start);
-    else
-        select(line);
+    // Not selected: each selection is given to the X server, which takes away what was selected in another program.
+    scintilla(SCI_SETEMPTYSELECTION, line.end);
+    const bool isElsewhere = isCaretHeld() && shownPlace_.end > 0; // the operator looks at another place
+    if (!isElsewhere) bringLineOutInSight(lineBefore < 0);
     Q_EMIT lineOutShown();
+}
+
+// While lines go out, the text stands still and the mark wanders down it. A text that scrolls with every mark is hard
+// to read, and drawing it anew each time takes more of the processor than all else of a transfer.
+void ProgramEditor::bringLineOutInSight(bool isFirst)
+{
+    const auto rows = scintilla(SCI_LINESONSCREEN);
+    const auto ahead = std::min<qsizetype>(linesAhead, rows / 2);
+    const auto top = scintilla(SCI_GETFIRSTVISIBLELINE);
+    if (lineOut_ < top || lineOut_ >= top + rows - ahead) scintilla(SCI_SETFIRSTVISIBLELINE, lineOut_ - ahead);
+    if (isFirst) scintilla(SCI_SETXOFFSET, 0); // the beginnings of the blocks
 }
 
 void ProgramEditor::clearLineOut()
@@ -228,7 +238,6 @@ void ProgramEditor::setCaretHeld(bool held)
     if (held != caretHeld_) leavePlace();
     caretHeld_ = held;
     setCaretLineVisible(!held); // could be taken for the mark of the line going out
-    keepCaretInSight();
 }
 
 void ProgramEditor::markPlace(Line place)

@@ -110,13 +110,14 @@ private:
     static constexpr int lineOutArrow = 0; // markers
     static constexpr int lineOutBackground = 1;
     static constexpr int placeIndicator = 8; // the first that is not reserved for lexers
+    static constexpr int linesAhead = 4;     // that the operator sees of what comes next
 
     void setUpLook();
-    void keepCaretInSight();
     bool isEndInSight(qsizetype lines) const;
     void setUpKeys();
     void paintNotice();
     void showLineOut();
+    void bringLineOutInSight(bool isFirst);
     void select(Line line);
     void tellCaret(int updated);
     void fitLineNumbers();

@@ -51,11 +51,11 @@ ProgramEditor::ProgramEditor(QWidget* parent) : QsciScintilla(parent), colouring
     setWrapMode(WrapNone);
     setAcceptDrops(false);
     viewport()->setAcceptDrops(false);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent); // every point of it is drawn by the editor
     scintilla(SCI_SETPASTECONVERTENDINGS, 1);
     scintilla(SCI_SETSCROLLWIDTHTRACKING, 1);
     scintilla(SCI_SETSCROLLWIDTH, 1);
-    // The line going out stays clear of the window's edges, so that the operator sees what comes next.
-    keepCaretInSight();
+    scintilla(SCI_SETYCARETPOLICY, CARET_SLOP | CARET_STRICT | CARET_EVEN, linesAhead);
     setMarginType(lineNumberMargin, NumberMargin);
     setMarginType(lineOutMargin, SymbolMargin);
     setMarginMarkerMask(lineOutMargin, 1 << lineOutArrow);
@@ -86,15 +86,6 @@ void ProgramEditor::resizeEvent(QResizeEvent* event)
     const bool wasEndInSight = before > event->size().height() && isEndInSight(before / scintilla(SCI_TEXTHEIGHT));
     QsciScintilla::resizeEvent(event);
     if (wasEndInSight && !isCaretHeld()) scintilla(SCI_SCROLLTOEND);
-}
-
-// While lines go out, the text stands still and the mark wanders down it. A text that scrolls with every mark is hard
-// to read, and drawing it anew each time takes more of the processor than all else of a transfer.
-void ProgramEditor::keepCaretInSight()
-{
-    constexpr int linesAhead = 4;
-    const unsigned policy = CARET_SLOP | CARET_STRICT | CARET_EVEN;
-    scintilla(SCI_SETYCARETPOLICY, isCaretHeld() ? policy | CARET_JUMPS : policy, linesAhead);
 }
 
 void ProgramEditor::setUpKeys()
