@@ -30,6 +30,12 @@ class ProgramsTest : public QObject
         return written.fileName();
     }
 
+    static QByteArray contentOf(const QString& path)
+    {
+        QFile read(path);
+        return read.open(QIODevice::ReadOnly) ? read.readAll() : QByteArray();
+    }
+
     static void dropOn(int machine, const QString& path)
     {
         QMimeData data;
@@ -151,6 +157,27 @@ private Q_SLOTS:
         const auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
         QVERIFY(dialog && dialog->labelText(QFileDialog::LookIn) == "Save in:");
         QCOMPARE(dialog->directory(), QDir(folder.filePath("programs")));
+    }
+
+    void nextProgramIsNotSavedIntoTheFirstOnesFile()
+    {
+        PtyPair line;
+        Shop::store({Shop::machineOn(line.devicePath())});
+        Operator op;
+        const auto isQuiet = [&op] { return op.find<QLabel>("lblTransferState")->text() == "Waiting for bytes"; };
+        const QString first = files_.filePath("first.nc"), both = files_.filePath("both.nc");
+        receive(line);
+        QTRY_VERIFY_WITH_TIMEOUT(isQuiet(), 20000);
+        const Answers firstName({first});
+        op.click("btnSave");
+        QTRY_COMPARE(op.find<QLabel>("lblSaved")->text(), "Saved");
+        line.write("O8\n");
+        QTRY_COMPARE(text(), "O7\nM30\nO8\n");
+        QTRY_VERIFY_WITH_TIMEOUT(isQuiet(), 20000);
+        const Answers answers({"Save", both});
+        QVERIFY(op.window().close() && answers.areAllGiven());
+        QCOMPARE(contentOf(first), "O7\nM30\n");
+        QCOMPARE(contentOf(both), "O7\nM30\nO8\n");
     }
 
     void newAsksNothingAndIsTakenBackByUndo()
